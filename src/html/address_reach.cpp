@@ -40,9 +40,9 @@ bool BeginsWithDevice(std::string_view text) {
 std::string_view AuthorityOf(std::string_view text) { return text.substr(0, text.find_first_of("/\\?#")); }
 
 // Of "/x%20y?z", "/x y": as much as a person's folder begins in. In a text each of many addresses goes on to its end.
+constexpr std::size_t kLongestPath = 200;
 std::string PathOf(std::string_view text) {
-  constexpr std::size_t kMost = 200;
-  text = text.substr(0, kMost);
+  text = text.substr(0, kLongestPath);
   const std::string_view path = text.substr(0, text.find_first_of("?#"));
   return platform::PercentDecoded(path).value_or(std::string(path));
 }
@@ -115,14 +115,14 @@ bool BeginsWithFolder(std::string_view path) {
   return rest.size() < path.size() && IsAmong(kFolders, AuthorityOf(rest));
 }
 
-// Of "app://3b3f0e/home/ada/x" and "view://abc/file///Users/ada/x", so programs ask themselves for a person's files.
+// "/home/ada/x", "/file///Users/ada/x", as the systems spell them: "/users/42/x" is a page of an app.
 bool HoldsHome(std::string_view path) {
   for (std::size_t at = path.find('/'), end = 0; at != std::string_view::npos; at = path.find('/', end)) {
     end = std::min(path.find_first_not_of(kSlashes, at), path.size());
     if (at > 0 && end - at == 1) continue;
     const std::string_view folder = path.substr(end);
     const std::string_view name = AuthorityOf(folder);
-    if (!IsAmong(std::to_array<std::string_view>({"home", "Users"}), name) || name.size() == folder.size()) continue;
+    if ((name != "home" && name != "Users") || name.size() == folder.size()) continue;
     const std::string_view person = WithoutSlashes(folder.substr(name.size()));
     const std::size_t slash = person.find('/');
     if (slash != std::string_view::npos && slash > 0) return true;
@@ -130,15 +130,54 @@ bool HoldsHome(std::string_view path) {
   return false;
 }
 
+constexpr std::string_view kHere = "localhost";
+
+// This computer, by any port: "localhost:80", "app.localhost".
+bool IsHere(std::string_view host) {
+  host = host.substr(0, host.find(':'));
+  const std::string_view end = host.substr(host.size() - std::min(host.size(), kHere.size()));
+  const std::string_view before = host.substr(0, host.size() - end.size());
+  return platform::EqualsIgnoringAsciiCase(end, kHere) && (before.empty() || before.ends_with('.'));
+}
+
+// "a.png", and what is too long to be seen to its end; "today" and "v1.2" may be a page of an app.
+bool EndsInFile(std::string_view path) {
+  constexpr std::size_t kLongestExtension = 5;
+  const std::string_view name = path.substr(path.rfind('/') + 1);
+  const std::size_t dot = name.rfind('.');
+  if (path.size() >= kLongestPath) return true;
+  if (dot == std::string_view::npos) return false;
+  const std::string_view extension = name.substr(dot + 1);
+  return extension.size() <= kLongestExtension && std::any_of(extension.begin(), extension.end(), IsLetter) &&
+         std::all_of(extension.begin(), extension.end(), platform::AsciiIsAlnum);
+}
+
+// Whose paths are of the server that they name, with a dot or without: "git+ssh://nas/home/ada/x".
+bool IsServerScheme(std::string_view scheme) {
+  constexpr auto kSchemes = std::to_array<std::string_view>(
+      {"dav", "davs", "git", "rsync", "rtsp", "scp", "sftp", "ssh", "svn", "webcal", "webcals"});
+  return IsAmong(kSchemes, scheme.substr(scheme.rfind('+') + 1));
+}
+
+// "app://3b3f0e/home/ada/x" and "view://abc/file///Users/ada/x": so programs ask themselves for a person's files, by an
+// id that they made up. "myapp://open/home/feed/42" and "myapp://x.example/home/a/b" lead into an app.
+bool AsksForOwnFile(std::string_view scheme, std::string_view host, std::string_view path) {
+  if (IsServerScheme(scheme)) return false;
+  if (IsHere(host) && BeginsWithDrive(WithoutSlashes(path))) return true;
+  if (!HoldsHome(path)) return false;
+  if (path.find("/file//") != std::string_view::npos || host.empty() || IsHere(host)) return true;
+  if (NamesServer(host)) return false;
+  const bool is_made_up = host.find_first_of("0123456789") != std::string_view::npos;
+  return is_made_up || path.starts_with("//") || EndsInFile(path);
+}
+
 // "https://file%2B.editor.example/home/ada/x" and "http://asset.localhost/C%3A%5Cx" lead back to this computer.
 bool IsServedHere(std::string_view host, std::string_view path) {
   constexpr auto kFiles = std::to_array<std::string_view>({"file%2B.", "file+."});
-  constexpr std::string_view kHere = ".localhost";
   const bool is_file = std::any_of(kFiles.begin(), kFiles.end(), [&](std::string_view one) {
     return platform::StartsWithIgnoringAsciiCase(host, one);
   });
-  const bool is_here =
-      host.size() > kHere.size() && platform::EqualsIgnoringAsciiCase(host.substr(host.size() - kHere.size()), kHere);
+  const bool is_here = host.size() > kHere.size() && host.find(':') == std::string_view::npos && IsHere(host);
   return is_file || (is_here && (BeginsWithDrive(WithoutSlashes(path)) || HoldsHome(path)));
 }
 
@@ -174,7 +213,7 @@ AddressReach ReachOf(std::string_view address) {
   if (!rest.starts_with("//")) return AddressReach::kNeither;
   const std::string_view place = rest.substr(2);
   const std::string_view host = AuthorityOf(place);
-  if (IsOfMailProgram(scheme, place) || HoldsHome(PathOf(place.substr(host.size()))) || HoldsFile(place) ||
+  if (IsOfMailProgram(scheme, place) || AsksForOwnFile(scheme, host, PathOf(place.substr(host.size()))) || HoldsFile(place) ||
       BeginsWithDrive(WithoutSlashes(place)) || (IsFileScheme(host) && BeginsWithFolder(place.substr(host.size())))) {
     return AddressReach::kFile;
   }

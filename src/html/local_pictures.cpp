@@ -60,7 +60,10 @@ class BaseFinder final : public HtmlVisitor {
 LocalAddress ReadOtherFile(std::string_view address) {
   const std::string_view given = platform::Trim(address);
   if (SchemeOfAddress(given).size() < 2 || ReachOf(given) != AddressReach::kFile) return {};
-  return {AddressKind::kFile, platform::ReplaceAll(given.substr(0, given.find_first_of("?#")), "\\", "/")};
+  const std::string_view path = given.substr(0, given.find_first_of("?#"));
+  // Some encode it in one piece: "asset://localhost/%2Fhome%2Fada%2Fa.png".
+  const std::string read = platform::PercentDecoded(path).value_or(std::string(path));
+  return {AddressKind::kFile, platform::ReplaceAll(read, "\\", "/")};
 }
 
 // Of a path that starts from nowhere here: "C:/x", "c|/x".

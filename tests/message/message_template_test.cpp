@@ -511,9 +511,11 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
            {"<img src='app://3b3f0e/home/ada/a.png?1'><img src='asset://localhost/Users/ada/b.png'><img "
             "src='view://abc/file///home/ada/c.png'><img src='https://file%2B.r.example/home/ada/d.png?v=1'><img "
             "src='http://asset.localhost/C%3A%5CUsers%5Cada%5Ce.png'>",
-            "<img src='a.png'><img src='b.png'><img src='c.png'><img src='d.png'><img src=''>"},
+            "<img src='a.png'><img src='b.png'><img src='c.png'><img src='d.png'><img src='e.png'>"},
+           {"<img src='asset://localhost/%2Fhome%2Fada%2Ff%20g.png'><img src='asset://localhost/C%3A%5CUsers%5Ch.png'>",
+            "<img src='f%20g.png'><img src='h.png'>"},
            {"<img src='app://x/home'><img src='https://x.example/home/ada/a.png'><img "
-            "src='http://localhost/home/ada/b.png'>",
+            "src='http://localhost/home/ada/b.png'><a href='webcal://x.example/home/team/c.ics'>c</a>",
             nullptr},
            {"<img src=\"%%=Concat('https://x.example/',@img)=%%\"><img src=\"@Url.Content(\"~/img/l.png\")\" alt=x>",
             nullptr},
