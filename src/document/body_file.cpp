@@ -1,7 +1,10 @@
 #include "document/body_file.h"
 
+#include <algorithm>
+
 #include "charset/charset.h"
 #include "platform/file.h"
+#include "platform/text.h"
 #include "platform/utf8.h"
 
 namespace quillcast::document {
@@ -75,6 +78,19 @@ std::string Decode(std::string_view bytes, BodyEncoding encoding) {
   return {};
 }
 
+// What no text has but by accident. Blanks, the marks between pages, and what old character sets change their tables by
+// (ISO 2022) are none of it.
+bool IsOfNoText(char c) {
+  constexpr std::string_view kOfTexts = "\b\t\n\v\f\r\x0E\x0F\x1B";
+  return static_cast<unsigned char>(c) < 0x20 && kOfTexts.find(c) == std::string_view::npos;
+}
+
+bool IsText(std::string_view text) {
+  constexpr std::ptrdiff_t kFewest = 16;  // characters to one that is of no text; old files end in one
+  if (text.starts_with("%PDF-") || text.starts_with("{\\rtf") || text.find('\0') != std::string_view::npos) return false;
+  return std::ranges::count_if(text, IsOfNoText) * kFewest <= std::ssize(text);
+}
+
 }  // namespace
 
 Result<BodyFile> ReadBodyFile(const std::filesystem::path& file) {
@@ -83,6 +99,13 @@ Result<BodyFile> ReadBodyFile(const std::filesystem::path& file) {
   const BodyEncoding encoding = EncodingOf(*bytes);
   std::string text = Decode(*bytes, encoding);
   return BodyFile{std::move(*bytes), std::move(text), encoding};
+}
+
+Result<BodyFile> ReadLetterFile(const std::filesystem::path& file) {
+  auto read = ReadBodyFile(file);
+  if (!read || IsText(read->text)) return read;
+  return Error{Failure::kBadData, Say("{} is neither HTML nor text.", platform::Printable(file.string(), 300)),
+               "Name an HTML file, as word processors save one too, or a text file whose name ends in .txt."};
 }
 
 std::string EncodeBody(std::string_view html, BodyEncoding encoding) {

@@ -25,6 +25,10 @@ inline constexpr std::uint64_t kLongestBody = 64ULL * 1024 * 1024;
 // A byte-order mark decides, else what is UTF-8 counts as UTF-8, all other as Windows-1252.
 Result<BodyFile> ReadBodyFile(const std::filesystem::path& file);
 
+// The same of a letter that a person names. kBadData for what is neither HTML nor text, such as a picture, or a word
+// processor's document: sent or saved, its bytes would be lost among what was made of them.
+Result<BodyFile> ReadLetterFile(const std::filesystem::path& file);
+
 // HTML in that encoding; characters that it lacks become numeric references.
 std::string EncodeBody(std::string_view html, BodyEncoding encoding);
 

@@ -20,7 +20,7 @@ std::string MessageDocument::PlainText(std::size_t columns) const {
 }
 
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file) {
-  auto read = ReadBodyFile(file);
+  auto read = ReadLetterFile(file);
   if (!read) return read.error();
   document.sources.push_back(file);
   std::string& body = read->text;

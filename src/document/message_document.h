@@ -45,7 +45,7 @@ struct MessageDocument {
 };
 
 // Reads a body from a file: as HTML, or, for a name that ends in ".txt", as text (the format becomes kText and the HTML
-// is the text with its markup characters escaped). Encodings: see ReadBodyFile.
+// is the text with its markup characters escaped). Encodings, and what is no body: see ReadLetterFile.
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file);
 
 // Before a file is written that is made of the document: kNotPermitted where it would take the place of one of those

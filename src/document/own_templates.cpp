@@ -96,18 +96,11 @@ LookOfName LookAtName(std::string_view name) {
   return look;
 }
 
-Result<void> CheckIsText(std::string_view html, const fs::path& file) {
-  if (html.find('\0') == std::string_view::npos) return {};
-  return Error{Failure::kBadData, Say("{} is neither HTML nor text.", platform::Printable(file.string(), 300)),
-               "Name an HTML file, or a text file whose name ends in .txt."};
-}
-
 }  // namespace
 
 Result<LetterToKeep> ReadLetterToKeep(const fs::path& file, const profile::Folders& folders) {
   MessageDocument document;
-  auto loaded = LoadBody(document, file);
-  if (loaded) loaded = CheckIsText(document.html, file);
+  const auto loaded = LoadBody(document, file);
   if (!loaded) return loaded.error();
   const fs::path folder = fs::absolute(file, IgnoreErrors()).parent_path();
   return LetterToKeep{std::move(document.html), folder, PicturePlaces(folders).WithOwnFolder(folder)};
@@ -171,10 +164,8 @@ Result<std::string> OwnTemplates::ReadAsKept(std::string_view name) const {
   const auto file = FileOf(name);
   if (!file) return file.error();
   if (!IsFile(*file)) return NoSuch(name, *file);
-  auto body = ReadBodyFile(*file);
-  if (!body) return body.error();
-  const auto is_text = CheckIsText(body->text, *file);
-  return is_text ? Result<std::string>(std::move(body->text)) : is_text.error();
+  auto body = ReadLetterFile(*file);
+  return body ? Result<std::string>(std::move(body->text)) : body.error();
 }
 
 Result<std::string> OwnTemplates::Read(std::string_view name) const {

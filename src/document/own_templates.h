@@ -34,7 +34,7 @@ struct LetterToKeep {
   PicturePlaces places;        // where its pictures may be taken from
 };
 
-// A letter in a file, see LoadBody, to be kept for later ones. kBadData for one that is no text at all.
+// A letter in a file, see LoadBody, to be kept for later ones.
 Result<LetterToKeep> ReadLetterToKeep(const std::filesystem::path& file, const profile::Folders& folders);
 
 // Nothing is held: each call looks into the folder, which need not exist. No name that fails the check, and no link, is

@@ -197,6 +197,7 @@ class BadInput(Case):
 
     def test_send(self):
         everything = ["--yes", "send", "--group", "All", "--subject", "s", "--body", self.body]
+        photo = self.write("photo.jpg", b"\xff\xd8\xff\xe0\0\x10JFIF\0")
         self.group("All", ["ada@r.example"])
         box = self.mailbox()
         self.account(box.port)
@@ -204,6 +205,10 @@ class BadInput(Case):
             (["--yes", "send", "--group", "All", "--subject", "s", "--body", "nosuch.html"], 66, "nosuch.html"),
             (["--yes", "send", "--group", "All", "--subject", "s", "--body", self.folder], 66, str(self.folder)),
             ([*everything, "--text", "nosuch.txt"], 66, "nosuch.txt"),
+            ([*everything[:-1], photo], 65, "photo.jpg is neither HTML nor text", "Name an HTML file"),
+            ([*everything, "--text", photo], 65, "photo.jpg is neither HTML nor text"),
+            (["properties", photo], 65, "photo.jpg is neither HTML nor text"),
+            (["message", "export", photo, "--output", "x.eml"], 65, "photo.jpg is neither HTML nor text"),
             ([*everything, "--to-file", "x.eml"], 64, "--as"),
             ([*everything, "--dry-run", "--proof", "a@b.example"], 64, "Only one of"),
             ([*everything, "--as", "eve@r.example", "--to-file", "x.eml"], 64, "eve@r.example is not in the group"),

@@ -98,6 +98,45 @@ TEST(Body, IsReadInTheEncodingThatItHas) {
   }
 }
 
+TEST(Body, IsNothingThatIsNoText) {
+  const test::TemporaryFolder folder;
+  struct Case {
+    const char* name;
+    std::string bytes;
+    bool is_text;
+  };
+  using namespace std::string_literals;
+  for (const Case& c : std::initializer_list<Case>{
+           {"photo.jpg", "\xFF\xD8\xFF\xE0\0\x10JFIF\0\x01"s, false},
+           {"letter.docx", "PK\x03\x04\x14\0\x06\0\x08"s, false},
+           {"small.pdf", "%PDF-1.4\n1 0 obj\n<< /Type /Catalog >>\nendobj\n", false},
+           {"letter.rtf", "{\\rtf1\\ansi Dear Ada}", false},
+           {"noise.html", "\x8E\x05\x1C\xB4 q\x11\xF2\x99 Z\x02\xC8\x17", false},
+           {"no-mark-utf16.html", "<\0p\0>\0"s, false},
+           {"utf32.html", "\xFF\xFE\0\0<\0\0\0p\0\0\0"s, false},
+           {"marked-binary.html", "\xEF\xBB\xBF" "a\0b"s, false},
+           {"photo.txt", "\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s, false},
+           // Old character sets, and what old programs leave behind.
+           {"empty.html", "", true},
+           {"koi8.html", "<p>\xF0\xD2\xC9\xD7\xC5\xD4", true},
+           {"shift-jis.html", "<p>\x82\xB1\x82\xF1\x81\x5C\x83\x7C", true},
+           {"iso-2022-jp.html", "\x1B$B$3$s$K$A$O\x1B(B", true},
+           {"iso-2022-kr.html", "\x1B$)C\x0E>H3g\x0F <p>a", true},
+           {"greek-utf16.html", "\xFE\xFF\x03\xA9\x01\x01"s, true},
+           {"dos.txt", "Dear Ada\x0B,\r\n\x0C" "bye\r\n\x1A", true},
+           {"speaks-of-pdf.txt", "A file begins with %PDF-1.4 or {\\rtf1.", true},
+       }) {
+    const auto file = folder.Write(c.name, c.bytes);
+    MessageDocument document;
+    const auto loaded = LoadBody(document, file);
+    EXPECT_EQ(static_cast<bool>(loaded), c.is_text) << c.name;
+    if (loaded) continue;
+    EXPECT_EQ(loaded.error().failure, Failure::kBadData) << c.name;
+    EXPECT_EQ(loaded.error().what.InEnglish(), file.string() + " is neither HTML nor text.");
+    EXPECT_EQ(document, MessageDocument()) << c.name;
+  }
+}
+
 TEST(FormatBox, SpringsBackWhileTheEncodingIsPlain) {
   const test::TemporaryFolder folder;
   profile::SettingsStore settings(folder / "settings.db");

@@ -113,7 +113,7 @@ Result<void> EditorDocument::Show(const std::string& html, const fs::path& folde
 Result<void> EditorDocument::Leave() { return is_filled_in_ || HasUnsavedChanges() ? SetAside() : Result<void>(); }
 
 Result<void> EditorDocument::Open(const fs::path& file) {
-  auto read = document::ReadBodyFile(file);
+  auto read = document::ReadLetterFile(file);
   if (!read) return read.error();
   auto left = Leave();
   return left ? ShowFile(file, *std::move(read)) : left;
@@ -198,7 +198,7 @@ Result<document::Draft> EditorDocument::Recover() {
   if (!aside) return aside.error();
   std::optional<document::BodyFile> file;  // where it holds the body
   if (!draft->file.empty() && !draft->is_changed) {
-    auto read = document::ReadBodyFile(draft->file);
+    auto read = document::ReadLetterFile(draft->file);
     const std::string& html = draft->document.html;
     draft->is_changed = !read || (read->text != html && read->text != document::WithCharset(html, read->encoding));
     if (!draft->is_changed) file = *std::move(read);
