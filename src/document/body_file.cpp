@@ -87,7 +87,8 @@ bool IsOfNoText(char c) {
 
 bool IsText(std::string_view text) {
   constexpr std::ptrdiff_t kFewest = 16;  // characters to one that is of no text; old files end in one
-  if (text.starts_with("%PDF-") || text.starts_with("{\\rtf") || text.find('\0') != std::string_view::npos) return false;
+  if (text.starts_with("%PDF-") || text.starts_with("{\\rtf") || text.find('\0') != std::string_view::npos)
+    return false;
   return std::ranges::count_if(text, IsOfNoText) * kFewest <= std::ssize(text);
 }
 

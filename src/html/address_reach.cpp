@@ -213,8 +213,9 @@ AddressReach ReachOf(std::string_view address) {
   if (!rest.starts_with("//")) return AddressReach::kNeither;
   const std::string_view place = rest.substr(2);
   const std::string_view host = AuthorityOf(place);
-  if (IsOfMailProgram(scheme, place) || AsksForOwnFile(scheme, host, PathOf(place.substr(host.size()))) || HoldsFile(place) ||
-      BeginsWithDrive(WithoutSlashes(place)) || (IsFileScheme(host) && BeginsWithFolder(place.substr(host.size())))) {
+  if (IsOfMailProgram(scheme, place) || AsksForOwnFile(scheme, host, PathOf(place.substr(host.size()))) ||
+      HoldsFile(place) || BeginsWithDrive(WithoutSlashes(place)) ||
+      (IsFileScheme(host) && BeginsWithFolder(place.substr(host.size())))) {
     return AddressReach::kFile;
   }
   return NamesServer(host) ? AddressReach::kNet : AddressReach::kNeither;

@@ -500,12 +500,31 @@ class MainFormTest : public QObject {
     QVERIFY(scene.Editor().PlainText().contains("work"));
     const std::string photo = scene.rig.folder.Write("photo.jpg", std::string("\xFF\xD8\xFF\xE0\0\x10JFIF", 10));
     scene.window->Open({photo});
-    QTRY_COMPARE(scene.Status(), ToQt(photo + " is neither HTML nor text. Name an HTML file, as word processors save one "
-                                              "too, or a text file whose name ends in .txt."));
+    QTRY_COMPARE(scene.Status(),
+                 ToQt(photo + " is neither HTML nor text. Name an HTML file, as word processors save one "
+                              "too, or a text file whose name ends in .txt."));
     QVERIFY(scene.Editor().PlainText().contains("work"));
     scene.window->Open({"/nowhere/page.html", first});
     QTRY_VERIFY2(scene.Status().endsWith("Not opened: " + ToQt(first) + "."), qPrintable(scene.Status()));
     QVERIFY2(scene.Status().contains("/nowhere/page.html"), qPrintable(scene.Status()));
+  }
+
+  void aDialogKeepsTheKeysWhenTheProgramIsStartedAgain() {
+    Scene scene;
+    scene.Open();
+    test::WhileOpen("AboutForm", [&](QDialog& dialog) {
+      QVERIFY(QTest::qWaitForWindowActive(&dialog));
+      for (const auto& ask : {std::function<void()>([&] { scene.window->Flash(); }),
+                              std::function<void()>([&] { scene.window->activateWindow(); })}) {
+        ask();
+        QCoreApplication::processEvents();
+        QTRY_VERIFY(dialog.isActiveWindow());
+        QVERIFY(!scene.window->isActiveWindow());
+      }
+    });
+    scene.window->Dispatch(CommandId::kAbout);
+    scene.window->Flash();
+    QTRY_VERIFY(scene.window->isActiveWindow());
   }
 
   void whatIsSaidAgainStandsAsLongAgain() {

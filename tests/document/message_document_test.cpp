@@ -114,7 +114,10 @@ TEST(Body, IsNothingThatIsNoText) {
            {"noise.html", "\x8E\x05\x1C\xB4 q\x11\xF2\x99 Z\x02\xC8\x17", false},
            {"no-mark-utf16.html", "<\0p\0>\0"s, false},
            {"utf32.html", "\xFF\xFE\0\0<\0\0\0p\0\0\0"s, false},
-           {"marked-binary.html", "\xEF\xBB\xBF" "a\0b"s, false},
+           {"marked-binary.html",
+            "\xEF\xBB\xBF"
+            "a\0b"s,
+            false},
            {"photo.txt", "\x89PNG\r\n\x1A\n\0\0\0\rIHDR"s, false},
            // Old character sets, and what old programs leave behind.
            {"empty.html", "", true},
@@ -123,7 +126,10 @@ TEST(Body, IsNothingThatIsNoText) {
            {"iso-2022-jp.html", "\x1B$B$3$s$K$A$O\x1B(B", true},
            {"iso-2022-kr.html", "\x1B$)C\x0E>H3g\x0F <p>a", true},
            {"greek-utf16.html", "\xFE\xFF\x03\xA9\x01\x01"s, true},
-           {"dos.txt", "Dear Ada\x0B,\r\n\x0C" "bye\r\n\x1A", true},
+           {"dos.txt",
+            "Dear Ada\x0B,\r\n\x0C"
+            "bye\r\n\x1A",
+            true},
            {"speaks-of-pdf.txt", "A file begins with %PDF-1.4 or {\\rtf1.", true},
        }) {
     const auto file = folder.Write(c.name, c.bytes);

@@ -47,6 +47,15 @@ constexpr const char* kPlaceSection = "Window";
 constexpr int kDraftPause = 1000;  // milliseconds
 constexpr int kLowestBody = 100;   // pixels, where the window is small
 
+// Where one is open, it takes the keys: those of the window beneath would run its commands past what it asks.
+bool ActivateDialog() {
+  QWidget* const dialog = QApplication::activeModalWidget();
+  if (dialog == nullptr) return false;
+  dialog->raise();
+  dialog->activateWindow();
+  return true;
+}
+
 }  // namespace
 
 MainForm::MainForm(const profile::Program& program)
@@ -278,6 +287,7 @@ void MainForm::showEvent(QShowEvent* event) {
 void MainForm::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
+  ActivateDialog();
   header_->Refresh();
   notices_->LookAtPractice();
 }
@@ -297,8 +307,10 @@ void MainForm::dropEvent(QDropEvent* event) {
 
 void MainForm::Flash() {
   if (isMinimized()) showNormal();
-  raise();
-  activateWindow();
+  if (!ActivateDialog()) {
+    raise();
+    activateWindow();
+  }
   QApplication::alert(this, 1000);
 }
 
