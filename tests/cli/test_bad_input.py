@@ -208,7 +208,7 @@ class BadInput(Case):
             ([*everything[:-1], photo], 65, "photo.jpg is neither HTML nor text", "Name an HTML file"),
             ([*everything, "--text", photo], 65, "photo.jpg is neither HTML nor text"),
             (["properties", photo], 65, "photo.jpg is neither HTML nor text"),
-            (["message", "export", photo, "--output", "x.eml"], 65, "photo.jpg is neither HTML nor text"),
+            (["message", "export", photo, "--output", self.folder / "x.eml"], 65, "photo.jpg is neither HTML nor text"),
             ([*everything, "--to-file", "x.eml"], 64, "--as"),
             ([*everything, "--dry-run", "--proof", "a@b.example"], 64, "Only one of"),
             ([*everything, "--as", "eve@r.example", "--to-file", "x.eml"], 64, "eve@r.example is not in the group"),
