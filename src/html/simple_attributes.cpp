@@ -44,7 +44,6 @@ constexpr auto kAttributes = std::to_array<Known>({{"align", 0},
 constexpr auto kProperties = std::to_array<Known>({{"background-color", kPage},
                                                    {"color", kPage},
                                                    {"font-family", kPage},
-                                                   {"font-size", 100},
                                                    {"font-style", 0},
                                                    {"font-weight", 900},
                                                    {"list-style-type", 0},
@@ -111,21 +110,25 @@ std::string AttributeColour(std::string_view value) {
 }
 
 // One declaration, "color:red", as it may be kept; empty where not.
-std::string SimpleDeclaration(std::string_view property, std::string_view given) {
+std::string SimpleDeclaration(std::string_view property, std::string_view given, double points) {
   const bool is_ground = property == "background" || property == "background-color";
   const std::string_view name = is_ground ? "background-color" : property;
   std::string value(given);
   if (is_ground || name == "color") value = SimpleColour(is_ground ? GroundIn(given) : given);
+  if (name.starts_with("margin-") || name == "text-indent") {
+    const auto pixels = ReadLength(given, points, kUsualPoints);
+    value = pixels ? fmt::format("{:.0f}px", *pixels) : std::string();
+  }
   std::replace(value.begin(), value.end(), '"', '\'');
   const Known* known = FindIn(kProperties, name);
   if (known == nullptr || value.empty() || !IsPlainValue(value) || !IsWithin(value, known->most)) return {};
   return std::string(name) + ":" + value;
 }
 
-std::string SimpleStyle(std::string_view style) {
-  std::string kept;
+std::string SimpleStyle(std::string_view style, const Told& told) {
+  std::string kept = told.size.empty() ? "" : "font-size:" + told.size;
   EachDeclaration(style, [&](std::string_view property, std::string_view value) {
-    const std::string declaration = SimpleDeclaration(property, value);
+    const std::string declaration = SimpleDeclaration(property, value, told.points);
     if (!declaration.empty()) kept.append(kept.empty() ? "" : ";").append(declaration);
   });
   return kept;
@@ -165,28 +168,51 @@ std::string OwnGround(const HtmlTokenizer& page, const HtmlToken& tag, std::stri
   return ground;
 }
 
-std::string GroundAttribute(std::string_view written, std::string_view ground) {
-  std::string attribute;
-  Append(attribute, written == "table" ? "bgcolor" : "style",
-         written == "table" ? std::string(ground) : "background-color:" + std::string(ground));
-  return attribute;
+std::string ToldAttributes(std::string_view written, const Told& told) {
+  std::string attributes;
+  if (written == "table" && !told.ground.empty()) Append(attributes, "bgcolor", told.ground);
+  const std::string style =
+      SimpleStyle(written == "table" || told.ground.empty() ? "" : "background-color:" + told.ground, told);
+  if (!style.empty()) Append(attributes, "style", style);
+  return attributes;
+}
+
+// What a style says of the width or height of a table, cell or picture, which the view hears as an attribute alone;
+// nothing where the attribute counts.
+std::optional<std::string> StyledSide(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written,
+                                      std::string_view side) {
+  const bool is_picture = written == "img";
+  if (!is_picture && (side != "width" || (written != "table" && written != "td" && written != "th"))) return {};
+  std::optional<std::string> found;
+  EachDeclaration(page.Value(tag, "style"), [&](std::string_view property, std::string_view value) {
+    if (property != side) return;
+    const auto number = platform::ParseWholeNumber(value.substr(0, value.find_first_not_of("0123456789")));
+    const auto pixels = ReadLength(value, kUsualPoints, kUsualPoints);
+    if (pixels && *pixels >= 1 && *pixels <= kPage) found = fmt::format("{:.0f}", *pixels);
+    if (!is_picture && value.ends_with('%') && number && *number >= 1 && *number <= 100)
+      found = fmt::format("{}%", *number);
+    if (is_picture && platform::EqualsIgnoringAsciiCase(value, "auto")) found = "";
+  });
+  return found;
 }
 
 std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written,
-                             std::string_view ground, Spans spans) {
+                             const Told& told, Spans spans) {
   std::string kept;
-  const bool is_told = written == "table" && !ground.empty();
-  if (is_told) kept = GroundAttribute(written, ground);
+  const bool has_ground = written == "table" && !told.ground.empty();
+  if (has_ground) Append(kept, "bgcolor", told.ground);
   // The view paints the ground of a division by its style alone.
   std::string own = written == "div" ? AttributeColour(page.Value(tag, "bgcolor")) : std::string();
-  if (own.empty() && !is_told) own = ground;
-  const bool has_style = tag.name == "body" || !own.empty();  // made of other attributes too
+  if (own.empty() && !has_ground) own = told.ground;
+  const bool has_style = tag.name == "body" || !own.empty() || !told.size.empty();  // made of other attributes too
   if (has_style) {
     const std::string text = tag.name == "body" ? AttributeColour(page.Value(tag, "text")) : std::string();
     const std::string style =
-        SimpleStyle("color:" + text + ";background-color:" + own + ";" + page.Value(tag, "style"));
+        SimpleStyle("color:" + text + ";background-color:" + own + ";" + page.Value(tag, "style"), told);
     if (!style.empty()) Append(kept, "style", style);
   }
+  const auto width = StyledSide(page, tag, written, "width");
+  const auto height = StyledSide(page, tag, written, "height");
   for (const HtmlAttribute& attribute : tag.attributes) {
     if (spans == Spans::kFew && IsLongSpan(page, attribute)) continue;
     const std::string_view whole = page.Source(tag);
@@ -194,10 +220,11 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
         platform::AsciiLower(whole.substr(attribute.name_begin - tag.begin, attribute.name_end - attribute.name_begin));
     std::string value = DecodeCharacterReferences(page.RawValue(attribute), true);
     if (has_style && (name == "style" || (name == "bgcolor" && written == "div"))) continue;
+    if ((name == "width" && width) || (name == "height" && height)) continue;
     if (name == "bgcolor" || name == "color") value = AttributeColour(value);
     if (value.empty() && (name == "bgcolor" || name == "color")) continue;
     if (name == "style") {
-      const std::string style = SimpleStyle(value);
+      const std::string style = SimpleStyle(value, told);
       if (!style.empty()) Append(kept, name, style);
     } else if (name == "alt") {
       Append(kept, name, std::string_view(value).substr(0, kLongestAddress));
@@ -207,6 +234,8 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
       Append(kept, name, value);
     }
   }
+  if (width && !width->empty()) Append(kept, "width", *width);
+  if (height && !height->empty()) Append(kept, "height", *height);
   if (tag.name == "a" || tag.name == "img") {
     if (const auto address = SimpleAddress(page, tag)) Append(kept, tag.name == "a" ? "href" : "src", *address);
   }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "html/html_tokenizer.h"
+#include "html/simple_sizes.h"
 
 namespace quillcast::html {
 
@@ -14,14 +15,22 @@ enum class Spans : std::uint8_t { kFew, kMany };  // over how many columns and r
 // What an element that becomes `written` has behind it by its own attributes, as a style has it; empty for nothing.
 std::string OwnGround(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written);
 
-// What says that a ground is behind what is `written`: the view hears it of a table as an attribute, else as a style.
-std::string GroundAttribute(std::string_view written, std::string_view ground);
+// What an element has to be told of what it stands in, since the view would not know it.
+struct Told {
+  std::string ground = {};       // as a style has it
+  std::string size = {};         // of its letters
+  double points = kUsualPoints;  // that "em" is in it
+};
+
+// What says it of an element that has no attributes. The view hears the ground of a table as an attribute, that of
+// others as a style.
+std::string ToldAttributes(std::string_view written, const Told& told);
 
 // Those of a start tag that say how it looks and cannot load or delay anything, each with a blank before it and its
-// value in quotes, as they stand in what is `written` for it, with the ground of what it stands in where it has to say
-// that; addresses of "http", "https", "mailto" and "tel" for a link, of "cid" for a picture.
+// value in quotes, as they stand in what is `written` for it; addresses of "http", "https", "mailto" and "tel" for a
+// link, of "cid" for a picture.
 std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written,
-                             std::string_view ground = {}, Spans spans = Spans::kFew);
+                             const Told& told = {}, Spans spans = Spans::kFew);
 
 // Whether it makes a cell go over more than a few.
 bool IsLongSpan(const HtmlTokenizer& page, const HtmlAttribute& attribute);

@@ -48,7 +48,8 @@ class SimpleWriter {
     std::string_view written;
     std::size_t items = 0;      // of a list
     Spans spans = Spans::kFew;  // of a table
-    std::string ground = {};    // that the view would paint behind these words alone, and not behind all that is in it
+    LetterSize size = {};
+    std::string ground = {};  // that the view would paint behind these words alone, and not behind all that is in it
   };
 
   void Take(const HtmlToken& token);
@@ -113,19 +114,24 @@ void SimpleWriter::Push(const std::string& name, std::string_view written, const
   const std::string around = Ground();
   const std::string own = token != nullptr && is_block ? OwnGround(page_, *token, written) : std::string();
   const bool paints_all = is_of_table || written == "body";
-  open_.push_back({.name = name, .written = written, .ground = paints_all ? "" : own.empty() ? around : own});
+  const LetterSize size_around = open_.empty() ? LetterSize() : open_.back().size;
+  LetterSize size = token != nullptr && !written.empty() ? SizeWithin(page_, *token, size_around) : size_around;
+  Told told{.ground = is_block && own.empty() ? around : "",
+            .size = size.value == size_around.value ? "" : size.value,
+            .points = size.points};
+  open_.push_back({.name = name,
+                   .written = written,
+                   .size = std::move(size),
+                   .ground = paints_all    ? ""
+                             : own.empty() ? around
+                                           : own});
   if (written.empty()) return;
   begins_pre_ = written == "pre";
   if (is_block) behind_ = {};
   out_.append("<").append(written);
-  const std::string ground = is_block && own.empty() ? around : std::string();
   const std::size_t table = name == "td" ? Last("table") : kNone;
   const Spans spans = table == kNone ? Spans::kFew : open_[table].spans;
-  if (token != nullptr) {
-    out_ += SimpleAttributes(page_, *token, written, ground, spans);
-  } else if (!ground.empty()) {
-    out_ += GroundAttribute(written, ground);
-  }
+  out_ += token != nullptr ? SimpleAttributes(page_, *token, written, told, spans) : ToldAttributes(written, told);
   out_ += '>';
 }
 
@@ -150,8 +156,9 @@ void SimpleWriter::StartRow(const HtmlToken* token) {
   const std::size_t table = Last("table");
   if (table == kNone) return;
   CloseTo(table + 1);
-  const bool has_ground = token != nullptr && !OwnGround(page_, *token, "tr").empty();
-  Push("tr", IsInGrid() ? "tr" : has_ground ? "div" : "", token);
+  const bool has_look =
+      token != nullptr && !(page_.Value(*token, "style").empty() && page_.Value(*token, "bgcolor").empty());
+  Push("tr", IsInGrid() ? "tr" : has_look ? "div" : "", token);
 }
 
 void SimpleWriter::StartCell(const HtmlToken* token) {

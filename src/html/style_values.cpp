@@ -26,8 +26,10 @@ struct Family {
 constexpr std::array kFamilies = {Family{"sans-serif", "Arial"}, Family{"serif", "Times New Roman"},
                                   Family{"monospace", "Courier New"}};
 
-constexpr int kSmallest = 2;
-constexpr int kLargest = 800;
+constexpr double kLeastPoints = 1;
+constexpr double kMostPoints = 400;
+constexpr double kStep = 1.2;  // from a size to a larger one
+constexpr double kPixelsOfPoint = 4.0 / 3;
 constexpr std::string_view kBlanks = " \t\r\n\f";
 constexpr std::size_t kLongestGround = 4000;  // bytes
 constexpr double kLeastCover = 0.5;           // of what is behind
@@ -71,17 +73,70 @@ std::optional<std::uint32_t> ReadRgb(std::string_view text) {
   return value;
 }
 
+using TakeDeclaration = std::function<void(std::string_view property, std::string_view value)>;
+
+// Up to the next blank, which it takes away with the piece.
+std::string_view TakePiece(std::string_view& value) {
+  value = platform::Trim(value);
+  const std::string_view piece = value.substr(0, value.find_first_of(kBlanks));
+  value.remove_prefix(piece.size());
+  value = platform::Trim(value);
+  return piece;
+}
+
+// "italic bold 14px/1.5 Arial, serif": nothing where it names no size.
+void EachOfFont(std::string_view value, const TakeDeclaration& take) {
+  std::string_view style = "normal";
+  std::string_view weight = "normal";
+  while (!value.empty()) {
+    const std::string_view piece = TakePiece(value);
+    const std::string_view size = piece.substr(0, piece.find('/'));
+    if (ReadLetterSize(size, kUsualHalfPoints)) {
+      take("font-size", size);
+      take("font-style", style);
+      take("font-weight", weight);
+      if (value.starts_with('/')) TakePiece(value = value.substr(1));
+      if (piece.ends_with('/')) TakePiece(value);
+      if (!value.empty()) take("font-family", value);
+      return;
+    }
+    const bool is_weight = platform::StartsWithIgnoringAsciiCase(piece, "bold") || platform::ParseWholeNumber(piece);
+    if (is_weight) weight = piece;
+    if (platform::EqualsIgnoringAsciiCase(piece, "italic")) style = piece;
+  }
+}
+
+// One to four: of what is at the top, right, bottom and left.
+void EachOfMargin(std::string_view value, const TakeDeclaration& take) {
+  std::array<std::string_view, 4> sides;
+  std::size_t count = 0;
+  while (!value.empty() && count < sides.size()) sides.at(count++) = TakePiece(value);
+  if (count == 0) return;
+  if (count == 1) sides[1] = sides[0];
+  if (count <= 2) sides[2] = sides[0];
+  if (count <= 3) sides[3] = sides[1];
+  constexpr std::array<std::string_view, 4> kSides = {"margin-top", "margin-right", "margin-bottom", "margin-left"};
+  for (std::size_t i = 0; i < kSides.size(); ++i) take(kSides.at(i), sides.at(i));
+}
+
 }  // namespace
 
-void EachDeclaration(std::string_view style, const std::function<void(std::string_view, std::string_view)>& take) {
+void EachDeclaration(std::string_view style, const TakeDeclaration& take) {
   while (!style.empty()) {
     const std::string_view declaration = style.substr(0, style.find(';'));
     style.remove_prefix(std::min(declaration.size() + 1, style.size()));
     const std::size_t colon = declaration.find(':');
     if (colon == std::string_view::npos) continue;
     const std::string property = platform::AsciiLower(platform::Trim(declaration.substr(0, colon)));
-    const std::string_view value = declaration.substr(colon + 1);
-    take(property, platform::Trim(value.substr(0, value.find('!'))));
+    const std::string_view all = declaration.substr(colon + 1);
+    const std::string_view value = platform::Trim(all.substr(0, all.find('!')));
+    if (property == "font") {
+      EachOfFont(value, take);
+    } else if (property == "margin") {
+      EachOfMargin(value, take);
+    } else {
+      take(property, value);
+    }
   }
 }
 
@@ -111,20 +166,38 @@ bool NamesPicture(std::string_view value) {
   return lower.find("url(") != std::string::npos || lower.find("gradient(") != std::string::npos;
 }
 
-std::optional<int> ReadLetterSize(std::string_view value, int current) {
+std::optional<double> ReadPoints(std::string_view value, double current, double usual) {
   const std::string lower = platform::AsciiLower(platform::Trim(value.substr(0, 100)));
   const auto* const named = std::ranges::find(kSizes, std::string_view(lower), &Size::name);
-  if (named != kSizes.end()) return named->half_points;
+  if (named != kSizes.end()) return usual * named->half_points / kUsualHalfPoints;
+  if (lower == "larger") return std::min(current * kStep, kMostPoints);
+  if (lower == "smaller") return std::max(current / kStep, kLeastPoints);
   std::string_view unit = lower;
   const auto number = TakeNumber(unit);
   if (!number || *number <= 0) return {};
-  double half_points = 0;
-  if (unit == "pt") half_points = *number * 2;
-  if (unit == "px") half_points = *number * 1.5;
-  if (unit == "em" || unit == "rem") half_points = *number * (unit == "em" ? current : 24);
-  if (unit == "%") half_points = *number * current / 100;
-  if (half_points == 0) return {};
-  return static_cast<int>(std::lround(std::clamp(half_points, double{kSmallest}, double{kLargest})));
+  double points = 0;
+  if (unit == "pt") points = *number;
+  if (unit == "px") points = *number / kPixelsOfPoint;
+  if (unit == "em" || unit == "rem") points = *number * (unit == "em" ? current : usual);
+  if (unit == "%") points = *number * current / 100;
+  if (points == 0) return {};
+  return std::clamp(points, kLeastPoints, kMostPoints);
+}
+
+std::optional<int> ReadLetterSize(std::string_view value, int current) {
+  const auto points = ReadPoints(value, current / 2.0, kUsualHalfPoints / 2.0);
+  return points ? std::optional(static_cast<int>(std::lround(*points * 2))) : std::nullopt;
+}
+
+std::optional<double> ReadLength(std::string_view value, double current, double usual) {
+  const std::string lower = platform::AsciiLower(platform::Trim(value.substr(0, 100)));
+  std::string_view unit = lower;
+  const auto number = TakeNumber(unit);
+  if (!number) return {};
+  if (unit == "px" || (unit.empty() && *number == 0)) return *number;
+  if (unit == "pt") return *number * kPixelsOfPoint;
+  if (unit == "em" || unit == "rem") return *number * kPixelsOfPoint * (unit == "em" ? current : usual);
+  return {};
 }
 
 std::optional<int> ReadFontSize(std::string_view value) {

@@ -10,7 +10,7 @@
 namespace quillcast::html {
 
 // Calls `take` with each declaration of a style attribute: the property in small letters, the value without
-// "!important".
+// "!important". What "font" and "margin" say at once comes as the declarations that it stands for.
 void EachDeclaration(std::string_view style,
                      const std::function<void(std::string_view property, std::string_view value)>& take);
 
@@ -23,11 +23,17 @@ std::string_view GroundIn(std::string_view value);
 // Whether it has a picture, or colours that run into each other.
 bool NamesPicture(std::string_view value);
 
-// A size of letters in half points, of "12pt", "16px", "1.5em", "120%", "large"; `current` is what relative ones are
-// of. Within 2 and 800.
+// A size of letters in points, of "12pt", "16px", "1.5em", "120%", "large" or "smaller"; `current` is what relative
+// ones are of, `usual` the size of those that nothing is said of. Within 1 and 400.
+std::optional<double> ReadPoints(std::string_view value, double current, double usual);
+// The same in half points, where 12 points are usual.
 std::optional<int> ReadLetterSize(std::string_view value, int current);
 // The same of "1" to "7", "+1", "-2" of a font element.
 std::optional<int> ReadFontSize(std::string_view value);
+inline constexpr int kUsualHalfPoints = 24;
+
+// A distance in pixels, of "9pt", "12px", "-2em" or "0"; nothing for one that depends on the room there is.
+std::optional<double> ReadLength(std::string_view value, double current, double usual);
 
 // Pixels of "120" or "120px"; nothing for what is relative.
 std::optional<int> ReadPixels(std::string_view value);

@@ -303,17 +303,32 @@ class Message(Case):
         self.assertIn("<?xml", self.print_pdf(sample("stamps"), "-f", "xml")[2][0])
         self.assertFalse((self.profile / "data" / "History").exists(), "no start of the window's program")
 
-    def test_prints_letters_as_large_as_a_screen_shows_them(self):
+    def test_prints_letters_and_distances_as_large_as_a_screen_shows_them(self):
+        """Rows of (page, one whose word is as high), and of (page, points left of its word)."""
         self.needs_desktop()
-        heights = []
-        for size in ("12px", "9pt", "16px", "12pt"):
-            self.print_pdf(self.write("size.eml", f"Content-Type: text/html\n\n<p>a <b style='font-size:{size}'>word</b>"))
+
+        def word(page):
+            self.print_pdf(self.write("size.eml", f"Content-Type: text/html\n\n{page}"))
             boxes = subprocess.run(["pdftotext", "-bbox", self.folder / "out.pdf", "-"], capture_output=True, text=True,
                                    check=True).stdout
-            top, bottom = map(float, re.search('yMin="([0-9.]+)" xMax="[0-9.]+" yMax="([0-9.]+)">word<', boxes).groups())
-            heights.append(bottom - top)
-        self.assertAlmostEqual(heights[0], heights[1], delta=0.3)
-        self.assertAlmostEqual(heights[2], heights[3], delta=0.3)
+            box = re.search('xMin="([0-9.]+)" yMin="([0-9.]+)" xMax="[0-9.]+" yMax="([0-9.]+)">word<', boxes)
+            left, top, bottom = map(float, box.groups())
+            return left, bottom - top
+
+        for page, other in (("<p>a <b style='font-size:12px'>word</b>", "<p>a <b style='font-size:9pt'>word</b>"),
+                            ("<p>a <i style='font-size:16px'>word</i>", "<p>a <i style='font-size:12pt'>word</i>"),
+                            ("<h1 style='font-size:16px'>word</h1>", "<p><b style='font-size:12pt'>word</b>"),
+                            ("<div style='font-size:16px'><small style='font-size:75%'>word</small></div>",
+                             "<p style='font-size:9pt'>word"),
+                            ("<p style='font-size:1rem'>word", "<p>word"),
+                            ("<td style='font:24px/1.5 serif'><font size=3>word", "<p style='font:10pt serif'>word")):
+            self.assertAlmostEqual(word(page)[1], word(other)[1], delta=0.3, msg=page)
+        left = word("<p>word")[0]
+        for page, distance in (("<p style='margin-left:96px'>word", 72), ("<p style='text-indent:36pt'>word", 36),
+                               ("<blockquote>word</blockquote>", 30), ("<ul><li>word</ul>", 30),
+                               ("<table cellspacing=0 cellpadding=0><tr><td style='width:96px'>a<td>word</table>", 72),
+                               (f"{picture(192)} style='width:48px'>word", 36)):
+            self.assertAlmostEqual(word(page)[0] - left, distance, delta=1, msg=page)
 
     def test_keeps_what_is_wider_than_the_page_on_it(self):
         """Rows of (page, words, right edges of pictures)."""

@@ -42,6 +42,8 @@ TEST(HtmlToRtf, WritesWhatAPageShows) {
            Row{"<i><u>a</i>b</u>", "\\pard {\\i\\ul a}{b}\\par\n"},
            Row{"<p align=center>a<p style='text-align: right'>b",
                "\\pard\\qc\\sa160 {a}\\par\n\\pard\\qr\\sa160 {b}\\par\n"},
+           Row{"<p style='font:italic 700 10pt/1.5 Arial, serif'>a<b style='font:small x'>b</b>",
+               "\\pard\\sa160 {\\b\\i\\f1\\fs20 a}{\\f2\\fs20 b}\\par\n"},
            Row{"<p dir=rtl>a", "\\pard\\rtlpar\\sa160 {a}\\par\n"},
            Row{"<blockquote>a<blockquote>b</blockquote></blockquote>c",
                "\\pard\\li567 {a}\\par\n\\pard\\li1134 {b}\\par\n\\pard {c}\\par\n"},
@@ -280,7 +282,8 @@ TEST(StyleValues, AreReadAsMailWritesThem) {
   };
   for (const auto& [value, half_points] :
        {SizeRow{"12pt", 24}, SizeRow{"16px", 24}, SizeRow{"1.5em", 30}, SizeRow{"50%", 10}, SizeRow{"x-large", 36},
-        SizeRow{"9999pt", 800}, SizeRow{"0", 0}, SizeRow{"-3pt", 0}, SizeRow{"1e9pt", 0}, SizeRow{"calc(1)", 0}}) {
+        SizeRow{"larger", 24}, SizeRow{"Smaller", 17}, SizeRow{"9999pt", 800}, SizeRow{"0", 0}, SizeRow{"-3pt", 0},
+        SizeRow{"1e9pt", 0}, SizeRow{"calc(1)", 0}}) {
     EXPECT_EQ(ReadLetterSize(value, 20).value_or(0), half_points) << value;
   }
   EXPECT_EQ(ReadFontSize("+2"), 36);

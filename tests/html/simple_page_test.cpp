@@ -76,7 +76,8 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<link rel=stylesheet href=x><base href=file:///><iframe src=x></iframe><object data=x></object><video src=x>a",
        "a"},
       {"<body text=white bgcolor=black style='margin:0;color:red'><table><tr><td>a<td>b</table><body>c",
-       "<body style=\"color:white;color:red\" bgcolor=\"black\"><table><tr><td>a</td><td>b</td></tr></table>"
+       "<body style=\"color:white;margin-top:0px;margin-right:0px;margin-bottom:0px;margin-left:0px;color:red\" "
+       "bgcolor=\"black\"><table><tr><td>a</td><td>b</td></tr></table>"
        "<div>c</div></body>"},
       {"<pre>\r\na\nb</pre>", "<pre>a\nb</pre>"},
       // Tables
@@ -85,6 +86,27 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<table bgcolor=blue style='color:white'><tr bgcolor=red><td style='background:green' bgcolor=red>a</table>",
        "<div style=\"background-color:blue;color:white\"><div style=\"background-color:red\">"
        "<div style=\"background-color:red;background-color:green\">a</div></div></div>"},
+      // Sizes and lengths in the one unit that a text view reads
+      {"<p style='font:italic bold 14px/1.5 &quot;A B&quot;, serif;text-indent:1em'>a<p style='font:9pt'>b",
+       "<p style=\"font-size:14px;font-style:italic;font-weight:bold;font-family:'A B', serif;text-indent:14px\">a</p>"
+       "<p style=\"font-size:9pt;font-style:normal;font-weight:normal\">b</p>"},
+      {"<div style='font-size:1.2em'>a<h1>b</h1><small>c</small><font size=2>d</font><p style='font-size:50%'>e"
+       "<p style='font-size:larger'>f<p style='font-size:1rem'>g</div><h3>h<i style='font-size:.5em'>i</i></h3>",
+       "<div style=\"font-size:12pt\">a<h1 style=\"font-size:24pt\">b</h1><div><small "
+       "style=\"font-size:10pt\">c</small>"
+       "<font style=\"font-size:11px\" size=\"2\">d</font></div><p style=\"font-size:6pt\">e</p>"
+       "<p style=\"font-size:19px\">f</p><p style=\"font-size:10pt\">g</p></div>"
+       "<h3>h<i style=\"font-size:6pt\">i</i></h3>"},
+      {"<h1 style='font-size:20.4px;font-size:0;font-size:500px'>a</h1><table><tr "
+       "style='font-size:small'><td>b</table>",
+       "<h1 style=\"font-size:15pt\">a</h1><div><div style=\"font-size:11px\"><div>b</div></div></div>"},
+      {"<p style='margin:0 auto 9pt;text-indent:-2em'>a<p style='margin: 1px 2em 50%'>b",
+       "<p style=\"margin-top:0px;margin-bottom:12px;text-indent:-27px\">a</p>"
+       "<p style=\"margin-top:1px;margin-right:27px;margin-left:27px\">b</p>"},
+      {"<table width=5% style='width:600px'><tr><td style='width:33.4%' width=9>a<td style='width:auto' width=7>b"
+       "<img src=cid:0 height=900 width=500 style='width:100px;height:auto'></table>",
+       "<table width=\"600\"><tr><td width=\"33%\">a</td><td width=\"7\">b<img width=\"100\" src=\"cid:0\"></td></tr>"
+       "</table>"},
       // Grounds reach down to what a text view would paint without one
       {"<div style='background:#000;color:#fff'><table><tr><td>a<td><p>b</table>c<ul><li>d</ul>e<br>f</div>g",
        "<div style=\"background-color:#000;color:#fff\"><table bgcolor=\"#000\"><tr><td>a</td><td><p>b</p></td></tr>"

@@ -5,10 +5,12 @@
 #include <QUrl>
 #include <utility>
 
+#include "desktop/mail_file/page_sizes.h"
+
 namespace quillcast::desktop {
 namespace {
 
-constexpr qint64 kMostPixels = 16 * 1024 * 1024;  // of four bytes
+constexpr qint64 kMostPixels = qint64{16} * 1024 * 1024;  // of four bytes
 constexpr int kWidest = 1600;
 
 qint64 Pixels(const QSize& size) { return qint64{size.width()} * size.height(); }
@@ -44,7 +46,12 @@ ForeignPage::ForeignPage(const QString& html, std::vector<QImage> pictures, QObj
     : QTextDocument(parent), pictures_(std::move(pictures)) {
   setUndoRedoEnabled(false);
   setDefaultStyleSheet("a { color: #0b57d0 }");  // on paper, whatever the window's colours are
+  SetPage(html);
+}
+
+void ForeignPage::SetPage(const QString& html) {
   setHtml(html);
+  PreferSizesToSteps(*this);
 }
 
 QVariant ForeignPage::loadResource(int type, const QUrl& name) {

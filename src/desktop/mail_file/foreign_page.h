@@ -19,6 +19,7 @@ class ForeignPage final : public QTextDocument {
   Q_OBJECT
  public:
   ForeignPage(const QString& html, std::vector<QImage> pictures, QObject* parent);
+  void SetPage(const QString& html);
 
  protected:
   // The pictures that it was given; whatever else its HTML names is nothing.

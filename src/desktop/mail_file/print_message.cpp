@@ -5,7 +5,6 @@
 #include <QPainter>
 #include <QPrinter>
 #include <QTextBlock>
-#include <QTextCursor>
 #include <QTextFrame>
 #include <algorithm>
 #include <memory>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "desktop/mail_file/foreign_page.h"
+#include "desktop/mail_file/page_sizes.h"
 #include "desktop/mail_file/page_width.h"
 #include "desktop/widgets/print_whole.h"
 #include "desktop/widgets/qt_text.h"
@@ -29,40 +29,7 @@ constexpr int kTextSize = 10;    // points
 constexpr int kFewestLines = 3;  // that a page has room for, whatever the margins are
 // Dots per inch. The toolkit's layout counts to 33,554,431 of them, which is 9,500 pages; what is drawn is no coarser.
 constexpr int kResolution = 300;
-constexpr double kScreenDots = 96;  // per inch: what a page counts its widths in
 constexpr double kMostShrunk = 10;  // times; what is wider is cut
-
-constexpr double kPointsPerInch = 72;
-
-// Letters whose size is in dots are laid out in dots of the printer, a third of those that the page counts in. In
-// points they are as large as on a screen.
-void GiveSizesInPoints(QTextDocument& document) {
-  struct Piece {
-    int begin;
-    int end;
-    QTextCharFormat format;
-  };
-  std::vector<Piece> pieces;
-  for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-    for (auto place = block.begin(); !place.atEnd(); ++place) {
-      const QTextFragment fragment = place.fragment();
-      QTextCharFormat format = fragment.charFormat();
-      const int dots = format.intProperty(QTextFormat::FontPixelSize);
-      if (dots <= 0) continue;
-      format.clearProperty(QTextFormat::FontPixelSize);
-      format.setFontPointSize(dots * kPointsPerInch / kScreenDots);
-      pieces.push_back({fragment.position(), fragment.position() + fragment.length(), std::move(format)});
-    }
-  }
-  QTextCursor cursor(&document);
-  cursor.beginEditBlock();
-  for (const Piece& piece : pieces) {
-    cursor.setPosition(piece.begin);
-    cursor.setPosition(piece.end, QTextCursor::KeepAnchor);
-    cursor.setCharFormat(piece.format);
-  }
-  cursor.endEditBlock();
-}
 
 double Millimetres(const std::string& text) { return QString::fromStdString(text).toDouble(); }
 
@@ -141,8 +108,8 @@ class Pages {
     document_->documentLayout()->setPaintDevice(&printer_);
     document_->setPageSize(body_.size());
     const mail_file::PrintedBody& body = pages_.body;
-    body.is_page ? document_->setHtml(ToQt(body.page.html)) : document_->setPlainText(ToQt(body.text));
-    GiveSizesInPoints(*document_);
+    body.is_page ? document_->SetPage(ToQt(body.page.html)) : document_->setPlainText(ToQt(body.text));
+    KeepScreenSizes(kResolution, *document_);
     KeepWithin(body_.width() * kScreenDots / kResolution, *document_);
   }
 
