@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "charset/charset.h"
+#include "charset/page_charset.h"
+#include "document/declared_charset.h"
 #include "platform/file.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -56,24 +58,57 @@ std::string EncodeUtf16(std::string_view text, bool big_endian) {
   return out;
 }
 
+constexpr char kEscape = '\x1B';
+
+// Those that change their tables by escapes are ASCII to who does not know of it, and so UTF-8.
+bool IsUtf8(std::string_view bytes) {
+  return platform::IsUtf8(bytes) && (bytes.find(kEscape) == std::string_view::npos ||
+                                     !platform::StartsWithIgnoringAsciiCase(DeclaredCharset(bytes), "iso-2022-"));
+}
+
 BodyEncoding EncodingOf(std::string_view bytes) {
   if (bytes.starts_with(kUtf8Mark)) return BodyEncoding::kUtf8WithMark;
   if (bytes.starts_with(kLittleMark)) return BodyEncoding::kUtf16Little;
   if (bytes.starts_with(kBigMark)) return BodyEncoding::kUtf16Big;
-  return platform::IsUtf8(bytes) ? BodyEncoding::kUtf8 : BodyEncoding::kWindows1252;
+  if (IsUtf8(bytes)) return BodyEncoding::kUtf8;
+  const std::string declared = DeclaredCharset(bytes);
+  if (IsUtf8Label(declared)) return BodyEncoding::kUtf8;
+  return charset::IsPageCharset(declared) ? BodyEncoding::kDeclared : BodyEncoding::kWindows1252;
+}
+
+std::string FromWindows1252(std::string_view bytes) { return charset::FindCharset("windows-1252")->Decode(bytes); }
+
+// A byte gone wrong in UTF-8 was put in by another program, and is of its set.
+std::string DecodeUtf8(std::string_view bytes) {
+  if (platform::IsUtf8(bytes)) return std::string(bytes);
+  const auto western = charset::FindCharset("windows-1252");
+  std::string out;
+  while (!bytes.empty()) {
+    const auto [code, length] = platform::DecodeUtf8(bytes);
+    const std::string_view one = bytes.substr(0, length);
+    if (code == platform::kNotUtf8) {
+      out += western->Decode(one);
+    } else {
+      out += one;
+    }
+    bytes.remove_prefix(length);
+  }
+  return out;
 }
 
 std::string Decode(std::string_view bytes, BodyEncoding encoding) {
   switch (encoding) {
     case BodyEncoding::kUtf8:
-      return std::string(bytes);
+      return DecodeUtf8(bytes);
     case BodyEncoding::kUtf8WithMark:
-      return std::string(bytes.substr(kUtf8Mark.size()));
+      return DecodeUtf8(bytes.substr(kUtf8Mark.size()));
     case BodyEncoding::kUtf16Little:
     case BodyEncoding::kUtf16Big:
       return DecodeUtf16(bytes.substr(2), encoding == BodyEncoding::kUtf16Big);
     case BodyEncoding::kWindows1252:
-      return charset::FindCharset("windows-1252")->Decode(bytes);
+      return FromWindows1252(bytes);
+    case BodyEncoding::kDeclared:
+      return charset::DecodePage(bytes, DeclaredCharset(bytes)).value_or(FromWindows1252(bytes));
   }
   return {};
 }
@@ -121,6 +156,9 @@ std::string EncodeBody(std::string_view html, BodyEncoding encoding) {
       return EncodeUtf16(html, encoding == BodyEncoding::kUtf16Big);
     case BodyEncoding::kWindows1252:
       charset::FindCharset("windows-1252")->Encode(html, out, nullptr, charset::Unmapped::kHtmlReference);
+      break;
+    case BodyEncoding::kDeclared:
+      return charset::EncodePage(html, DeclaredCharset(html)).value_or(std::string(html));
   }
   return out;
 }

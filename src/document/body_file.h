@@ -10,7 +10,14 @@
 namespace quillcast::document {
 
 // UTF-16 is known by its byte-order mark and written with it.
-enum class BodyEncoding { kUtf8, kUtf8WithMark, kUtf16Little, kUtf16Big, kWindows1252 };
+enum class BodyEncoding {
+  kUtf8,
+  kUtf8WithMark,
+  kUtf16Little,
+  kUtf16Big,
+  kWindows1252,
+  kDeclared,  // the set that the document itself names, see charset/page_charset.h
+};
 
 // Both forms, so that what nobody edits can go back byte for byte.
 struct BodyFile {
@@ -22,14 +29,15 @@ struct BodyFile {
 // The longest body that is read from a file.
 inline constexpr std::uint64_t kLongestBody = 64ULL * 1024 * 1024;
 
-// A byte-order mark decides, else what is UTF-8 counts as UTF-8, all other as Windows-1252.
+// A byte-order mark decides, else what is UTF-8 counts as UTF-8, all other as the set that it names, or as
+// Windows-1252. In what names UTF-8 each byte that is none counts as Windows-1252 by itself.
 Result<BodyFile> ReadBodyFile(const std::filesystem::path& file);
 
 // The same of a letter that a person names. kBadData for what is neither HTML nor text, such as a picture, or a word
 // processor's document: sent or saved, its bytes would be lost among what was made of them.
 Result<BodyFile> ReadLetterFile(const std::filesystem::path& file);
 
-// HTML in that encoding; characters that it lacks become numeric references.
+// HTML in that encoding, UTF-8 where it names no other any longer; characters that it lacks become numeric references.
 std::string EncodeBody(std::string_view html, BodyEncoding encoding);
 
 }  // namespace quillcast::document

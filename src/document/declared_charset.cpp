@@ -6,27 +6,45 @@
 namespace quillcast::document {
 namespace {
 
+using html::HtmlAttribute;
 using html::HtmlToken;
 using html::HtmlTokenizer;
 using html::HtmlTokenKind;
 
 constexpr std::string_view kByteOrderMark = "\uFEFF";
 
-// The content of <meta http-equiv=content-type>: "text/html; charset=utf-8".
-bool NamesCharset(std::string_view content) {
+// Of the content of <meta http-equiv=content-type>, "text/html; charset=utf-8", the set: a part of it.
+std::string_view CharsetOf(std::string_view content) {
   constexpr std::string_view kParameter = "charset";
-  const std::string lower = platform::AsciiLower(content);
-  const std::size_t at = lower.find(kParameter);
-  if (at == std::string::npos) return false;
-  const std::string_view rest = platform::Trim(std::string_view(lower).substr(at + kParameter.size()));
-  return rest.starts_with('=') && !platform::Trim(rest.substr(1)).empty();
+  const std::size_t at = platform::AsciiLower(content).find(kParameter);
+  if (at == std::string::npos) return {};
+  std::string_view rest = platform::Trim(content.substr(at + kParameter.size()));
+  if (!rest.starts_with('=')) return {};
+  rest = platform::Trim(rest.substr(1));
+  if (rest.starts_with('"') || rest.starts_with('\'')) rest.remove_prefix(1);
+  return rest.substr(0, rest.find_first_of(" \t\r\n\f;\"'"));
 }
 
-bool DeclaresCharset(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
-  if (token.kind != HtmlTokenKind::kStartTag || token.name != "meta") return false;
-  if (!platform::Trim(tokenizer.Value(token, "charset")).empty()) return true;
-  return platform::EqualsIgnoringAsciiCase(platform::Trim(tokenizer.Value(token, "http-equiv")), "content-type") &&
-         NamesCharset(tokenizer.Value(token, "content"));
+// What a meta element names, a part of the source; empty where it names none.
+std::string_view CharsetOf(const HtmlTokenizer& tokenizer, const HtmlToken& token) {
+  if (token.kind != HtmlTokenKind::kStartTag || token.name != "meta") return {};
+  const HtmlAttribute* const named = tokenizer.Find(token, "charset");
+  if (named != nullptr && !platform::Trim(tokenizer.RawValue(*named)).empty())
+    return platform::Trim(tokenizer.RawValue(*named));
+  const HtmlAttribute* const content = tokenizer.Find(token, "content");
+  const std::string kind = tokenizer.Value(token, "http-equiv");
+  return content != nullptr && platform::EqualsIgnoringAsciiCase(platform::Trim(kind), "content-type")
+             ? CharsetOf(tokenizer.RawValue(*content))
+             : std::string_view();
+}
+
+std::string_view FirstCharset(std::string_view html) {
+  HtmlTokenizer tokenizer(html);
+  HtmlToken token;
+  while (tokenizer.Next(token)) {
+    if (const std::string_view found = CharsetOf(tokenizer, token); !found.empty()) return found;
+  }
+  return {};
 }
 
 // What may stand before the head without being a part of it.
@@ -55,20 +73,21 @@ std::size_t StartOfHead(std::string_view html) {
 
 }  // namespace
 
-bool DeclaresCharset(std::string_view html) {
-  HtmlTokenizer tokenizer(html);
-  HtmlToken token;
-  while (tokenizer.Next(token)) {
-    if (DeclaresCharset(tokenizer, token)) return true;
-  }
-  return false;
+std::string DeclaredCharset(std::string_view html) { return std::string(FirstCharset(html)); }
+
+bool IsUtf8Label(std::string_view label) {
+  return platform::EqualsIgnoringAsciiCase(label, "utf-8") || platform::EqualsIgnoringAsciiCase(label, "utf8");
 }
 
 std::string WithCharset(std::string_view html, BodyEncoding encoding) {
   std::string out(html);
-  if (DeclaresCharset(html)) return out;
+  const std::string_view declared = FirstCharset(html);
   const char* const name = encoding == BodyEncoding::kWindows1252 ? "windows-1252" : "utf-8";
-  out.insert(StartOfHead(html), std::string("<meta charset=\"") + name + "\">");
+  if (declared.empty()) {
+    out.insert(StartOfHead(html), std::string("<meta charset=\"") + name + "\">");
+  } else if (encoding == BodyEncoding::kUtf8 && !IsUtf8Label(declared)) {
+    out.replace(static_cast<std::size_t>(declared.data() - html.data()), declared.size(), name);
+  }
   return out;
 }
 

@@ -916,8 +916,8 @@ class EditorTest : public QObject {
     EditorDocument document(*editor_, FoldersIn(folder));
     test::ScriptedPrompts prompts;
     const std::string western = "<html><body>caf\xE9 \x81</body></html>";  // not UTF-8, and a byte without a meaning
-    for (const std::string& bytes :
-         {std::string(kLetter), western, std::string("\xEF\xBB\xBF<p>mark"), std::string("\xFF\xFE<\0p\0>\0x\0", 10)}) {
+    for (const std::string& bytes : {std::string(kLetter), western, std::string("<meta charset=koi8-r>\xF0\xD2\x81"),
+                                     std::string("\xEF\xBB\xBF<p>mark"), std::string("\xFF\xFE<\0p\0>\0x\0", 10)}) {
       QVERIFY(platform::ReplaceFile(folder.path() / "in.html", bytes));
       QVERIFY(document.Open(folder.path() / "in.html"));
       QVERIFY(document.SaveTo(folder.path() / "out.html"));

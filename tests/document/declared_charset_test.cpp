@@ -34,14 +34,14 @@ TEST(DeclaredCharset, IsPutIntoTheHeadWhereThereIsNone) {
            {"a set without a name", "<head>|<meta http-equiv=content-type content='text/html; charset= '>"},
            {"a set of something else", "<head>|<meta http-equiv=refresh content='0; charset=utf-8'>"},
            {"in a script", "<head>|<script>'<meta charset=utf-8>'</script>"},
-           {"a set", "<head><title>x</title><META Charset=\"koi8-r\">"},
+           {"a set", "<head><title>x</title><META Charset=\"UTF-8\">"},
            {"a content type", "<meta content='text/html; CHARSET = utf-8' http-equiv=' Content-Type '>"},
            {"a set far behind", "<p>" + std::string(5000, 'x') + "<meta charset=utf-8>"},
        }) {
     const std::size_t place = c.marked.find('|');
     std::string html = c.marked;
     if (place != std::string::npos) html.erase(place, 1);
-    EXPECT_EQ(DeclaresCharset(html), place == std::string::npos) << c.name;
+    EXPECT_EQ(DeclaredCharset(html).empty(), place != std::string::npos) << c.name;
     for (const auto& [encoding, meta] : {std::pair(BodyEncoding::kUtf8, "<meta charset=\"utf-8\">"),
                                          {BodyEncoding::kUtf16Little, "<meta charset=\"utf-8\">"},
                                          {BodyEncoding::kWindows1252, "<meta charset=\"windows-1252\">"}}) {
@@ -50,6 +50,27 @@ TEST(DeclaredCharset, IsPutIntoTheHeadWhereThereIsNone) {
       EXPECT_EQ(WithCharset(html, encoding), expected) << c.name;
       EXPECT_EQ(WithCharset(expected, encoding), expected) << c.name << ": put in a second time";
     }
+  }
+}
+
+// What is saved in another set than it came in would be read as rubbish.
+TEST(DeclaredCharset, GivesWayToTheSetThatADocumentIsSavedIn) {
+  struct Case {
+    const char* html;
+    const char* declared;
+    const char* saved;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"<META Charset=\" koi8-r \">x", "koi8-r", "<META Charset=\" utf-8 \">x"},
+           {"<meta http-equiv=content-type content='text/html;charset=windows-1251;x=y'>", "windows-1251",
+            "<meta http-equiv=content-type content='text/html;charset=utf-8;x=y'>"},
+           {"<meta charset=big5><meta charset=gbk>", "big5", "<meta charset=utf-8><meta charset=gbk>"},
+           {"<meta charset=UTF8>", "UTF8", "<meta charset=UTF8>"},
+       }) {
+    EXPECT_EQ(DeclaredCharset(c.html), c.declared);
+    EXPECT_EQ(WithCharset(c.html, BodyEncoding::kUtf8), c.saved);
+    for (const auto kept : {BodyEncoding::kDeclared, BodyEncoding::kUtf16Little, BodyEncoding::kWindows1252})
+      EXPECT_EQ(WithCharset(c.html, kept), c.html);
   }
 }
 

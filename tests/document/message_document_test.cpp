@@ -81,6 +81,24 @@ TEST(Body, IsReadInTheEncodingThatItHas) {
            {"windows.htm", "<p>caf\xE9 \x80", "<p>caf\xC3\xA9 \xE2\x82\xAC"},
            {"utf16le.html", "\xFF\xFE<\0p\0>\0\xE9\0\x3D\xD8\x00\xDE"s, "<p>\xC3\xA9\xF0\x9F\x98\x80"},
            {"utf16be.html", "\xFE\xFF\0<\0p\0>\0\xE9"s, "<p>\xC3\xA9"},
+           {"koi8.html", "<meta charset=koi8-r>\xF0\xD2\xC9\xD7\xC5\xD4", "<meta charset=koi8-r>Привет"},
+           {"word.htm", "<meta http-equiv=Content-Type content='text/html; charset=windows-1251'>\xCF\xF0",
+            "<meta http-equiv=Content-Type content='text/html; charset=windows-1251'>Пр"},
+           {"utf8-for-all-that.html", "<meta charset=windows-1251>\xD0\x9F", "<meta charset=windows-1251>П"},
+           {"latin.html", "<meta charset=iso-8859-1>\x80", "<meta charset=iso-8859-1>€"},
+           {"sjis.html", "<meta charset=x-sjis>\x83\x65\x83\x58\x87\x40", "<meta charset=x-sjis>テス①"},
+           {"jis.html", "<meta charset=iso-2022-jp>\x1B$B%F%9\x1B(B", "<meta charset=iso-2022-jp>テス"},
+           {"gbk.html", "<meta charset=gb2312>\xD6\xD0\xE9\x46\x80", "<meta charset=gb2312>中镕€"},
+           {"hebrew.html", "<meta charset=windows-1255>\xF9\xEC", "<meta charset=windows-1255>של"},
+           {"thai.html", "<meta charset=tis-620>\xCA\xC7", "<meta charset=tis-620>สว"},
+           // A byte of another program's in what is UTF-8, and a letter that is none of it.
+           {"mixed.html", "<meta charset=utf-8>Gr\xC3\xBC\xC3\x9F\x65 \x96", "<meta charset=utf-8>Grüße –"},
+           {"none.html", "<meta charset=utf-8>Gr\xFC\xDF\x65", "<meta charset=utf-8>Grüße"},
+           // No set of a page.
+           {"ebcdic.html", "<meta charset=ibm-037>\xE9", "<meta charset=ibm-037>é"},
+           {"utf16-by-name.html", "<meta charset=utf-16>\xE9", "<meta charset=utf-16>é"},
+           {"utf7.html", "<meta charset=utf-7>+ADw-\xE9", "<meta charset=utf-7>+ADw-é"},
+           {"unknown.html", "<meta charset='../../x'>\xE9", "<meta charset='../../x'>é"},
            {"text.TXT", "a < b & c\r\nd\n", "a &lt; b &amp; c<br>\nd<br>\n"},
        }) {
     MessageDocument document;
@@ -223,6 +241,9 @@ TEST(BodyFile, GoesBackInTheEncodingItCameIn) {
            {BodyEncoding::kUtf16Little, "\xFF\xFEx\0"s, "\xFF\xFEx\0\xA9\x03\x3D\xD8\x00\xDE"s},
            {BodyEncoding::kUtf16Big, "\xFE\xFF\0x"s, "\xFE\xFF\0x\x03\xA9\xD8\x3D\xDE\x00"s},
            {BodyEncoding::kWindows1252, "caf\xE9", "caf\xE9&#937;&#128512;"},
+           {BodyEncoding::kDeclared, "<meta charset=windows-1253>\xE1", "<meta charset=windows-1253>\xE1\xD9&#128512;"},
+           {BodyEncoding::kDeclared, "<meta charset=shift_jis>\x83\x65",
+            "<meta charset=shift_jis>\x83\x65\x83\xB6&#128512;"},
        }) {
     const auto file = ReadBodyFile(folder.Write("body.html", c.bytes));
     ASSERT_TRUE(file);
