@@ -92,24 +92,24 @@ TEST(RunSummary, IsSaidInWords) {
     bool everybody_got_it;
   };
   for (const Case& c : std::initializer_list<Case>{
-           {{1, 0, 0, 0, 1, "", false, {}}, "1 message was sent, 0 failed.", "", true, true},
-           {{1200, 1000, 0, 0, 2200, "", false, {}}, "1,200 messages were sent, 1,000 failed.", "", true, false},
-           {{0, 0, 1, 7, 7, "", true, {}},
+           {{1, 0, 0, 0, 1, "", 0, false, {}}, "1 message was sent, 0 failed.", "", true, true},
+           {{1200, 1000, 0, 0, 2200, "", 0, false, {}}, "1,200 messages were sent, 1,000 failed.", "", true, false},
+           {{0, 0, 1, 7, 7, "", 0, true, {}},
             "0 messages were sent, 0 failed.",
             "1 recipient was not tried (#7); nothing was sent there.",
             false,
             false},
-           {{2, 0, 1500, 3, 1502, "", false, {}},
+           {{2, 0, 1500, 3, 1502, "", 0, false, {}},
             "2 messages were sent, 0 failed.",
             "1,500 recipients were not tried (from #3 to #1502); nothing was sent to them.",
             false,
             false},
-           {{3, 1, 0, 0, 4, "", false, {}, Delivery::kWritten},
+           {{3, 1, 0, 0, 4, "", 0, false, {}, Delivery::kWritten},
             "3 messages were written, 1 failed. Nothing was sent.",
             "",
             true,
             false},
-           {{2, 0, 0, 0, 2, "", false, full}, "2 messages were sent, 0 failed.", "", false, false},
+           {{2, 0, 0, 0, 2, "", 0, false, full}, "2 messages were sent, 0 failed.", "", false, false},
        }) {
     EXPECT_EQ(CountsOf(c.summary).InEnglish(), c.counts);
     const auto left = NotTriedIn(c.summary);
