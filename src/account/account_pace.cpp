@@ -59,25 +59,43 @@ run::PaceTexts PaceTextsOf(const AccountSettings& account) {
 std::vector<NamedPace> PaceNames() {
   std::vector<NamedPace> names;
   names.reserve(kPaceKeys.size());
-  for (const PaceKey& row : kPaceKeys) names.push_back({RowOf(row.key).name, row.text});
+  for (const PaceKey& row : kPaceKeys) names.push_back({RowOf(row.key).name, row.text, row.key});
   return names;
 }
 
 std::string PaceInWords(const run::PaceTexts& texts) {
   std::string words;
-  for (const auto& [name, text] : PaceNames()) {
+  for (const auto& [name, text, key] : PaceNames()) {
     if (AsksForNothing(texts.*text)) continue;
     words += (words.empty() ? "" : ", ") + std::string(name) + "=" + std::string(platform::Trim(texts.*text));
   }
   return words;
 }
 
-std::optional<PaceFault> FaultInPace(const AccountSettings& account, const run::PaceTexts& instead) {
+run::PaceTexts InsteadOf(const run::PaceTexts& otherwise, const run::PaceTexts& wanted) {
+  run::PaceTexts told;
   for (const PaceKey& row : kPaceKeys) {
-    if (!platform::Trim(instead.*row.text).empty()) continue;
-    if (auto fault = row.fault(account[row.key])) return PaceFault{row.key, *std::move(fault)};
+    const auto was = platform::Trim(otherwise.*row.text);
+    const auto is = platform::Trim(wanted.*row.text);
+    if (is == was || (AsksForNothing(is) && AsksForNothing(was))) continue;
+    told.*row.text = is.empty() ? "none" : is;
+  }
+  return told;
+}
+
+std::optional<PaceFault> FaultInPace(const run::PaceTexts& texts) {
+  for (const PaceKey& row : kPaceKeys) {
+    if (auto fault = row.fault(texts.*row.text)) return PaceFault{row.key, *std::move(fault)};
   }
   return {};
+}
+
+std::optional<PaceFault> FaultInPace(const AccountSettings& account, const run::PaceTexts& instead) {
+  run::PaceTexts texts = PaceTextsOf(account);
+  for (const PaceKey& row : kPaceKeys) {
+    if (!platform::Trim(instead.*row.text).empty()) (texts.*row.text).clear();
+  }
+  return FaultInPace(texts);
 }
 
 Error CannotBeUsed(const PaceFault& fault) {

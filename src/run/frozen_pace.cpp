@@ -10,7 +10,7 @@ using nlohmann::json;
 
 json JsonOf(const PaceTexts& texts) {
   json written = json::object();
-  for (const auto& [name, text] : account::PaceNames()) {
+  for (const auto& [name, text, key] : account::PaceNames()) {
     if (!(texts.*text).empty()) written[std::string(name)] = JsonOfOctets(texts.*text);
   }
   return written;
@@ -19,9 +19,9 @@ json JsonOf(const PaceTexts& texts) {
 PaceTexts TextsIn(const json& from, JsonFields& fields) {
   PaceTexts texts;
   if (!from.is_object()) fields.Refuse();
-  for (const auto& [name, text] : account::PaceNames()) {
-    const std::string key(name);
-    if (fields.Has(from, key.c_str())) texts.*text = fields.Octets(fields.At(from, key.c_str()));
+  for (const auto& [name, text, key] : account::PaceNames()) {
+    const std::string field(name);
+    if (fields.Has(from, field.c_str())) texts.*text = fields.Octets(fields.At(from, field.c_str()));
   }
   return texts;
 }
@@ -43,9 +43,14 @@ Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const pl
                "Begin a new run."};
 }
 
+PaceTexts OptionsIn(std::string_view text, const platform::Clock& clock) {
+  const auto frozen = IgnoreErrors(ReadFrozenPace(text, clock), std::nullopt);
+  return frozen ? frozen->options : PaceTexts();
+}
+
 std::vector<std::string> ChangedSince(const FrozenPace& then, const PaceTexts& options, const PaceTexts& account) {
   std::vector<std::string> names;
-  for (const auto& [name, text] : account::PaceNames()) {
+  for (const auto& [name, text, key] : account::PaceNames()) {
     if ((options.*text).empty() && then.account.*text != account.*text) names.emplace_back(name);
   }
   return names;

@@ -22,6 +22,8 @@ struct FrozenPace {
 std::string FrozenPaceText(const FrozenPace& pace);
 // Nothing for a run that was begun by a version that kept none. kBadData for what FrozenPaceText does not write.
 Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const platform::Clock& clock);
+// The options in it; none where it cannot be read, which whoever goes on with the run is told.
+PaceTexts OptionsIn(std::string_view text, const platform::Clock& clock);
 
 // The names of the account's settings that are other now and that the run goes by.
 std::vector<std::string> ChangedSince(const FrozenPace& then, const PaceTexts& options, const PaceTexts& account);

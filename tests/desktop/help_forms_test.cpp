@@ -271,6 +271,7 @@ class HelpFormsTest : public QObject {
              {"ExtraForm3", "<title>Exporting the message<"},
              {"SendMailForm1", "<title>Preview and sending<"},
              {"PreviewForm", "<title>Preview and sending<"},
+             {"RunPaceForm", "<title>Preview and sending<"},
              {"TutorialForm", "<title>Your first mailing<"},
              {"ShutDownForm", "<h2>Welcome</h2>"}}) {
       const auto topic = scene.rig.folders.program / "help" / FromQt(*TopicOf(window));

@@ -174,10 +174,26 @@ class KeptRunsFormTest : public QObject {
     rig.FillInAccount("1");
     QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
     SendMailForm1 form(rig.program,
-                       {1, run::RunKind::kResume, run::SetOf({run::ResultState::kNotTried}), "Hello", "Readers", 1},
+                       {1,
+                        run::RunKind::kResume,
+                        run::SetOf({run::ResultState::kNotTried}),
+                        "Hello",
+                        "Readers",
+                        1,
+                        {.rate = "30/min"}},
                        SendMailForm1::Server::kReal, nullptr);
     form.show();
     QCOMPARE(form.findChild<QLabel*>("HeadingLabel")->text(), QString("“Hello” to Readers, 1 recipient"));
+    QCOMPARE(form.findChild<QLabel*>("PaceLabel")->text(),
+             QString("Pace: 30 a minute (as this run was told before, else the mail account)"));
+    test::WhileOpen("RunPaceForm", [](QDialog& pace) {
+      QCOMPARE(pace.findChild<QLineEdit*>("RateTextBox")->text(), QString("30/min"));
+      pace.findChild<QLineEdit*>("ConnectionsTextBox")->setText("2");
+      pace.findChild<QPushButton*>("UseButton")->click();
+    });
+    Press(form, "PaceButton");
+    QCOMPARE(form.findChild<QLabel*>("PaceLabel")->text(),
+             QString("Pace: 30 a minute, 2 connections (for this run alone)"));
     Press(form, "SendButton");
     QTRY_COMPARE(form.stage(), SendMailForm1::Stage::kFinished);
     QVERIFY2(Status(form).contains("0 messages were sent, 1 failed."), qPrintable(Status(form)));
@@ -185,6 +201,13 @@ class KeptRunsFormTest : public QObject {
     KeptRunsForm runs(rig.program, nullptr);
     QVERIFY(test::RowsOf(runs, "KeptRunsGrid")[0].endsWith("1 sent, 1 refused, 1 deferred, 1 failed, 1 unknown"));
     QVERIFY(test::RowsOf(runs, "KeptRunsGrid")[1].contains("went on, 1 recipient"));
+    // And whoever goes on once more does so at that pace.
+    std::optional<GoOnRequest> asked;
+    runs.go_on = [&](const GoOnRequest& request) { asked = request; };
+    runs.findChild<QComboBox*>("StateComboBox")->setCurrentText("Deferred and failed");
+    Press(runs, "SendToTheseButton");
+    QVERIFY(asked);
+    QCOMPARE(asked->pace.connections, std::string("2"));
   }
 
   void clearingTheHistoryKeepsWhatCanBeResumed() {

@@ -1355,6 +1355,35 @@ class MainFormTest : public QObject {
     QCOMPARE(ToQt(*scene.rig.settings.Read("Account", "Email", "")), email);
   }
 
+  // From the window that sends, by way of the pace of its run, to the account's page.
+  void theAccountsPaceIsReachedFromTheSendingWindow() {
+    Scene scene;
+    scene.rig.FillInAccount("1");
+    scene.Open();
+    scene.rig.AddGroup("Friends", {"bob@example.net"});
+    scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
+    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
+    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "x");
+    scene.Editor().InsertHtml("<p>Dear you</p>");
+    QString page;
+    test::WhileOpen("SendMailForm1", [&](QDialog& send) {
+      test::WhileOpen("RunPaceForm", [&](QDialog& pace) {
+        test::WhileOpen("EmailManagerForm", [&](QDialog& account) {
+          const auto* tabs = account.findChild<QTabWidget*>("AccountTabs");
+          page = tabs->tabText(tabs->currentIndex()) + ' ' + account.focusWidget()->objectName();
+          account.findChild<QLineEdit*>("RateTextBox")->setText("7/h");
+          account.findChild<QPushButton*>("OKButton")->click();
+        });
+        pace.findChild<QPushButton*>("AccountPaceButton")->click();
+        QTRY_COMPARE(pace.findChild<QLineEdit*>("RateTextBox")->text(), QString("7/h"));
+      });
+      send.findChild<QPushButton*>("PaceButton")->click();
+      QVERIFY(send.findChild<QLabel*>("PaceLabel")->text().startsWith("Pace: 7 an hour (the page"));
+    });
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    QCOMPARE(page, QString("Pace RateTextBox"));
+  }
+
   void nothingIsSentOverAServerThatWasNotShown() {
     Scene scene;
     scene.Open();

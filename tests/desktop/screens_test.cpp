@@ -76,6 +76,7 @@
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/kept_runs_form.h"
 #include "desktop/run/preview_form.h"
+#include "desktop/run/run_pace_form.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/run/shut_down_form.h"
 #include "desktop/seen_colours.h"
@@ -694,7 +695,11 @@ class ScreensTest : public QObject {
     Take(preview, "preview");
 
     {
+      QVERIFY(rig.settings.Write("Account", "Rate", "30/min"));
+      QVERIFY(rig.settings.Write("Account", "NetworkWait", "1h"));
       SendMailForm1 before(rig.program, document, {group, 4}, SendMailForm1::Server::kReal, nullptr);
+      QVERIFY(rig.settings.Write("Account", "Rate", ""));
+      QVERIFY(rig.settings.Write("Account", "NetworkWait", ""));
       Take(before, "send-before");
       before.findChild<QTabWidget*>()->setCurrentIndex(1);
       Take(before, "send-before-results");
@@ -707,8 +712,12 @@ class ScreensTest : public QObject {
     send.findChild<QTabWidget*>()->setCurrentIndex(0);
     Take(send, "report");
 
+    RunPaceForm pace([] { return run::PaceTexts{.rate = "30/min"}; }, {.retries = "3"}, [](QWidget*) {}, nullptr);
+    pace.findChild<QLineEdit*>("ConnectionsTextBox")->setText("many");
+    pace.accept();
+    Take(pace, "run-pace");
     EmailManagerForm account(rig.program, nullptr);
-    for (int page = 0; page < 3; ++page) {
+    for (int page = 0; page < 4; ++page) {
       account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(page);
       Take(account, QString("account-%1").arg(page + 1));
     }

@@ -26,6 +26,8 @@
 #include "platform/file.h"
 #include "platform/text.h"
 #include "recipients/import/recipient_import.h"
+#include "run/frozen_pace.h"
+#include "run/kept_runs.h"
 #include "smtp/mailbox/running_mailbox.h"
 
 namespace quillcast::desktop {
@@ -501,6 +503,102 @@ class SendFormTest : public QObject {
     QCOMPARE(practice.findChild<QLabel*>("PaceLabel")->text(),
              QString("Pace: 30 a minute, 4 connections (the page Pace of the mail account)"));
     QVERIFY(practice.findChild<QLabel*>("RouteLabel")->text().startsWith("Practice: from Ada <ada@example.org>"));
+  }
+
+  // The account lets one an hour out; this run is told otherwise, and keeps it for those who go on with it.
+  void thePaceIsChosenForOneRun() {
+    Scene scene({"a@example.org", "b@example.org"});
+    auto& settings = scene.rig.settings;
+    QVERIFY(settings.Write("Account", "Rate", "1/h"));
+    QVERIFY(settings.Write("Account", "QuotaHour", "900"));
+    scene.Open({});
+    const QString of_account = scene.Text("PaceLabel");
+    struct Case {
+      const char* field;
+      const char* value;
+      const char* said;  // the words of the account's dialog
+    };
+    test::WhileOpen("RunPaceForm", [&](QDialog& form) {
+      const auto line = [&](const char* name) { return form.findChild<QLineEdit*>(name); };
+      const auto* status = form.findChild<QLabel*>("StatusLine");
+      QVERIFY2(!form.findChild<QPushButton*>("AccountPaceButton"), "nobody here could open the account");
+      QCOMPARE(line("RateTextBox")->text(), QString("1/h"));
+      QCOMPARE(line("ConnectionsTextBox")->text(), QString());
+      QCOMPARE(form.focusWidget(), line("RateTextBox"));
+      for (const Case& c :
+           {Case{
+                "RateTextBox", "fast",
+                "\"fast\" is no rate. Write a number of messages from 1 to 1,000,000, \"/\", and s, min, h or day, for "
+                "example 30/min."},
+            Case{"ConnectionsTextBox", "51", "\"51\" is no number of connections. Write a whole number from 1 to 50."},
+            Case{"NetworkWaitTextBox", "0",
+                 "\"0\" is no time to wait. Write a number and s, min or h, up to a day, for example 90s, 5min or "
+                 "1h."}}) {
+        const QString before = line(c.field)->text();
+        line(c.field)->setText(c.value);
+        form.findChild<QPushButton*>("UseButton")->click();
+        QCOMPARE(status->text(), QString(c.said));
+        QCOMPARE(form.focusWidget(), line(c.field));
+        QVERIFY(form.isVisible());
+        line(c.field)->setText(before);
+      }
+      line("RateTextBox")->clear();
+      form.reject();
+    });
+    scene.Press("PaceButton");
+    QCOMPARE(scene.Text("PaceLabel"), of_account);
+    test::WhileOpen("RunPaceForm", [](QDialog& form) {
+      form.findChild<QLineEdit*>("RateTextBox")->clear();
+      form.findChild<QLineEdit*>("ConnectionsTextBox")->setText("2");
+      form.findChild<QPushButton*>("UseButton")->click();
+    });
+    scene.Press("PaceButton");
+    QCOMPARE(scene.Text("PaceLabel"), QString("Pace: 900 an hour, 2 connections (for this run alone)"));
+    // Whoever looks again finds what was chosen, and may take it back.
+    test::WhileOpen("RunPaceForm", [](QDialog& form) {
+      auto* rate = form.findChild<QLineEdit*>("RateTextBox");
+      QCOMPARE(rate->text(), QString());
+      QCOMPARE(form.findChild<QLineEdit*>("ConnectionsTextBox")->text(), QString("2"));
+      form.findChild<QLineEdit*>("ConnectionsTextBox")->clear();
+      form.findChild<QPushButton*>("UseButton")->click();
+    });
+    scene.Press("PaceButton");
+    QCOMPARE(scene.Text("PaceLabel"), QString("Pace: 900 an hour (for this run alone)"));
+    scene.Press("SendButton");
+    QVERIFY(!scene.form->findChild<QPushButton*>("PaceButton")->isEnabled());
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Arrived(), 2U);
+    const platform::CancelToken none;
+    const auto runs = (*run::OpenJournal(scene.rig.folders, scene.rig.clock, none))->List();
+    QCOMPARE(run::OptionsIn(runs->front().runs.back().pace, scene.rig.clock), (run::PaceTexts{.rate = "none"}));
+    QCOMPARE(settings.Read("Account", "Rate", "")->c_str(), "1/h");
+  }
+
+  // Where the account is changed from there, what was not typed for the run follows it.
+  void thePaceFollowsTheAccountThatIsChanged() {
+    Scene scene({"a@example.org"});
+    auto& settings = scene.rig.settings;
+    QVERIFY(settings.Write("Account", "Rate", "1/h"));
+    QWidget* over = nullptr;
+    scene.form->OfferAccount([&](QWidget* window) {
+      over = window;
+      QVERIFY(settings.Write("Account", "Rate", "9/h"));
+      QVERIFY(settings.Write("Account", "Retries", "5"));
+      QVERIFY(settings.Write("Account", "Name", "Grace"));
+    });
+    test::WhileOpen("RunPaceForm", [&](QDialog& form) {
+      form.findChild<QLineEdit*>("ConnectionsTextBox")->setText("3");
+      form.findChild<QLineEdit*>("RetriesTextBox")->setText("1");
+      form.findChild<QPushButton*>("AccountPaceButton")->click();
+      QCOMPARE(over, &form);
+      QCOMPARE(form.findChild<QLineEdit*>("RateTextBox")->text(), QString("9/h"));
+      QCOMPARE(form.findChild<QLineEdit*>("ConnectionsTextBox")->text(), QString("3"));
+      QCOMPARE(form.findChild<QLineEdit*>("RetriesTextBox")->text(), QString("1"));
+      form.reject();
+    });
+    scene.Press("PaceButton");
+    QCOMPARE(scene.Text("PaceLabel"), QString("Pace: 9 an hour, 5 retries (the page Pace of the mail account)"));
+    QVERIFY2(scene.Text("RouteLabel").startsWith("From Grace "), qPrintable(scene.Text("RouteLabel")));
   }
 
   void aWindowThatGoesEndsTheRunInGoodOrder() {

@@ -33,6 +33,33 @@ TEST(FrozenPaceTest, ComesBackAsItWasButForItsBeginning) {
   EXPECT_FALSE(*ReadFrozenPace("", clock)) << "of a version that kept none";
 }
 
+// What is chosen for one run differs from the account in what it is told, and in nothing else.
+TEST(FrozenPaceTest, TellsARunWhatDiffers) {
+  const PaceTexts account{.rate = "30/min", .hours = "9-17", .connections = "4", .slow_down = "0"};
+  struct Case {
+    const char* name;
+    PaceTexts wanted;
+    PaceTexts told;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"the account's own", account, {}},
+           {"blanks and nothing in other words",
+            {.rate = " 30/min ", .hours = "9-17", .connections = "4", .retries = "0", .slow_down = "no"},
+            {}},
+           {"an emptied field", {.hours = "9-17", .connections = "4"}, {.rate = "none"}},
+           {"others",
+            {.rate = "5/s", .hours = "9-17", .connections = " 1", .retries = "3", .slow_down = "1"},
+            {.rate = "5/s", .connections = "1", .retries = "3", .slow_down = "1"}},
+       }) {
+    EXPECT_EQ(account::InsteadOf(account, c.wanted), c.told) << c.name;
+  }
+  const test::FakeClock clock;
+  const auto text = FrozenPaceText({{.rate = "5/s", .slow_down = "1"}, account});
+  EXPECT_EQ(OptionsIn(text, clock), (PaceTexts{.rate = "5/s", .slow_down = "1"}));
+  EXPECT_EQ(OptionsIn("damaged", clock), PaceTexts());
+  EXPECT_EQ(OptionsIn("", clock), PaceTexts());
+}
+
 TEST(FrozenPaceTest, RefusesTextThatIsNotItsOwn) {
   const test::FakeClock clock;
   for (const char* text : {"{", "null", "[]", "{}", R"({"options":{}})", R"({"options":{},"account":5})",

@@ -139,13 +139,18 @@ bool EmailManagerForm::Check(const account::AccountChange& change) {
   }
   if (!change.Refusal(*account, kept_for)) return true;
   if (!complaint->message.empty()) program_.prompts.Warn(complaint->message);
-  auto* control = Find<QWidget>(NameOf(*complaint->control));
+  TurnTo(Find<QWidget>(NameOf(*complaint->control)));
+  status_->Say(InWords(complaint->reason), NoteKind::kFailure);
+  return false;
+}
+
+void EmailManagerForm::TurnTo(QWidget* control) {
   for (int page = 0; page < pages_->count(); ++page) {
     if (pages_->widget(page)->isAncestorOf(control)) pages_->setCurrentIndex(page);
   }
   control->setFocus();
-  status_->Say(InWords(complaint->reason), NoteKind::kFailure);
-  return false;
 }
+
+void EmailManagerForm::ShowPace() { TurnTo(Find<QWidget>(NameOf(kRate))); }
 
 }  // namespace quillcast::desktop

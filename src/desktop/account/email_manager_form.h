@@ -38,6 +38,8 @@ class EmailManagerForm final : public QDialog {
   std::function<std::vector<account::AccountRoot>()> account_places;
   // Called with the sender's text once an account was imported, whatever becomes of this dialog.
   std::function<void(const std::string& from)> imported;
+  // Turns to the page of the pace.
+  void ShowPace();
 
  public slots:
   void accept() override;
@@ -62,6 +64,7 @@ class EmailManagerForm final : public QDialog {
   void OfferPreset();
   void FillInPreset();
   bool Check(const account::AccountChange& change);
+  void TurnTo(QWidget* control);
   // What became of a change of the stored account.
   struct Changed {
     account::SenderTexts texts;

@@ -10,6 +10,7 @@
 #include "account/provider_presets.h"
 #include "desktop/account/account_control_names.h"
 #include "desktop/account/email_manager_form.h"
+#include "desktop/account/pace_page.h"
 #include "desktop/account/password_box.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/widgets/digits_filter.h"
@@ -185,31 +186,8 @@ QWidget* EmailManagerForm::MakeMessagePage() {
 }
 
 QWidget* EmailManagerForm::MakePacePage() {
-  auto* page = new QWidget(this);
-  auto* column = new FormColumn(page);
-  const auto add = [this](FormGrid* rows, account::AccountKey key, const QString& label, const QString& example) {
-    AddRow(rows, key, label);
-    Find<QLineEdit>(NameOf(key))->setPlaceholderText(example);
-  };
-  FormGrid* limits = column->AddBox(tr("No more messages than"));
-  add(limits, kRate, tr("&Rate:"), tr("30/min, 5/s or 200/h"));
-  add(limits, kQuotaHour, tr("In an &hour:"), tr("500"));
-  add(limits, kQuotaDay, tr("In a &day:"), tr("2000"));
-  add(limits, kDomainRate, tr("To each recipient doma&in:"), tr("20/min"));
-  FormGrid* times = column->AddBox(tr("When"));
-  add(times, kHours, tr("Hours &of the day:"), tr("9-17, 8:30-17:30 or 22-6"));
-  add(times, kPauseAfter, tr("&Pause:"), tr("100:60 is a minute after each 100 messages"));
-  add(times, kPerConnection, tr("&Messages over one connection:"), tr("50"));
-  add(times, kConnections, tr("&Connections at a time:"), tr("1 to 50"));
-  FormGrid* again = column->AddBox(tr("Who was deferred, or could not be reached"));
-  add(again, kRetries, tr("&Try again so many times:"), tr("0, or 3"));
-  add(again, kRetryAfter, tr("&First after:"), tr("5min where it is empty; then twice as long each time, up to 1h"));
-  add(again, kNetworkWait, tr("&Wait for a lost network:"), tr("1h"));
-  AddRow(again, kSlowDown, tr("&Slow down where the server asks for fewer messages"));
-  column->addStretch(1);
-  column->Add(new StatusLine(this, "PaceNote"))
-      ->Say(tr("An empty field limits nothing and tries nobody again; where that of the connections is empty, there is "
-               "one. All runs count, those of other windows and commands too."));
+  auto* page = new PacePage(this);
+  connect(page, &PacePage::Changed, this, &EmailManagerForm::ControlChanged);
   return page;
 }
 

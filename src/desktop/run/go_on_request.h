@@ -5,6 +5,7 @@
 #include <string>
 
 #include "run/journal/run_journal.h"
+#include "run/pace/pace_rules.h"
 
 namespace quillcast::desktop {
 
@@ -15,6 +16,7 @@ struct GoOnRequest {
   std::string subject;
   std::string group;
   std::int64_t recipients = 0;  // that are chosen
+  run::PaceTexts pace = {};     // that its last run was told
 };
 
 }  // namespace quillcast::desktop

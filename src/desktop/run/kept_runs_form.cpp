@@ -17,6 +17,7 @@
 #include "desktop/widgets/status_line.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
+#include "run/frozen_pace.h"
 #include "run/mailing_lists.h"
 #include "run/mailing_page.h"
 #include "run/run_words.h"
@@ -261,7 +262,8 @@ void KeptRunsForm::SendToThese() {
           "sure you want to send it to them again?") != platform::Answer::kYes) {
     return;
   }
-  go_on({mailing->runs.front().id, *Kind(), choice_, mailing->subject, mailing->group, count_});
+  go_on({mailing->runs.front().id, *Kind(), choice_, mailing->subject, mailing->group, count_,
+         run::OptionsIn(mailing->runs.back().pace, program_.clock)});
   Fill();
 }
 

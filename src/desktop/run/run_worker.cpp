@@ -30,18 +30,21 @@ RunWorker::~RunWorker() {
 }
 
 void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
-                      const std::optional<run::PartialRange>& range) {
+                      const std::optional<run::PartialRange>& range, const run::PaceTexts& pace) {
   progress_.Begins(range ? run::SizeOf(*range) : group.recipients);  // until the run knows better
-  Run([this, document, group, range] {
-    return run::Prepare(document, group, run::PlaceOf(program_, cancel_)).Run(range, *this);
+  Run([this, document, group, range, pace] {
+    auto prepared = run::Prepare(document, group, run::PlaceOf(program_, cancel_));
+    prepared.Ask(pace);
+    return prepared.Run(range, *this);
   });
 }
 
-void RunWorker::GoOnWith(const GoOnRequest& request) {
+void RunWorker::GoOnWith(const GoOnRequest& request, const run::PaceTexts& pace) {
   progress_.Begins(request.recipients);
-  Run([this, request]() -> Result<run::RunSummary> {
+  Run([this, request, pace]() -> Result<run::RunSummary> {
     auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, run::PlaceOf(program_, cancel_));
     if (!prepared) return prepared.error();
+    prepared->Ask(pace);
     const auto changed = prepared->WhatChangedSince();
     if (!changed) return changed.error();
     for (const auto& sentence : *changed) Note(sentence);

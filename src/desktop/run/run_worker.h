@@ -41,11 +41,11 @@ class RunWorker final : public QObject, private run::RunListener {
   // Starts nothing new, gives the message under way two seconds, and waits for the run's last step.
   ~RunWorker() override;
 
-  // Once. The account and its settings are read anew.
+  // Once. The account and its settings are read anew; `pace` counts before them.
   void Start(const document::MessageDocument& document, const run::ChosenGroup& group,
-             const std::optional<run::PartialRange>& range);
+             const std::optional<run::PartialRange>& range, const run::PaceTexts& pace);
   // The same for a kept run, whose message and list are its own; what is other by now is noted first.
-  void GoOnWith(const GoOnRequest& request);
+  void GoOnWith(const GoOnRequest& request, const run::PaceTexts& pace);
   // The first time nothing new is started; the second time the message under way is given up.
   void Stop() { cancel_.Request(); }
   // Nothing new begins until it goes on; what is under way comes to its end. The computer may sleep meanwhile.

@@ -10,7 +10,6 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "account/account_connection.h"
 #include "account/account_steps.h"
 #include "account/password_place.h"
 #include "desktop/run/notes_panel.h"
@@ -18,6 +17,7 @@
 #include "desktop/run/range_picker.h"
 #include "desktop/run/report_view.h"
 #include "desktop/run/results_view.h"
+#include "desktop/run/run_heading.h"
 #include "desktop/run/shut_down_form.h"
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/form_column.h"
@@ -27,7 +27,6 @@
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/text.h"
-#include "run/pace/pace_words.h"
 #include "run/run_words.h"
 
 namespace quillcast::desktop {
@@ -55,6 +54,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
       group_(std::move(group)),
       worker_(new RunWorker(program, this)),
       tick_(new QTimer(this)),
+      heading_(new RunHeading(program, document_.subject, group_, server, this)),
       range_(new RangePicker(
           group_.recipients,
           [&program, chosen = group_](const run::PartialRange& range, const platform::CancelToken& cancel) {
@@ -74,7 +74,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
       message_bar_(progress_->AddBar("MessageProgressBar", tr("The current message:"))),
       hold_(new QPushButton(tr("Pa&use"), this)),
       button_(progress_->button()) {
-  BuildWindow(server);
+  BuildWindow();
   Connect();
   button_->setFocus();
   pictures_->LookAt(document_);
@@ -105,11 +105,11 @@ SendMailForm1::SendMailForm1(const profile::Program& program, const GoOnRequest&
   request_ = request;
   setWindowTitle(tr("Go On with a Run"));
   range_->hide();
-  findChild<QLabel*>("PaceLabel")->hide();  // that of its last run holds first, and is told by the run
+  heading_->GoesOnWith(request.pace);
   before_->Close();
 }
 
-void SendMailForm1::BuildWindow(Server server) {
+void SendMailForm1::BuildWindow() {
   setObjectName("SendMailForm1");
   setWindowTitle(tr("Send"));
   resize(760, 560);
@@ -124,10 +124,11 @@ void SendMailForm1::BuildWindow(Server server) {
   hold_->setObjectName("PauseButton");
   progress_->AddBeside(hold_);
   hold_->hide();
+  status_->hide();
   before_->AddQuestion(pictures_);
 
   auto* column = new FormColumn(this);
-  column->Add(MakeHeading(server));
+  column->Add(heading_);
   column->Add(range_);
   column->Add(tabs_, 1);
   column->Add(pause_panel_);
@@ -138,6 +139,8 @@ void SendMailForm1::BuildWindow(Server server) {
 }
 
 void SendMailForm1::Connect() {
+  // A run that waits only for what there is to ask begins at no pace that is being chosen.
+  connect(heading_, &RunHeading::Choosing, this, [this] { wants_to_send_ = false; });
   connect(progress_, &ProgressPanel::Pressed, this, &SendMailForm1::ButtonPressed);
   connect(hold_, &QPushButton::clicked, this, &SendMailForm1::HoldOrGoOn);
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);
@@ -161,60 +164,6 @@ void SendMailForm1::PicturesKnown(bool settled) {
   wants_to_send_ = false;
 }
 
-// What goes to whom; and from whom, over which servers.
-QWidget* SendMailForm1::MakeHeading(Server server) {
-  auto* heading = new QWidget(this);
-  auto* what = new QLabel(heading);
-  what->setObjectName("HeadingLabel");
-  what->setText(tr("“%1” to %2, %3")
-                    .arg(ToQt(platform::Printable(document_.subject, 100)),
-                         ToQt(platform::Printable(group_.group.name, 60)),
-                         Counted(group_.recipients, tr("1 recipient"), tr("%1 recipients"))));
-  QFont bold = what->font();
-  bold.setBold(true);
-  what->setFont(bold);
-  route_ = new QLabel(heading);
-  route_->setObjectName("RouteLabel");
-  ShowRoute(server);
-  auto* pace = new QLabel(heading);
-  pace->setObjectName("PaceLabel");
-  pace->setText(PaceText());
-  pace->setHidden(pace->text().isEmpty());
-  auto* column = new QVBoxLayout(heading);
-  column->setContentsMargins(0, 0, 0, 0);
-  for (QLabel* label : {what, route_, pace}) {
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    column->addWidget(label);
-  }
-  return heading;
-}
-
-void SendMailForm1::ShowRoute(Server server) {
-  shown_servers_ = Servers();
-  const auto account = account::AccountSettings::Load(program_.settings);
-  if (!account) return;
-  const QString from = ToQt(platform::Printable(account::TextsOf(*account).from, 120));
-  route_->setText(
-      server == Server::kPractice
-          ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
-          : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))));
-}
-
-std::string SendMailForm1::Servers() const {
-  const auto account = account::AccountSettings::Load(program_.settings);
-  return account && account::ServersOf(*account) ? account::ServersText(*account) : std::string();
-}
-
-// How fast it goes; nothing where it goes as fast as it can. What cannot be read is told by the run.
-QString SendMailForm1::PaceText() const {
-  const platform::CancelToken none;
-  const auto pace = run::Prepare({}, run::ChosenGroup{}, run::PlaceOf(program_, none, profile::kWindowPatience)).Pace();
-  if (!pace) return {};
-  const QStringList words = InWords(run::WordsOf(*pace));
-  return words.isEmpty() ? QString() : tr("Pace: %1 (the page Pace of the mail account)").arg(words.join(", "));
-}
-
 void SendMailForm1::ButtonPressed() {
   switch (stage_) {
     case Stage::kIdle:
@@ -236,8 +185,7 @@ void SendMailForm1::StartRun() {
     return;
   }
   // Another window or program may have named another server meanwhile: nothing goes where the person was not told of.
-  if (const auto now = Servers(); !now.empty() && now != shown_servers_) {
-    ShowRoute(Server::kReal);
+  if (!heading_->ServersAreAsShown()) {
     Say(tr("Nothing was sent: the account names another server by now. See above who sends, and over which server."),
         NoteKind::kFailure);
     return;
@@ -245,6 +193,7 @@ void SendMailForm1::StartRun() {
   stage_ = Stage::kRunning;
   button_->setText(tr("Cancel"));
   hold_->show();
+  heading_->Begins();
   range_->setEnabled(false);
   before_->Close();
   tick_->start(kTick);
@@ -253,7 +202,8 @@ void SendMailForm1::StartRun() {
     waits_for_password_ = !first.isEmpty();
     if (waits_for_password_) Say(first);
   }
-  request_ ? worker_->GoOnWith(*request_) : worker_->Start(document_, group_, *range);
+  request_ ? worker_->GoOnWith(*request_, heading_->pace())
+           : worker_->Start(document_, group_, *range, heading_->pace());
 }
 
 void SendMailForm1::HoldOrGoOn() {
@@ -381,11 +331,14 @@ void SendMailForm1::SwitchedOff(const Result<void>& off) {
   if (refused) refused(InWords(off.error()));
 }
 
-// What was noted about the run stays above it.
+void SendMailForm1::OfferAccount(std::function<void(QWidget*)> open) { heading_->change_account = std::move(open); }
+
+// What was noted about the run stays above it. Where there is nothing to say, what is told before the run has the room.
 void SendMailForm1::Say(const QString& sentence, NoteKind kind) {
   QStringList lines = notes_.mid(0, kMostNotes);
   if (notes_.size() > kMostNotes) lines << tr("And %1 more of the same kind.").arg(notes_.size() - kMostNotes);
   if (!sentence.isEmpty()) lines << sentence;
+  status_->setVisible(!lines.isEmpty());
   status_->Say(lines.join('\n'), kind);
 }
 

@@ -4,15 +4,14 @@
 #include <QDialog>
 #include <functional>
 #include <optional>
-#include <string>
 
+#include "desktop/run/run_heading.h"
 #include "desktop/run/run_worker.h"
 #include "desktop/widgets/note.h"
 #include "profile/program.h"
 #include "run/run_results.h"
 
 class QCheckBox;
-class QLabel;
 class QPushButton;
 class QTabWidget;
 class QTimer;
@@ -32,8 +31,7 @@ class StatusLine;
 class SendMailForm1 final : public QDialog {
   Q_OBJECT
  public:
-  // Whether the account's server is the practice mailbox.
-  enum class Server { kReal, kPractice };
+  using Server = RunHeading::Server;
   SendMailForm1(const profile::Program& program, document::MessageDocument document, run::ChosenGroup group,
                 Server server, QWidget* parent);
 
@@ -53,6 +51,9 @@ class SendMailForm1 final : public QDialog {
   // Told at once why the system is not switched off, while the countdown stands at 0, or that Cancel came first: for
   // the status line of whoever opened this.
   std::function<void(const QString&)> refused;
+  // Where the pace of this run is chosen the account's is offered, too: `open` shows it over a window, and returns when
+  // that has closed.
+  void OfferAccount(std::function<void(QWidget*)> open);
 
  public slots:
   // Escape, the close box and "Cancel": while the run goes on, asks first.
@@ -72,13 +73,8 @@ class SendMailForm1 final : public QDialog {
   void CountDown();
   void PrepareToSwitchOff();
   void SwitchedOff(const Result<void>& off);
-  void BuildWindow(Server server);
+  void BuildWindow();
   void Connect();
-  QWidget* MakeHeading(Server server);
-  void ShowRoute(Server server);
-  // The account's servers; empty where they cannot be read, which the run tells.
-  std::string Servers() const;
-  QString PaceText() const;
   void Say(const QString& sentence, NoteKind kind = NoteKind::kInformation);
 
   const profile::Program& program_;
@@ -92,13 +88,12 @@ class SendMailForm1 final : public QDialog {
   RunWorker* worker_;
   run::RunResults results_;
   QStringList notes_;  // about the run
-  QLabel* route_ = nullptr;
-  std::string shown_servers_;
   QTimer* tick_;
   bool report_open_ = false;
   bool waits_for_password_ = false;
   bool shuts_down_ = false;
 
+  RunHeading* heading_;
   RangePicker* range_;
   QTabWidget* tabs_;
   ReportView* report_;

@@ -91,6 +91,8 @@ void ShowKeptRuns(Shell& shell);
 
 // tools_commands.cpp
 void EditAccount(Shell& shell);
+// The same over another window, at the account's page of the pace.
+void EditPace(Shell& shell, QWidget* over);
 void ShowGroups(Shell& shell);
 void ImportRecipients(Shell& shell);
 void ExtractFromMessages(Shell& shell);

@@ -135,6 +135,7 @@ std::optional<QString> TopicOf(const QString& window) {
   static const QHash<QString, QString> topics = {
       {"MainForm", kWelcomeTopic},
       {"SendMailForm1", "Sending.htm"},
+      {"RunPaceForm", "Sending.htm"},
       {"ShutDownForm", kWelcomeTopic},
       {"PreviewForm", "Sending.htm"},
       {"PracticeForm", "Message Files.htm"},

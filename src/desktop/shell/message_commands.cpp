@@ -93,6 +93,7 @@ void Send(Shell& shell) {
                      shell.practice.practice().Serves() ? Server::kPractice : Server::kReal, &shell.window);
   form.skip_save_prompt = [&shell](bool skip) { shell.skip_save_prompt = skip; };
   form.refused = [&shell](const QString& why) { shell.Say(why); };
+  form.OfferAccount([&shell](QWidget* over) { EditPace(shell, over); });
   form.exec();
   shell.TakePictureAnswers(form.picture_places());
   if (form.shuts_down()) shell.window.close();
@@ -105,6 +106,7 @@ void GoOnWithRun(Shell& shell, const GoOnRequest& request) {
                      QApplication::activeWindow());
   form.skip_save_prompt = [&shell](bool skip) { shell.skip_save_prompt = skip; };
   form.refused = [&shell](const QString& why) { shell.Say(why); };
+  form.OfferAccount([&shell](QWidget* over) { EditPace(shell, over); });
   form.exec();
   if (form.shuts_down()) shell.window.close();
 }

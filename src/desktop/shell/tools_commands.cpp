@@ -21,17 +21,28 @@
 
 namespace quillcast::desktop {
 
-void EditAccount(Shell& shell) {
-  EmailManagerForm form(shell.program, &shell.window);
+namespace {
+
+enum class FirstPage { kGeneral, kPace };
+
+void ShowAccount(Shell& shell, QWidget* over, FirstPage page) {
+  EmailManagerForm form(shell.program, over);
   form.changed = [&shell](const account::SenderTexts& texts) {
     shell.header.ShowSender(ToQt(texts.from), ToQt(texts.method));
   };
   form.account_places = [] { return account::AccountRoots(platform::ProcessEnvironment()); };
   form.imported = [&shell](const std::string& from) { shell.header.ShowSender(ToQt(from)); };
+  if (page == FirstPage::kPace) form.ShowPace();
   form.exec();
   shell.notices.LookAtPractice();
   shell.notices.Refresh();
 }
+
+}  // namespace
+
+void EditAccount(Shell& shell) { ShowAccount(shell, &shell.window, FirstPage::kGeneral); }
+
+void EditPace(Shell& shell, QWidget* over) { ShowAccount(shell, over, FirstPage::kPace); }
 
 void ShowGroups(Shell& shell) {
   GroupManagerForm form(shell.program, &shell.window);

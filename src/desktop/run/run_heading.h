@@ -1,0 +1,59 @@
+// What the sending window says above all else: what goes to whom, from whom over which servers, and how fast, which can
+// be chosen here for the run.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <string>
+
+#include "profile/program.h"
+#include "run/pace/pace_rules.h"
+#include "run/prepared_run.h"
+
+class QLabel;
+class QPushButton;
+
+namespace quillcast::desktop {
+
+class RunHeading final : public QWidget {
+  Q_OBJECT
+ public:
+  // Whether the account's server is the practice mailbox.
+  enum class Server { kReal, kPractice };
+  RunHeading(const profile::Program& program, const std::string& subject, const run::ChosenGroup& group, Server server,
+             QWidget* parent);
+
+  // Opens the account at its page of the pace over this window, and returns when that has closed.
+  std::function<void(QWidget*)> change_account;
+  // How a run that goes on was told to go before.
+  void GoesOnWith(const run::PaceTexts& told);
+  // Whether the account still names the servers that are shown here; from then on those that it names are.
+  bool ServersAreAsShown();
+  // What the person chose for this run.
+  const run::PaceTexts& pace() const { return pace_; }
+  // From then on there is nothing to choose.
+  void Begins();
+
+ signals:
+  // The person is about to choose.
+  void Choosing();
+
+ private:
+  void ShowRoute();
+  void ShowPace();
+  QString PaceText() const;
+  // The account's servers; empty where they cannot be read, which the run tells.
+  std::string Servers() const;
+  void ChoosePace();
+
+  const profile::Program& program_;
+  Server server_;
+  std::string shown_servers_;
+  run::PaceTexts told_;
+  run::PaceTexts pace_;
+  QLabel* route_;
+  QLabel* pace_line_;
+  QPushButton* pace_button_;
+};
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,43 @@
+// How fast one run goes, over how many connections, and how often it tries again: chosen for it alone.
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+#include "platform/result.h"
+#include "run/pace/pace_rules.h"
+
+namespace quillcast::desktop {
+
+class PacePage;
+class StatusLine;
+
+class RunPaceForm final : public QDialog {
+  Q_OBJECT
+ public:
+  // What counts where nothing is chosen; asked again once the account may have changed.
+  using Otherwise = std::function<Result<run::PaceTexts>()>;
+  // `chosen` before. `change_account` opens the account at its page of the pace, and returns when that has closed;
+  // where it is none, no button offers that.
+  RunPaceForm(Otherwise otherwise, const run::PaceTexts& chosen, std::function<void(QWidget*)> change_account,
+              QWidget* parent);
+
+  // What the run is told, once the dialog was accepted; what is left as it was follows the account.
+  const run::PaceTexts& chosen() const { return chosen_; }
+
+ public slots:
+  void accept() override;
+
+ private:
+  void Show(const run::PaceTexts& chosen);
+  void ChangeAccount();
+
+  const Otherwise otherwise_;
+  const std::function<void(QWidget*)> change_account_;
+  run::PaceTexts was_;  // as the fields show what counts otherwise
+  run::PaceTexts chosen_;
+  PacePage* page_;
+  StatusLine* status_;
+};
+
+}  // namespace quillcast::desktop
