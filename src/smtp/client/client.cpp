@@ -16,7 +16,6 @@ constexpr std::chrono::milliseconds kAskAgain{500};
 constexpr std::chrono::milliseconds kNotYet{1};
 
 Outcome Succeeded() { return {State::kSent, ResultCode::kSuccess, {}, {}}; }
-Outcome Cancelled() { return {State::kFailed, ResultCode::kCancelled, {}, {}, false}; }
 
 // Where a network is waited for, its loss may take each connection, one after the other.
 std::size_t MostMoves(const ClientOptions& options) {
@@ -69,8 +68,8 @@ net::Deadline Client::Driver::AskAgain() const {
 
 // What is under way is waited for; nothing else begins.
 void Client::Driver::Stop(Lanes& lanes) {
-  while (jobs_.waiting() > 0) jobs_.Fail(Cancelled());
-  lanes.Withdraw(Cancelled());
+  while (jobs_.waiting() > 0) jobs_.Fail(NotBegun());
+  lanes.Withdraw(NotBegun());
 }
 
 void Client::Driver::Run(JobSource& source) {

@@ -38,6 +38,8 @@ int Breaker::TimeToAsk(const Outcome& outcome) {
   return times_ % limit == 0 ? times_ : 0;
 }
 
+Outcome NotBegun() { return {State::kFailed, ResultCode::kCancelled, {}, {}, false}; }
+
 void JobQueue::Begin(JobSource& source) {
   source_ = &source;
   exhausted_ = given_up_ = false;
@@ -47,7 +49,7 @@ Job* JobQueue::Next() {
   if (!waiting_.empty()) return EntryOf(waiting_.front()).job;
   due_.reset();
   if (exhausted_ || given_up_ || entries_.size() >= kMostAhead) return nullptr;
-  if (cancel_.Requested() != platform::Stop::kNone) return nullptr;
+  if (IsStopped()) return nullptr;
   Job* job = source_->NextJob();
   if (job == nullptr) {
     due_ = source_->NextDue();
@@ -87,7 +89,8 @@ void JobQueue::Submitted(std::size_t lane) {
 
 void JobQueue::Move() { ++EntryOf(waiting_.front()).moves; }
 
-void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), outcome); }
+// Whoever goes on with the run comes to those of whom nothing is out, whatever ended their connection.
+void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), IsStopped() ? NotBegun() : outcome); }
 
 void JobQueue::GiveUp(Outcome why) {
   given_up_ = true;
@@ -101,7 +104,8 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
   --submitted_;
   Entry& entry = EntryOf(number);
   if (again == Again::kNever) return Tell(entry, outcome);
-  if ((again == Again::kAnyway || entry.moves < most_moves_) && cancel_.Requested() == platform::Stop::kNone) {
+  if (IsStopped()) return Tell(entry, NotBegun());
+  if (again == Again::kAnyway || entry.moves < most_moves_) {
     if (again == Again::kOnce) ++entry.moves;
     entry.job->message->Rewind();
     source_->ComesBack(*entry.job);

@@ -25,6 +25,9 @@ class Breaker {
   int times_ = 0;
 };
 
+// Of a message of which nothing by which a server could have taken it was out when the run was to stop.
+Outcome NotBegun();
+
 // A lane is the place of a connection among those of the run, from 0: one after the other may be there.
 class JobQueue {
  public:
@@ -50,7 +53,7 @@ class JobQueue {
   void Submitted(std::size_t lane = 0);
   // It has had one connection already.
   void Move();
-  // It has this outcome without having been submitted.
+  // It has this outcome without having been submitted, unless the person stops: then it was not begun.
   void Fail(const Outcome& outcome);
   // So have all that wait, not begun, and no further one is taken.
   void GiveUp(Outcome why);
@@ -58,7 +61,8 @@ class JobQueue {
   // Whether the server has not taken a message for certain, and another connection may serve it: one that counts as a
   // move, or one that does not, because nothing of the message went over the last.
   enum class Again { kNever, kOnce, kAnyway };
-  // The outcome of the first of those that were submitted over that lane.
+  // The outcome of the first of those that were submitted over that lane. Where the person stops, one that another
+  // connection might serve was not begun.
   void Settle(std::size_t lane, const Outcome& outcome, Again again);
 
   // Takes a line of the lane's connection: of the job that has `place` others before it there, or of none. The lines of
@@ -88,6 +92,7 @@ class JobQueue {
     std::string lines;  // of none of them
   };
 
+  bool IsStopped() const { return cancel_.Requested() != platform::Stop::kNone; }
   Entry& EntryOf(std::uint64_t number) { return entries_[static_cast<std::size_t>(number - first_)]; }
   void Wait(std::uint64_t number);
   std::uint64_t TakeWaiting();

@@ -206,11 +206,11 @@ void Transfers::Close(const SessionEnd& end) {
     Event& event = events_.Add(Event::Kind::kOutcome);
     if (transfer.verdict) {
       event.outcome = *transfer.verdict;
-      event.again = transfer.again && !cancelled;
+      event.again = transfer.again;
     } else {
       event.outcome = OutcomeAtEnd(transfer, end, oldest);
       const bool open = !IsOut(transfer) && event.outcome.state == State::kFailed;
-      event.again = open && !cancelled && (end.again || !oldest);
+      event.again = open && (cancelled || end.again || !oldest);
     }
     Pop();
   }

@@ -232,7 +232,7 @@ TEST(ClientFaults, StopsForThePerson) {
   constexpr const char* kMail = "C: MAIL FROM:<ada@example.org>";
   for (const Case& c :
        {Case{kMail, kNever, 1, 1, State::kSent, kSuccess, true},
-        Case{kMail, kNever, 2, 1, State::kFailed, kCancelled, true},
+        Case{kMail, kNever, 2, 1, State::kFailed, kCancelled, false},
         Case{"C: EHLO [127.0.0.1]", kNever, 1, 1, State::kFailed, kCancelled, false},
         Case{"", 0, 1, 1, State::kFailed, kCancelled, false}, Case{"", 1, 1, 2, State::kFailed, kCancelled, false}}) {
     SCOPED_TRACE(std::string(c.at_line) + std::to_string(c.requests) + std::to_string(c.at_letter));
@@ -251,6 +251,35 @@ TEST(ClientFaults, StopsForThePerson) {
     EXPECT_EQ(letters.outcomes.back().state, c.state);
     EXPECT_EQ(letters.outcomes.back().code, c.code);
     EXPECT_EQ(letters.outcomes.back().begun, c.begun);
+  }
+}
+
+// Whatever ends the connection, before the stop or behind it: only whose end is out is in doubt, and whoever is not out
+// was not begun, so that whoever goes on with the run comes to them.
+TEST(ClientFaults, AStopPassesOverNobody) {
+  enum class Order { kStopThenLoss, kStopThenStop, kLossThenStop };
+  for (const Order order : {Order::kStopThenLoss, Order::kStopThenStop, Order::kLossThenStop}) {
+    for (const auto wait : {std::chrono::hours(0), std::chrono::hours(1)}) {
+      for (int at = 2; at <= 5; ++at) {
+        SCOPED_TRACE(testing::Message() << static_cast<int>(order) << " at reply " << at << ", wait " << wait.count());
+        std::vector<std::string> taken;
+        platform::CancelToken cancel;
+        ScriptedServer server([&](Peer& peer, int number) {
+          if (number == 0) Serve(peer, at, Fault::kHangUp, taken);
+          if (number == 0 && order == Order::kLossThenStop) return;
+          cancel.Request();
+          if (order == Order::kStopThenStop) cancel.Request(), peer.Stall();
+        });
+        ClientOptions options = OptionsFor(server.port());
+        options.network_wait = wait;
+        options.timeout = std::chrono::seconds(30);
+        Letters letters(1);
+        SendAll(options, letters, cancel);
+        ASSERT_EQ(letters.outcomes.size(), 1U);
+        EXPECT_EQ(letters.outcomes[0].begun, at == 5);
+        EXPECT_EQ(letters.outcomes[0].state, at == 5 ? State::kUnknown : State::kFailed);
+      }
+    }
   }
 }
 

@@ -205,7 +205,7 @@ TEST(ClientPipeline, AnAnswerTooFewTakesNoMessage) {
 TEST(ClientPipeline, ALostConnectionIsJudgedMessageByMessage) {
   for (const auto& [code, first, second] : {std::tuple{ResultCode::kConnectionLost, "unknown 16", "failed 16 again"},
                                             std::tuple{ResultCode::kReplyTimeout, "unknown 27", "failed 27 again"},
-                                            std::tuple{ResultCode::kCancelled, "unknown 20", "failed 20"}}) {
+                                            std::tuple{ResultCode::kCancelled, "unknown 20", "failed 20 again"}}) {
     Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2);
     p.Run(ENVELOPE(0) YES YES CHUNK(0) WHOLE(1));
     p.session->GiveUp({State::kFailed, code, {}, "why"});
