@@ -28,7 +28,8 @@
 
 namespace quillcast::message {
 
-// For one thread, though rendering is const: the encoded files grow while it goes on.
+// Rendered by several threads at a time, where they wish. The messages are read by one, for which the encoded files may
+// grow.
 class MessageTemplate {
  public:
   // `scratch_folder` takes large attachments in their encoded form. Files that cannot be read do not fail it: see
@@ -70,8 +71,10 @@ class MessageTemplate {
     MergedBody body;
   };
   struct FilePart {
-    std::string header;
-    std::string seven_bit_header;  // for one that holds octets above 127
+    WireForm form = WireForm::kSevenBit;
+    std::uint64_t size = 0;  // octets as encoded
+    std::string header = {};
+    std::string seven_bit_header = {};  // for one that holds octets above 127
   };
 
   // What the constructor is made of. A file that cannot be taken in is noted: see trouble() and picture_troubles().

@@ -20,11 +20,6 @@ namespace {
 // How often whoever holds a run is asked whether it goes on.
 constexpr std::chrono::milliseconds kHeldFor{500};
 
-// The report's name for a failure of ours, before any server was asked.
-smtp::Outcome FailureOfOurs(smtp::ResultCode code, const Error& error) {
-  return {.state = smtp::State::kFailed, .code = code, .reply = {}, .reason = Describe(error)};
-}
-
 // A recipient's message on its way. Once its outcome is known the message itself goes to another letter: thousands may
 // wait to be told of behind one that a slow connection has.
 struct Letter : smtp::Job {
@@ -88,8 +83,7 @@ class Run final : public smtp::JobSource {
   bool IsHeldUp();
   std::optional<platform::Instant> WaitUntil(platform::Instant due, const Sentence& why);
   bool NextLeft();
-  void TakeMessage(Letter& letter);
-  std::optional<smtp::Outcome> RenderRow(Letter& letter);
+  std::optional<smtp::Outcome> TakeLetter(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
   void TellThoseReady();
   void Tell(const RecipientInOrder& recipient);
@@ -117,19 +111,19 @@ class Run final : public smtp::JobSource {
   ResultsInOrder order_;
   Retries retries_;
   std::optional<SlowDown> slow_down_;
-  bool held_ = false;              // by a person, when NextJob was asked last
-  bool held_up_ = false;           // by it, when NextJob was asked last
-  std::int64_t taken_ = 0;         // of the list
-  bool lines_told_ = false;        // in the report: of the first with the carrier, whose result comes right behind them
-  std::optional<InTurn> in_turn_;  // over run_
-  bool broken_ = false;            // the journal
+  bool held_ = false;        // by a person, when NextJob was asked last
+  bool held_up_ = false;     // by it, when NextJob was asked last
+  std::int64_t taken_ = 0;   // of the list
+  bool lines_told_ = false;  // in the report: of the first with the carrier, whose result comes right behind them
+  std::optional<LettersAhead> letters_of_list_;  // over run_
+  std::optional<InTurn> in_turn_;                // over both
+  bool broken_ = false;                          // the journal
   recipients::Recipient row_;
   std::int64_t position_ = 0;                     // of row_
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
-  std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
-  std::deque<Letter*> with_carrier_;  // in the order in which it took them
-  std::vector<Left> left_;            // by a stop
+  std::deque<Letter*> with_carrier_;              // in the order in which it took them
+  std::vector<Left> left_;                        // by a stop
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
   bool told_of_notices_ = false;
@@ -142,7 +136,10 @@ RunSummary Run::Execute() {
   TellProgress(0, 0);
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
-  if (run_) parts_.carrier.Carry(*this);
+  if (run_) {
+    parts_.carrier.Carry(*this);
+    letters_of_list_->EndMaking();
+  }
   if (!summary_.stopped) summary_.stopped = parts_.carrier.trouble();
   NameThoseNotTried();
   End();
@@ -162,7 +159,10 @@ bool Run::Begin() {
   }
   run_ = std::move(*run);
   summary_.run = run_->id();
-  in_turn_.emplace(*run_, parts_.turns, order_, retries_);
+  // Where turns are waited for the list is read ahead as they come, and nothing has to be quick.
+  const bool has_pace = parts_.turns != nullptr && parts_.turns->HasPace();
+  letters_of_list_.emplace(*run_, parts_.message, has_pace ? LettersAhead::On::kCallersThread : parts_.make_letters);
+  in_turn_.emplace(*run_, *letters_of_list_, parts_.turns, order_, retries_);
   TakeSize();
   return true;
 }
@@ -212,7 +212,7 @@ smtp::Job* Run::NextJob() {
   held_up_ = false;
   while (MayGoOn() && !IsHeld() && !IsHeldUp() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
     if (order_.At(position_).tries == 1) ++taken_;
-    auto failure = RenderRow(*letter);
+    auto failure = TakeLetter(*letter);
     if (!failure) {
       if (slow_down_) slow_down_->Taken();
       free_letters_.pop_back();
@@ -255,6 +255,7 @@ bool Run::IsHeldUp() {
 }
 
 std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sentence& why) {
+  letters_of_list_->Forget();
   const auto until = parts_.clock.Now() + (due - parts_.clock.Monotonic());
   TellWait(why, std::chrono::time_point_cast<Moment::duration>(until));
   return due;
@@ -265,6 +266,7 @@ std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
   if (held_) {
     if (progress_told_ != Done()) TellProgress(0, 0);
+    letters_of_list_->Forget();
     listener_.Held(std::ssize(with_carrier_));
     return parts_.clock.Monotonic() + kHeldFor;  // soon: the connections are kept as in any short wait
   }
@@ -281,26 +283,19 @@ std::optional<platform::Instant> Run::NextDue() {
   return turn;
 }
 
-void Run::TakeMessage(Letter& letter) {
-  if (letter.rendered) return;
-  if (free_messages_.empty()) free_messages_.push_back(std::make_unique<message::RenderedMessage>());
-  letter.rendered = std::move(free_messages_.back());
-  free_messages_.pop_back();
-}
-
-// Makes the row's letter; or says why it failed before any server was asked.
-std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
-  if (const auto& trouble = parts_.message.trouble()) return FailureOfOurs(trouble->code, trouble->error);
-  const auto address = smtp::EnvelopeAddress(row_.email());
-  if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
-  TakeMessage(letter);
-  const auto rendered = parts_.message.Render(row_, *address, position_, *letter.rendered);
-  if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
-  KeepFirstMessage(*letter.rendered);
+// Takes the row's letter; or says why it failed before any server was asked.
+std::optional<smtp::Outcome> Run::TakeLetter(Letter& letter) {
+  MadeLetter made = letters_of_list_->Take(row_, position_);
+  if (made.failure) {
+    letters_of_list_->GiveBack(std::move(made.message));
+    return made.failure;
+  }
+  KeepFirstMessage(*made.message);
+  letter.rendered = std::move(made.message);
   letter.envelope = letter.rendered->envelope;
   letter.message = letter.rendered.get();
   letter.position = position_;
-  letter.turn.domain = DomainOf(address->domain());
+  letter.turn.domain = made.domain;
   return {};
 }
 
@@ -326,7 +321,7 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) run_->IsTriedAgain(letter.position, tries);
   recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
   letter.message = nullptr;
-  free_messages_.push_back(std::move(letter.rendered));
+  letters_of_list_->GiveBack(std::move(letter.rendered));
   if (!slow_down_) return;
   if (const auto slower = slow_down_->Decided(outcome)) listener_.Note(*slower);
 }

@@ -19,6 +19,7 @@
 #include "run/carrier.h"
 #include "run/history.h"
 #include "run/journal/run_journal.h"
+#include "run/letters_ahead.h"
 #include "run/pace/turns.h"
 #include "run/retries.h"
 #include "run/run_report.h"
@@ -76,12 +77,12 @@ struct RunSummary {
   std::int64_t first_left = 0;  // the places in the list of the first and of the last of them, where they are known
   std::int64_t last = 0;        // and otherwise of the last whom the run was for
   std::string history = {};     // the base name
-  RunId run = 0;                // in the journal; 0 for none
   bool cancelled = false;
   std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;
   std::int64_t retries_left = 0;  // of those who failed: they were to be tried again when the run ended
   std::int64_t unknown = 0;       // of those who failed: they may have got it
+  RunId run = 0;                  // in the journal; 0 for none
 
   // Nobody is left, whatever became of each.
   bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0 && retries_left == 0; }
@@ -107,6 +108,7 @@ struct RunParts {
   Turns* turns = nullptr;  // none where nothing is sent
   RetryRules retries = {};
   bool slow_down = false;  // where the server asks for fewer messages
+  LettersAhead::On make_letters = LettersAhead::On::kCallersThread;
 };
 
 // Sends. The failures of one recipient never stop the run; a report or a journal that cannot be written any more does,
