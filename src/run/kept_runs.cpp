@@ -138,9 +138,10 @@ std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
                               "{} recipients were not tried; nothing was sent to them."));
   }
   if (mailing.tried_again > 0) {
-    sentences.push_back(SayOf(mailing.tried_again,
-                              "{} recipient was deferred or not reached, and is to be tried again.",
-                              "{} recipients were deferred or not reached, and are to be tried again."));
+    sentences.push_back(SayOf(
+        mailing.tried_again,
+        "{} recipient was deferred, not reached, or refused because of the account, and is to be tried again.",
+        "{} recipients were deferred, not reached, or refused because of the account, and are to be tried again."));
   }
   if (const auto unknown = CountOf(mailing, ResultState::kUnknown); unknown > 0) {
     sentences.push_back(UnknownOnes(unknown));

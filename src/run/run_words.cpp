@@ -61,6 +61,10 @@ std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& c
 std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
   if (summary.not_tried == 0) return {};
   if (summary.not_tried == 1) return Say("1 recipient was not tried (#{}); nothing was sent there.", summary.last);
+  if (summary.last - summary.first_left + 1 > summary.not_tried) {
+    return Say("{} recipients were not tried, #{} the first of them and #{} the last; nothing was sent to them.",
+               NumberValue(summary.not_tried), summary.first_left, summary.last);
+  }
   return Say("{} recipients were not tried (from #{} to #{}); nothing was sent to them.",
              NumberValue(summary.not_tried), summary.first_left, summary.last);
 }

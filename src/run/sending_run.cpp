@@ -17,6 +17,16 @@
 namespace quillcast::run {
 namespace {
 
+// So many refusals of the account are kept in mind at most.
+constexpr std::size_t kMostRefusedAlike = 1000;
+
+// Of whoever sends, and of nobody in the list.
+bool IsOfTheAccount(smtp::ResultCode code) {
+  using smtp::ResultCode;
+  return code == ResultCode::kAuthRefused || code == ResultCode::kAuthNotOffered ||
+         code == ResultCode::kSenderRefused || code == ResultCode::kGreetingRefused;
+}
+
 // How often whoever holds a run is asked whether it goes on.
 constexpr std::chrono::milliseconds kHeldFor{500};
 
@@ -94,6 +104,8 @@ class Run final : public smtp::JobSource {
   void End();
   void NameThoseNotTried();
   void NotTried(const Left& left);
+  void KeepRefusal(const RecipientInOrder& recipient);
+  void LeaveThoseRefused();
   void TellAboutPictures();
 
   const RunParts& parts_;
@@ -124,6 +136,9 @@ class Run final : public smtp::JobSource {
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::deque<Letter*> with_carrier_;              // in the order in which it took them
   std::vector<Left> left_;                        // by a stop
+  std::vector<Retry> refused_alike_;              // the last in a row, by what is the account's fault and not theirs
+  smtp::ResultCode refused_by_ = smtp::ResultCode::kSuccess;
+  bool refused_too_often_ = false;  // nobody wanted to go on
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
   bool told_of_notices_ = false;
@@ -340,6 +355,7 @@ void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   RecipientInOrder& recipient = order_.At(letter.position);
   recipient.stage = outcome.begun ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
   recipient.outcome = outcome;
+  if (outcome.begun) KeepRefusal(recipient);
   with_carrier_.pop_front();
   lines_told_ = false;
   free_letters_.push_back(&letter);
@@ -442,7 +458,27 @@ void Run::WayGivenUp(const smtp::Outcome& why) {
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   Flush();  // who is asked may read it
-  return listener_.GoOn(refusal, times);
+  if (listener_.GoOn(refusal, times)) return true;
+  refused_too_often_ = true;
+  LeaveThoseRefused();
+  return false;
+}
+
+// A run that ends by it has failed nobody: once the account is put right, whoever goes on goes on with these too.
+void Run::KeepRefusal(const RecipientInOrder& recipient) {
+  const smtp::ResultCode code = recipient.outcome.code;
+  if (!IsOfTheAccount(code) || code != refused_by_) refused_alike_.clear();
+  refused_by_ = code;
+  if (!IsOfTheAccount(code) || refused_alike_.size() == kMostRefusedAlike) return;
+  refused_alike_.push_back({recipient.position, {}, recipient.tries, recipient.before.tries});
+  if (refused_too_often_) LeaveThoseRefused();
+}
+
+void Run::LeaveThoseRefused() {
+  for (const Retry& whom : std::exchange(refused_alike_, {})) {
+    run_->IsTriedAgain(whom.position, whom.before + whom.tries);
+    ++summary_.retries_left;
+  }
 }
 
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named

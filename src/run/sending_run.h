@@ -77,12 +77,12 @@ struct RunSummary {
   std::int64_t first_left = 0;  // the places in the list of the first and of the last of them, where they are known
   std::int64_t last = 0;        // and otherwise of the last whom the run was for
   std::string history = {};     // the base name
+  RunId run = 0;                // in the journal; 0 for none
   bool cancelled = false;
   std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;
   std::int64_t retries_left = 0;  // of those who failed: they were to be tried again when the run ended
   std::int64_t unknown = 0;       // of those who failed: they may have got it
-  RunId run = 0;                  // in the journal; 0 for none
 
   // Nobody is left, whatever became of each.
   bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0 && retries_left == 0; }

@@ -236,7 +236,7 @@ class Retries(Case):
                 self.assertEqual(self.run_lines("--json", "runs", "forget", "--finished")[0], [{"forgotten": 0, "kept": 1}])
                 code, _, err = self.run_program("--yes", "history", "clear")
                 self.assertIn('The run "Hi" to All was kept, for it can be resumed.', err)
-                self.assertIn("2 recipients were deferred or not reached, and are to be tried again.", self.run_program("runs", "show", 1)[2])
+                self.assertIn("2 recipients were deferred, not reached, or refused because of the account, and are to be tried again.", self.run_program("runs", "show", 1)[2])
                 again = [row.get("again") for row in self.run_lines("--json", "runs", "show", 1)[0] if "address" in row]
                 self.assertEqual(again, [True, False, True])
 

@@ -394,6 +394,10 @@ class Runs(Case):
             lines, code, err = self.mailing("--keep-going")
             self.assertEqual((code, {line["state"] for line in lines[:-1]}), (1, {"refused"}))
             self.check_report(self.report(), 0, 30)
+        put_right = self.mailbox(name="right")
+        self.account(put_right.port)
+        self.ok("--yes", "runs", "resume", 1)
+        self.assertEqual(len(self.served(put_right)), 30)  # those too whom the account's fault refused
 
     def test_killed_server(self):
         addresses = [f"user{n:03}@r.example" for n in range(400)]

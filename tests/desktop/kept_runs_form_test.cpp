@@ -32,7 +32,8 @@ class KeptRunsFormTest : public QObject {
     QVERIFY(test::LeaveCutOff(rig.folders, "Readers", true));
     KeptRunsForm form(rig.program, nullptr);
     form.show();
-    QVERIFY2(Status(form).contains("1 recipient was deferred or not reached, and is to be tried again."),
+    QVERIFY2(Status(form).contains(
+                 "1 recipient was deferred, not reached, or refused because of the account, and is to be tried again."),
              qPrintable(Status(form)));
     const auto lines = test::RowsOf(form, "KeptRunsGrid");
     QCOMPARE(lines.size(), 1);

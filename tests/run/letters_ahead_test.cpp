@@ -63,7 +63,8 @@ TEST_F(Ahead, GivesEachHisOwnInTheOrderOfTheList) {
         MadeLetter letter = letters.Take(recipient, position);
         ASSERT_EQ(letter.failure.has_value(), position % 7 == 0) << position;
         if (!letter.failure) {
-          EXPECT_NE(TextOf(*letter.message).find("\r\nSubject: For " + FakeRows::AddressAt(position) + "\r\n"), std::string::npos);
+          EXPECT_NE(TextOf(*letter.message).find("\r\nSubject: For " + FakeRows::AddressAt(position) + "\r\n"),
+                    std::string::npos);
           EXPECT_EQ(letter.message->envelope.recipient.text(), FakeRows::AddressAt(position));
           EXPECT_EQ(letter.domain, DomainOf("example.org"));
         }
