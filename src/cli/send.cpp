@@ -82,7 +82,7 @@ int RunToFile(Context& context, const SendOptions& options, run::PreparedRun& pr
   message::RenderedMessage rendered;
   const auto row = RenderRequested(options, prepared, rendered);
   if (!row) return context.output.Fail(row.error());
-  const auto other = prepared.CheckIsNoSource(options.to_file);
+  const auto other = document::CheckIsNoSource(options.to_file, prepared.document());
   if (!other) return context.output.Fail(other.error());
   if (const int refused = AskToWrite(context, options.to_file)) return refused;
   const auto written = platform::ReplaceChosenFile(options.to_file, context.Folders().OwnFiles(), [&](int fd) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "document/body_file.h"
+#include "html/local_pictures.h"
 #include "html/safe_page.h"
 #include "platform/text.h"
 
@@ -36,14 +37,17 @@ Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& fi
   return {};
 }
 
-Result<void> CheckIsNoSource(const std::filesystem::path& target, const MessageDocument& document,
-                             std::span<const std::filesystem::path> pictures) {
+Result<void> CheckIsNoSource(const std::filesystem::path& target, const MessageDocument& document) {
+  if (!std::filesystem::exists(target, IgnoreErrors())) return {};
   const auto is_target = [&target](const std::filesystem::path& file) {
     return std::filesystem::equivalent(target, file, IgnoreErrors());
   };
-  if (std::ranges::none_of(document.sources, is_target) && std::ranges::none_of(pictures, is_target) &&
-      std::ranges::none_of(document.attachments.paths(), is_target))
-    return {};
+  bool is_source =
+      std::ranges::any_of(document.sources, is_target) || std::ranges::any_of(document.attachments.paths(), is_target);
+  html::VisitLocalPictures(document.html, [&](const html::PictureReference& picture) {
+    is_source = is_source || is_target("/" / document.base_folder / picture.path);
+  });
+  if (!is_source) return {};
   return Error{Failure::kNotPermitted,
                Say("{} is a file that the message is made of, and was left as it is.", target.string()),
                "Name another file."};

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,9 +48,8 @@ struct MessageDocument {
 Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& file);
 
 // Before a file is written that is made of the document: kNotPermitted where it would take the place of one of those
-// that the document is read from, or that go along with it, by whichever spelling or link. `pictures` are among them.
-Result<void> CheckIsNoSource(const std::filesystem::path& target, const MessageDocument& document,
-                             std::span<const std::filesystem::path> pictures = {});
+// that the document is read from, that go along with it, or that its HTML shows, by whichever spelling or link.
+Result<void> CheckIsNoSource(const std::filesystem::path& target, const MessageDocument& document);
 
 // Text as an HTML body: "<" and "&" escaped, line ends as "<br>".
 std::string HtmlFromText(std::string_view text);

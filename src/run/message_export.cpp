@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "message/message_template.h"
 #include "platform/file_attributes.h"
 #include "run/single_message.h"
 
@@ -12,13 +13,6 @@ std::optional<Complaint<MessageExportControl>> CheckMessageExport(const ExportTa
   return Complaint<MessageExportControl>{"Please specify a file.", MessageExportControl::kFile};
 }
 
-Result<void> CheckIsNoSource(const std::filesystem::path& target, const document::MessageDocument& document,
-                             const message::MessageTemplate& message) {
-  std::vector<std::filesystem::path> pictures;
-  for (const message::Picture& picture : message.pictures()) pictures.push_back(picture.file);
-  return document::CheckIsNoSource(target, document, pictures);
-}
-
 Result<Exported> ExportMessage(const document::MessageDocument& document, message::MessageOptions options,
                                const ExportTarget& target, const RunPlace& place) {
   if (platform::IsLocked(target.file)) return platform::TargetIsLocked(target.file);
@@ -27,7 +21,7 @@ Result<Exported> ExportMessage(const document::MessageDocument& document, messag
   const message::MessageTemplate message(document, std::move(options), place.folders.temporary, place.clock,
                                          place.entropy);
   if (const auto& trouble = message.trouble()) return trouble->error;
-  if (const auto other = CheckIsNoSource(target.file, document, message); !other) return other.error();
+  if (const auto other = document::CheckIsNoSource(target.file, document); !other) return other.error();
   message::RenderedMessage rendered;
   const auto made = RenderWithTags(message, smtp::Address(), rendered);
   if (!made) return made.error();

@@ -10,7 +10,6 @@
 
 #include "document/message_document.h"
 #include "message/message_options.h"
-#include "message/message_template.h"
 #include "platform/complaint.h"
 #include "platform/sentence.h"
 #include "run/run_place.h"
@@ -29,10 +28,6 @@ struct Exported {
   std::uint64_t octets = 0;
   std::vector<Sentence> notes;  // about pictures that could not be taken along, and those that go along
 };
-
-// What document::CheckIsNoSource says, with the message's pictures.
-Result<void> CheckIsNoSource(const std::filesystem::path& target, const document::MessageDocument& document,
-                             const message::MessageTemplate& message);
 
 // Puts the file in its place when it is whole. After an error or a cancel (kTryAgain) what stood there before still
 // does; so does a locked file, and what the program keeps itself.

@@ -222,12 +222,6 @@ Result<Preview> PreparedRun::WritePreview() {
   return run::WritePreview(document_, **options, place_);
 }
 
-Result<void> PreparedRun::CheckIsNoSource(const std::filesystem::path& target) {
-  const auto message = Message();
-  if (!message) return message.error();
-  return run::CheckIsNoSource(target, document_, **message);
-}
-
 Result<Exported> PreparedRun::Export(const ExportTarget& target) {
   const auto options = Options();
   if (!options) return options.error();

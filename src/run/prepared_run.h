@@ -104,8 +104,6 @@ class PreparedRun {
   Result<Sentence> SendToMyself(std::int64_t position);
   Result<Preview> WritePreview();
   Result<Exported> Export(const ExportTarget& target);
-  // Before a message of the run is written into a file: see document::CheckIsNoSource.
-  Result<void> CheckIsNoSource(const std::filesystem::path& target);
 
   // Of one that goes on: what is other by now than it was when the mailing began.
   Result<std::vector<Sentence>> WhatChangedSince();

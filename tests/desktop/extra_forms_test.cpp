@@ -86,10 +86,10 @@ struct Scene {
     };
     Show(std::make_unique<ExtraForm2>(rig.program, std::filesystem::path(), take, nullptr));
   }
-  void OpenExport() {
+  void OpenExport(const std::string& html = "<p>Dear $*MergeFirstName*$</p>") {
     document::MessageDocument message;
     message.subject = "Hello";
-    message.html = "<p>Dear $*MergeFirstName*$</p>";
+    message.html = html;
     Show(std::make_unique<ExtraForm3>(rig.program, std::move(message), nullptr));
   }
 };
@@ -139,6 +139,12 @@ class ExtraFormsTest : public QObject {
     scene.Type("FilePathTextBox", "/nowhere/letter.eml");
     QCOMPARE(scene.Run("ExportButton"), kExported);
     QVERIFY2(scene.Status().contains("/nowhere"), qPrintable(scene.Status()));
+    const auto picture = scene.rig.folder.Write("p.gif", "GIF89a\x01");
+    scene.OpenExport("<img src=" + picture.string() + ">");
+    scene.Type("FilePathTextBox", PathToQt(picture));
+    QCOMPARE(scene.Run("ExportButton"), "");
+    QVERIFY2(scene.Status().contains("that the message is made of"), qPrintable(scene.Status()));
+    QCOMPARE(test::ReadAll(picture), "GIF89a\x01");
   }
 
   void importsABody() {

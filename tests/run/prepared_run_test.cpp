@@ -193,7 +193,15 @@ TEST_F(PreparedRunTest, ExportsTheMessageWithItsTags) {
   letter_.sources = {body};
   fails(outside / "." / "price.pdf", Failure::kNotPermitted);
   fails(outside / "." / "body.htm", Failure::kNotPermitted);
-  EXPECT_EQ(test::ReadAll(price) + test::ReadAll(body), "12<p>old");
+  outside.Write("p 1.gif", "GIF89a\x01");
+  letter_.base_folder = outside.path();
+  letter_.html += "<img src='./p%201.gif'>";
+  for (const auto format : {document::Format::kHtml, document::Format::kText}) {
+    letter_.format = format;
+    fails(outside / "p 1.gif", Failure::kNotPermitted);
+  }
+  letter_.format = document::Format::kHtml;
+  EXPECT_EQ(test::ReadAll(price) + test::ReadAll(body) + test::ReadAll(outside / "p 1.gif"), "12<p>oldGIF89a\x01");
   letter_.attachments.Add("/nowhere/price.pdf");
   fails(file, Failure::kNoInput);
   letter_.attachments = {};
