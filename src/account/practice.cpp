@@ -10,23 +10,58 @@ namespace {
 using enum AccountKey;
 
 constexpr const char* kSection = "Options";
-constexpr const char* kPracticeKey = "Practice";  // the port of the mailbox; empty when nobody practises
+constexpr const char* kPracticeKey = "Practice";    // the port of the mailbox; empty when nobody practises
+constexpr const char* kBeforeSection = "Practice";  // what the account had, by its keys
 constexpr const char* kHost = "127.0.0.1";
-constexpr const char* kSender = "Practice";
 constexpr const char* kAddress = "practice@quillcast.example";
+
+// What practice takes of the account, and gives back. Whoever sets an address, or a port, has chosen the sender, or the
+// way to the server, and what belongs to it.
+struct TakenKey {
+  AccountKey key;
+  const char* practices;  // empty for the mailbox's port
+  bool fills_in;          // where the account has none; the others are replaced
+  AccountKey chosen_with;
+};
+constexpr auto kTaken = std::to_array<TakenKey>({
+    {kName, "Practice", true, kEmail},
+    {kEmail, kAddress, true, kEmail},
+    {kServer, kHost, false, kPort},
+    {kPort, "", false, kPort},
+    {kAuth, "0", false, kPort},
+    {kSecurity, "Automatic", false, kPort},
+});
 
 bool Names(const AccountSettings& account, std::string_view port) {
   return !port.empty() && account[kServer] == kHost && account[kPort] == port;
 }
 
-// Makes the mailbox on this port the account's server.
+// The account as it is while the mailbox on this port is its server.
 AccountSettings PointedAt(std::string_view port, AccountSettings account) {
-  if (account[kName].empty()) account.Set(kName, kSender);
-  if (account[kEmail].empty()) account.Set(kEmail, kAddress);
-  account.Set(kServer, kHost);
-  account.Set(kPort, std::string(port));
-  account.Set(kAuth, "0");
-  account.Set(kSecurity, "Automatic");
+  for (const auto& [key, practices, fills_in, chosen_with] : kTaken) {
+    if (fills_in && !account[key].empty()) continue;
+    account.Set(key, std::string(key == kPort ? port : practices));
+  }
+  return account;
+}
+
+}  // namespace
+
+// Nobody practises where the port is empty.
+struct Practice::Note {
+  std::string port;
+  AccountSettings before;  // of its values, those that were taken
+};
+
+namespace {
+
+// What nobody has set meanwhile is as it was before.
+AccountSettings GivenBack(AccountSettings account, std::string_view port, const AccountSettings& before) {
+  const AccountSettings found = account;
+  const AccountSettings left = PointedAt(port, before);
+  for (const auto& [key, practices, fills_in, chosen_with] : kTaken) {
+    if (found[key] == left[key] && found[chosen_with] == left[chosen_with]) account.Set(key, before[key]);
+  }
   return account;
 }
 
@@ -49,22 +84,36 @@ std::vector<std::string> PracticeMessages(const std::filesystem::path& folder) {
   return files;
 }
 
+Result<Practice::Note> Practice::Noted() const {
+  std::vector<profile::SettingName> names = {{kSection, kPracticeKey, ""}};
+  for (const auto& taken : kTaken) names.push_back({kBeforeSection, RowOf(taken.key).name, RowOf(taken.key).fallback});
+  auto values = settings_.ReadAll(names);
+  if (!values) return values.error();
+  Note note{.port = std::move(values->front()), .before = {}};
+  for (std::size_t i = 0; i < kTaken.size(); ++i) note.before.Set(kTaken[i].key, std::move((*values)[i + 1]));
+  return note;
+}
+
+// Both or neither: an account that names a mailbox of which there is no note would keep it for ever.
+Result<void> Practice::Write(const AccountSettings& account, const Note& note) {
+  std::vector<profile::SectionValue> values = {{kSection, kPracticeKey, note.port}};
+  for (const auto& taken : kTaken) {
+    const auto name = RowOf(taken.key).name;
+    values.push_back({kAccountSection, name, account[taken.key]});
+    values.push_back({kBeforeSection, name, note.before[taken.key]});
+  }
+  return settings_.WriteAll(values);
+}
+
 bool Practice::WasOn() const {
   const auto account = AccountSettings::Load(settings_);
-  const auto port = settings_.Read(kSection, kPracticeKey, "");
-  return account && port && Names(*account, *port);
+  const auto note = Noted();
+  return account && note && Names(*account, note->port);
 }
 
 bool Practice::Serves() const {
   const auto account = AccountSettings::Load(settings_);
   return is_on() && account && Names(*account, mailbox_->port());
-}
-
-// Another window may practise by now, with a mailbox of its own.
-Result<void> Practice::Forget(std::string_view port) {
-  const auto noted = settings_.Read(kSection, kPracticeKey, "");
-  if (!noted) return noted.error();
-  return *noted == port ? settings_.Write(kSection, kPracticeKey, "") : Result<void>();
 }
 
 Result<platform::FolderLock> Practice::Lock() const {
@@ -74,56 +123,54 @@ Result<platform::FolderLock> Practice::Lock() const {
 Result<void> Practice::Begin(std::function<void()> arrived) {
   const auto lock = Lock();
   if (!lock) return lock.error();
+  const auto account = AccountSettings::Load(settings_);
+  if (!account) return account.error();
+  const auto note = Noted();
+  if (!note) return note.error();
+  const auto filled_in = AccountIsFilledIn(settings_);
+  if (!filled_in) return filled_in.error();
+  if (*filled_in && !Names(*account, note->port)) {
+    return Error{Failure::kNotPermitted,
+                 "There is a mail account already, and practice would take its place, so it stays off.",
+                 "To practise, start Quillcast with a profile of its own; the help says how, under Files and folders."};
+  }
   Stop();
   smtp::MailboxOptions options;
   options.store = folder_;
   options.kept = [arrived = std::move(arrived)](const smtp::MailboxMessage&) { arrived(); };
   auto mailbox = smtp::RunningMailbox::Start(std::move(options), clock_);
   if (!mailbox) return mailbox.error();
-  auto account = AccountSettings::Load(settings_);
-  if (!account) return account.error();
-  auto saved = PointedAt((*mailbox)->port(), std::move(*account)).Save(settings_);
-  if (!saved) return saved;
-  mailbox_ = std::move(*mailbox);
-  return settings_.Write(kSection, kPracticeKey, mailbox_->port());
+  const AccountSettings own = GivenBack(*account, note->port, note->before);
+  const std::string port = (*mailbox)->port();
+  auto written = Write(PointedAt(port, own), {.port = port, .before = own});
+  if (written) mailbox_ = std::move(*mailbox);
+  return written;
 }
 
 // A server that somebody has named meanwhile stays, and is not written to from an address that nobody has.
-Result<void> Practice::TakeOut(AccountSettings account, std::string_view port) {
-  const bool is_server = Names(account, port);
-  if (account[kEmail] == kAddress) {
-    if (is_server) return settings_.DeleteSection(kAccountSection);
-    if (account[kName] == kSender) account.Set(kName, "");
-    account.Set(kEmail, "");
-  } else if (is_server) {
-    account.Set(kServer, "");
-  } else {
-    return {};
-  }
-  return account.Save(settings_);
-}
-
 Result<PracticeEnd> Practice::End() {
   const auto lock = Lock();
   if (!lock) return lock.error();
-  const std::string port =
-      is_on() ? mailbox_->port() : IgnoreErrors(settings_.Read(kSection, kPracticeKey, ""), std::string());
   const auto account = AccountSettings::Load(settings_);
   if (!account) return account.error();
-  const bool has_other = !Names(*account, port) && !(*account)[kServer].empty();
-  const PracticeEnd end{.has_other_server = has_other, .lacks_sender = has_other && (*account)[kEmail] == kAddress};
-  const auto taken_out = TakeOut(*account, port);
-  const auto forgotten = taken_out ? Forget(port) : taken_out;
-  if (!forgotten) return forgotten.error();
+  const auto note = Noted();
+  if (!note) return note.error();
+  const std::string port = is_on() ? mailbox_->port() : note->port;
+  const AccountSettings own = GivenBack(*account, port, note->before);
+  const auto written = Write(own, {.port = "", .before = {}});
+  if (!written) return written.error();
   Stop();
-  return end;
+  const bool has_other = !Names(*account, port) && !(*account)[kServer].empty();
+  return PracticeEnd{.has_other_server = has_other, .lacks_sender = has_other && own[kEmail].empty()};
 }
 
 Result<std::optional<PracticeEnd>> Practice::EndWhereLeft() {
-  if (!is_on()) return std::optional<PracticeEnd>();
   const auto account = AccountSettings::Load(settings_);
   if (!account) return account.error();
-  if (Names(*account, mailbox_->port())) return std::optional<PracticeEnd>();
+  const auto note = Noted();
+  if (!note) return note.error();
+  const std::string port = is_on() ? mailbox_->port() : note->port;
+  if (port.empty() || Names(*account, port)) return std::optional<PracticeEnd>();
   const auto end = End();
   return end ? Result<std::optional<PracticeEnd>>(*end) : end.error();
 }

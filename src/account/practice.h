@@ -27,6 +27,7 @@ struct PracticeEnd {
 Sentence InWords(const PracticeEnd& end);
 
 // Called on one thread. The mailbox goes with it, and the account keeps naming it: the next start sees that by WasOn.
+// What it takes of the account is noted in the settings, and given back by the session that ends it.
 class Practice {
  public:
   // Messages are kept in `folder`. The settings and the clock must outlive it.
@@ -36,13 +37,14 @@ class Practice {
   // An earlier session was practising, and the account still names its mailbox.
   bool WasOn() const;
   // Starts the mailbox and makes it the account's server; the sender's name and address are filled in where they are
-  // missing. `arrived` is called for each message, on the mailbox's thread. kTryAgain while somebody else saves the
-  // account, here and at the end: nothing is changed then.
+  // missing. `arrived` is called for each message, on the mailbox's thread. kNotPermitted where there is an account by
+  // then; kTryAgain while somebody else saves it, here and at the end. Nothing is changed then.
   Result<void> Begin(std::function<void()> arrived);
-  // Stops it, and takes it out of the account where that still names it; a sender's name and address that are the
-  // person's own stay, practice's own never do.
+  // Stops it, and gives the account back what was taken, as far as nobody has set it meanwhile: practice's own sender
+  // and the mailbox's port never stay.
   Result<PracticeEnd> End();
-  // The same where the account names it no more, whoever changed that; nothing where it does, or practice is off.
+  // The same where the account names it no more, whoever changed that and in whichever session it began; nothing where
+  // it does, or nobody practises.
   Result<std::optional<PracticeEnd>> EndWhereLeft();
   // Stops the mailbox; the account keeps naming it, so that the next session goes on.
   void Stop() { mailbox_.reset(); }
@@ -54,8 +56,9 @@ class Practice {
   const std::filesystem::path& folder() const { return folder_; }
 
  private:
-  Result<void> TakeOut(AccountSettings account, std::string_view port);
-  Result<void> Forget(std::string_view port);
+  struct Note;
+  Result<Note> Noted() const;
+  Result<void> Write(const AccountSettings& account, const Note& note);
   Result<platform::FolderLock> Lock() const;
 
   profile::SettingsStore& settings_;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/sqlite.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::account {
@@ -10,89 +11,177 @@ namespace {
 
 using enum AccountKey;
 
-TEST(Practice, BorrowsTheAccountsServerAndGivesItBack) {
+using Values = std::vector<std::pair<AccountKey, const char*>>;
+
+struct Profile {
+  test::TemporaryFolder root;
+  profile::SettingsStore settings{root / "settings.db"};
+  const platform::SystemClock clock;
+
+  Practice Session() { return Practice(settings, clock, root / "Practice"); }
+  void Set(const Values& values) {
+    auto account = *AccountSettings::Load(settings);
+    for (const auto& [key, value] : values) account.Set(key, value);
+    ASSERT_TRUE(account.Save(settings));
+  }
+  std::string Sender() const {
+    const auto account = *AccountSettings::Load(settings);
+    return account[kName] + " <" + account[kEmail] + ">";
+  }
+  // Name|Email|Server|Port|Auth|Security
+  std::string Account() const {
+    const auto account = *AccountSettings::Load(settings);
+    std::string text = account[kName];
+    for (const AccountKey key : {kEmail, kServer, kPort, kAuth, kSecurity}) text += "|" + account[key];
+    return text;
+  }
+};
+
+constexpr const char* kEnded = "Practice has ended.";
+constexpr const char* kOwnServer = "Practice has ended: the account names a server of its own now.";
+constexpr const char* kNoSender =
+    "Practice has ended: the account names a server of its own now. It still lacks an address of your own.";
+
+TEST(Practice, BorrowsFromTheAccountAndGivesBackWhatNobodyElseHasSet) {
   struct Case {
     const char* name;
-    std::vector<std::pair<AccountKey, const char*>> before;
-    const char* sender;              // while it is on
-    const char* left;                // Name|Email|Server afterwards
-    const char* new_server;          // what is set meanwhile, here or by another program; null for nothing
-    const char* said;                // in the end
-    bool end_after_another = false;  // it is ended by hand then, and not because it is seen
+    Values before;
+    const char* sender;  // while it is on
+    Values meanwhile;    // what is set then, here or by another program
+    const char* left;    // afterwards
+    const char* said;    // in the end
   };
   const Case cases[] = {
-      {"a new person", {}, "Practice <practice@quillcast.example>", "||", nullptr, "Practice has ended."},
+      {"a new person", {}, "Practice <practice@quillcast.example>", {}, "|||25|0|Automatic", kEnded},
       {"an account without a server",
+       {{kName, "Ada"}, {kEmail, "ada@a.example"}, {kPort, "465"}, {kAuth, "1"}, {kSecurity, "TLS"}},
+       "Ada <ada@a.example>",
+       {},
+       "Ada|ada@a.example||465|1|TLS",
+       kEnded},
+      {"a server without a sender",
+       {{kServer, "mail.a.example"}, {kPort, "587"}, {kAuth, "1"}},
+       "Practice <practice@quillcast.example>",
+       {},
+       "||mail.a.example|587|1|Automatic",
+       kEnded},
+      {"an address without a name",
+       {{kEmail, "ada@a.example"}},
+       "Practice <ada@a.example>",
+       {},
+       "|ada@a.example||25|0|Automatic",
+       kEnded},
+      {"a sender of one's own, set meanwhile",
+       {},
+       "Practice <practice@quillcast.example>",
+       {{kName, "Ada"}, {kEmail, "ada@a.example"}},
+       "Ada|ada@a.example||25|0|Automatic",
+       kEnded},
+      {"a server of one's own, and nothing of the way to it",
+       {{kName, "Ada"}, {kEmail, "ada@a.example"}, {kPort, "465"}, {kAuth, "1"}, {kSecurity, "TLS"}},
+       "Ada <ada@a.example>",
+       {{kServer, "mail.a.example"}},
+       "Ada|ada@a.example|mail.a.example|465|1|TLS",
+       kOwnServer},
+      {"a server of one's own with its port",
        {{kName, "Ada"}, {kEmail, "ada@a.example"}, {kAuth, "1"}, {kSecurity, "TLS"}},
        "Ada <ada@a.example>",
-       "Ada|ada@a.example|",
-       nullptr,
-       "Practice has ended."},
-      {"a server of one's own",
+       {{kServer, "mail.a.example"}, {kPort, "26"}},
+       "Ada|ada@a.example|mail.a.example|26|0|Automatic",
+       kOwnServer},
+      {"a server of one's own with its sign-in",
        {{kName, "Ada"}, {kEmail, "ada@a.example"}},
        "Ada <ada@a.example>",
-       "Ada|ada@a.example|mail.a.example",
-       "mail.a.example",
-       "Practice has ended: the account names a server of its own now."},
-      {"a server of another program",
+       {{kServer, "mail.a.example"}, {kAuth, "1"}},
+       "Ada|ada@a.example|mail.a.example|25|1|Automatic",
+       kOwnServer},
+      {"a server alone",
        {},
        "Practice <practice@quillcast.example>",
-       "||mail.b.example",
-       "mail.b.example",
-       "Practice has ended: the account names a server of its own now. It still lacks an address of your own.",
-       true},
-      {"seen by itself",
+       {{kServer, "mail.b.example"}},
+       "||mail.b.example|25|0|Automatic",
+       kNoSender},
+      {"the account was reset",
        {},
        "Practice <practice@quillcast.example>",
-       "||mail.b.example",
-       "mail.b.example",
-       "Practice has ended: the account names a server of its own now. It still lacks an address of your own."},
-      {"the account was reset", {}, "Practice <practice@quillcast.example>", "||", "", "Practice has ended."},
+       {{kName, ""}, {kEmail, ""}, {kServer, ""}, {kPort, "25"}},
+       "|||25|0|Automatic",
+       kEnded},
   };
+  enum class End { kByHand, kSeen, kNextSession, kSeenAtTheNextStart };
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    const test::TemporaryFolder root;
-    profile::SettingsStore settings(root / "settings.db");
-    const platform::SystemClock clock;
-    AccountSettings account;
-    for (const auto& [key, value] : c.before) account.Set(key, value);
-    ASSERT_TRUE(account.Save(settings));
-    Practice practice(settings, clock, root / "Practice");
-    EXPECT_FALSE(practice.WasOn() || practice.Serves());
+    for (const End end : {End::kByHand, End::kSeen, End::kNextSession, End::kSeenAtTheNextStart}) {
+      const bool leaves = c.meanwhile.size() > 0 && c.meanwhile.back().first != kEmail;
+      if ((end == End::kSeen || end == End::kSeenAtTheNextStart) && !leaves) continue;
+      SCOPED_TRACE(std::string(c.name) + ", " + std::to_string(static_cast<int>(end)));
+      Profile profile;
+      profile.Set(c.before);
+      Practice practice = profile.Session();
+      EXPECT_FALSE(practice.WasOn() || practice.Serves());
 
-    ASSERT_TRUE(practice.Begin([] {}));
-    EXPECT_TRUE(practice.is_on() && practice.WasOn() && practice.Serves());
-    auto during = *AccountSettings::Load(settings);
-    EXPECT_EQ(during[kName] + " <" + during[kEmail] + ">", c.sender);
-    EXPECT_EQ(during[kServer] + " " + during[kAuth] + " " + during[kSecurity], "127.0.0.1 0 Automatic");
-    EXPECT_TRUE(Practice(settings, clock, root / "Practice").WasOn()) << "the next session knows";
-
-    EXPECT_FALSE(*practice.EndWhereLeft());
-    if (c.new_server != nullptr) {
-      during.Set(kServer, c.new_server);
-      ASSERT_TRUE(during.Save(settings));
-      EXPECT_FALSE(practice.Serves());
-    }
-    if (c.new_server != nullptr && !c.end_after_another) {
-      {
-        const platform::CancelToken never;
-        const auto lock = LockAccount(settings, std::chrono::milliseconds(0), never);
-        EXPECT_FALSE(practice.EndWhereLeft()) << "while somebody else saves the account";
-        EXPECT_TRUE(practice.is_on());
+      ASSERT_TRUE(practice.Begin([] {}));
+      EXPECT_TRUE(practice.is_on() && practice.WasOn() && practice.Serves());
+      EXPECT_EQ(profile.Sender(), c.sender);
+      const auto during = *AccountSettings::Load(profile.settings);
+      EXPECT_EQ(during[kServer] + " " + during[kAuth] + " " + during[kSecurity], "127.0.0.1 0 Automatic");
+      EXPECT_FALSE(*practice.EndWhereLeft());
+      Practice next = profile.Session();
+      if (end == End::kNextSession) {
+        practice.Stop();
+        EXPECT_TRUE(next.WasOn());
+        ASSERT_TRUE(next.Begin([] {}));
+        EXPECT_TRUE(next.Serves());
       }
-      const auto ended = practice.EndWhereLeft();
-      ASSERT_TRUE(ended && *ended);
-      EXPECT_EQ(InWords(**ended).InEnglish(), c.said);
-      EXPECT_FALSE(*practice.EndWhereLeft()) << "once";
-    } else {
-      const auto ended = practice.End();
-      ASSERT_TRUE(ended);
-      EXPECT_EQ(InWords(*ended).InEnglish(), c.said);
+      if (end == End::kSeenAtTheNextStart) practice.Stop();
+      profile.Set(c.meanwhile);
+      EXPECT_EQ(practice.Serves() || next.Serves(), !leaves && end != End::kSeenAtTheNextStart);
+
+      Practice& last = end == End::kByHand || end == End::kSeen ? practice : next;
+      if (end == End::kSeen || end == End::kSeenAtTheNextStart) {
+        {
+          const platform::CancelToken never;
+          const auto lock = LockAccount(profile.settings, std::chrono::milliseconds(0), never);
+          EXPECT_FALSE(last.EndWhereLeft()) << "while somebody else saves the account";
+        }
+        const auto ended = last.EndWhereLeft();
+        ASSERT_TRUE(ended && *ended);
+        EXPECT_EQ(InWords(**ended).InEnglish(), c.said);
+        EXPECT_FALSE(*last.EndWhereLeft()) << "once";
+      } else {
+        const auto ended = last.End();
+        ASSERT_TRUE(ended);
+        EXPECT_EQ(InWords(*ended).InEnglish(), c.said);
+      }
+      EXPECT_FALSE(last.is_on() || last.WasOn());
+      EXPECT_EQ(profile.Account(), c.left);
     }
-    EXPECT_FALSE(practice.is_on() || practice.WasOn());
-    const auto after = *AccountSettings::Load(settings);
-    EXPECT_EQ(after[kName] + "|" + after[kEmail] + "|" + after[kServer], c.left);
   }
+}
+
+TEST(Practice, LeavesAnAccountThatIsThereByThen) {
+  Profile profile;
+  Practice practice = profile.Session();
+  profile.Set({{kName, "Ada"}, {kEmail, "ada@a.example"}, {kServer, "mail.a.example"}, {kAuth, "1"}});
+  const std::string account = profile.Account();
+  const auto begun = practice.Begin([] {});
+  ASSERT_FALSE(begun);
+  EXPECT_TRUE(begun.error().what.InEnglish().starts_with("There is a mail account already"));
+  EXPECT_EQ(profile.Account(), account);
+  EXPECT_FALSE(practice.is_on() || practice.WasOn());
+}
+
+// Cut off in between, the account would name a mailbox that nobody serves and nobody ends.
+TEST(Practice, IsNotedWithTheAccountOrNotAtAll) {
+  Profile profile;
+  auto database = platform::Database::Open(profile.settings.file(), platform::OpenMode::kCreate);
+  ASSERT_TRUE(database);
+  ASSERT_TRUE(
+      database->Execute("CREATE TABLE Settings (Application TEXT, Section TEXT, Key TEXT, Value TEXT, "
+                        "PRIMARY KEY (Application, Section, Key), CHECK (Key <> 'Practice' OR Value = ''))"));
+  Practice practice = profile.Session();
+  EXPECT_FALSE(practice.Begin([] {}));
+  EXPECT_FALSE(practice.is_on() || practice.WasOn());
+  EXPECT_EQ(profile.Account(), "|||25|0|Automatic");
 }
 
 TEST(Practice, ListsTheMessageThatCameLastFirst) {
