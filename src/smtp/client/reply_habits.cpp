@@ -3,47 +3,78 @@
 namespace quillcast::smtp {
 namespace {
 
-std::string Without(std::string_view address, std::string text) {
-  const std::size_t at = address.empty() ? std::string::npos : text.find(address);
-  if (at != std::string::npos) text.erase(at, address.size());
-  return text;
+// So many in words of their own make a habit, where there are no codes.
+constexpr int kHabit = 2;
+
+// Of the originator and of the destination (RFC 3463 3.2), which say nothing of a message.
+constexpr std::string_view kOfSender = "2.1.0";
+constexpr std::string_view kOfRecipient = "2.1.5";
+
+ServerReply Without(std::string_view address, const ServerReply& reply) {
+  ServerReply rest = reply;
+  const std::size_t at = address.empty() ? std::string::npos : rest.text.find(address);
+  if (at != std::string::npos) rest.text.erase(at, address.size());
+  return rest;
 }
 
 bool SaysTheSame(const ServerReply& one, const ServerReply& other) {
   return one.enhanced == other.enhanced && one.text == other.text;
 }
 
-// Of the originator or the destination (RFC 3463 3.2), which says nothing of a message.
-bool IsOfAddress(const ServerReply& reply) { return reply.enhanced.starts_with("2.1."); }
+bool HaveCodesOfTheirOwn(const ServerReply& one, const ServerReply& other) {
+  return !one.enhanced.empty() && !other.enhanced.empty() && one.enhanced != other.enhanced;
+}
 
 }  // namespace
 
-void ReplyHabits::OnSender(const ServerReply& reply) { sender_ = reply; }
-
 void ReplyHabits::OnRecipient(const ServerReply& reply, std::string_view address) {
-  recipient_ = {reply.code, reply.enhanced, Without(address, reply.text)};
+  recipient_ = Without(address, reply);
   address_ = address;
 }
 
-// The first answer to a message over a connection, with none to compare it to: one of an address's kind, where the
-// envelope has one answer twice, or it is itself the one to the recipient.
-bool ReplyHabits::IsOddAtOnce(const ServerReply& to_message) const {
-  if (!IsOfAddress(to_message)) return false;
-  return SaysTheSame(sender_, recipient_) || Without(address_, to_message.text) == recipient_.text;
+ReplyHabits::Slip ReplyHabits::OnMessage(const ServerReply& reply, const Neighbours& neighbours) {
+  const ServerReply message = Without(address_, reply);
+  if (neighbours.recipient && IsToRecipient(message)) return Slip::kOneTooMany;
+  if (neighbours.next == Awaited::kReset && IsToReset(message)) return Slip::kOneTooFew;
+  if (neighbours.next == Awaited::kMail && IsToNextSender(message)) return Slip::kOneTooFew;
+  if (!usual_) usual_ = {sender_, recipient_, message};
+  if (SaysTheSame(message, recipient_)) {
+    window_.AnswersAlike();
+  } else {
+    ++unlike_recipient_;
+  }
+  if (reset_ && SaysTheSame(message, *reset_)) {
+    like_reset_ = true;
+  } else {
+    ++unlike_reset_;
+  }
+  return Slip::kNone;
 }
 
-bool ReplyHabits::IsOutOfStep(const ServerReply& to_message, Sent how) {
-  if (!usual_) {
-    usual_ = {recipient_, to_message};
-    return how != Sent::kInvited && IsOddAtOnce(to_message);
+// With one answer too many before RCPT its own is the sender's; with one behind it, it is this one once more, which a
+// server may say to a message as well.
+bool ReplyHabits::IsToRecipient(const ServerReply& message) const {
+  const bool is_ahead = recipient_.enhanced == kOfSender && message.enhanced == kOfRecipient;
+  if (!usual_) return is_ahead;
+  const auto& [sender, recipient, usual] = *usual_;
+  if (is_ahead && recipient.enhanced != kOfSender) return true;
+  const bool is_once_more = SaysTheSame(message, recipient_) && !window_.answers_alike();
+  if (HaveCodesOfTheirOwn(recipient, usual)) {
+    return message.enhanced == recipient.enhanced && (recipient_.enhanced != recipient.enhanced || is_once_more);
   }
-  if (IsOfAddress(to_message) && !IsOfAddress(usual_->message) && !usual_->message.enhanced.empty()) return true;
-  if (how != Sent::kChunkAhead) return false;
-  const auto& [recipient, message] = *usual_;
-  if (!recipient.enhanced.empty() && !message.enhanced.empty() && recipient.enhanced != message.enhanced) {
-    return to_message.enhanced == recipient.enhanced;
-  }
-  return recipient.text != message.text && Without(address_, to_message.text) == recipient.text;
+  if (SaysTheSame(recipient, usual) || !SaysTheSame(message, recipient)) return false;
+  const bool is_behind_sender = SaysTheSame(recipient_, sender) && !SaysTheSame(sender, recipient);
+  return is_behind_sender || (is_once_more && unlike_recipient_ >= kHabit);
+}
+
+bool ReplyHabits::IsToReset(const ServerReply& message) const {
+  return reset_ && unlike_reset_ >= kHabit && !like_reset_ && !SaysTheSame(usual_->message, *reset_) &&
+         SaysTheSame(message, *reset_);
+}
+
+bool ReplyHabits::IsToNextSender(const ServerReply& message) const {
+  return message.enhanced == kOfSender && sender_.enhanced == kOfSender && recipient_.enhanced != kOfSender &&
+         (!usual_ || usual_->message.enhanced != kOfSender);
 }
 
 }  // namespace quillcast::smtp

@@ -1,42 +1,61 @@
-// What a server says to a recipient and to a message, so that an answer too many before is noticed.
+// What a server says to a recipient and to a message, so that an answer too many or too few before is noticed.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "smtp/client/reply_meaning.h"
+#include "smtp/client/send_window.h"
 #include "smtp/server_reply.h"
 
 namespace quillcast::smtp {
 
 // A server that answers twice, once, is a command ahead from then on: what it says to the recipient reads as the answer
-// to the message behind, which it may never take; and where it says nothing to one, what it says to the next sender
-// does. Where the message has gone without waiting for its envelope, nothing but the server's words tells; most have a
-// code (RFC 3463) or a sentence of their own for each.
+// to the message behind, which it may never take; and where it says nothing to one, what it says to the next command
+// does. Where commands go without waiting for their answers, nothing but the server's words tells; most have a code
+// (RFC 3463) or a sentence of their own for each. One that has not is in step whatever it says: a doubt costs people
+// their message, and such slips are rare.
 class ReplyHabits {
  public:
-  // What it answered to MAIL and to RCPT, as they were taken.
-  void OnSender(const ServerReply& reply);
-  void OnRecipient(const ServerReply& reply, std::string_view address);
+  // Of a connection. `window` remembers for all of them what one showed, and must outlive it.
+  explicit ReplyHabits(SendWindow& window) : window_(window) {}
 
-  // How a message went: in one piece behind DATA, for which the server gave its word; in a chunk once its envelope was
-  // answered, or ahead of that.
-  enum class Sent { kInvited, kChunk, kChunkAhead };
-  // To be asked of each answer that takes a message: whether it is the one to the recipient.
-  bool IsOutOfStep(const ServerReply& to_message, Sent how);
+  // What the server answered to MAIL, RCPT and RSET, as they were taken.
+  void OnSender(const ServerReply& reply) { sender_ = reply; }
+  void OnRecipient(const ServerReply& reply, std::string_view address);
+  void OnReset(const ServerReply& reply) { reset_ = reply; }
+
+  // Whose answer could stand in the place of the one to a message: the recipient's, and that to the command behind it.
+  struct Neighbours {
+    bool recipient = false;
+    std::optional<Awaited> next;
+  };
+  enum class Slip { kNone, kOneTooMany, kOneTooFew };
+  // Of an answer that takes a message, each once, for later ones are compared to it.
+  Slip OnMessage(const ServerReply& reply, const Neighbours& neighbours);
 
  private:
-  struct Pair {
+  struct Answers {
+    ServerReply sender;
     ServerReply recipient;
     ServerReply message;
   };
-  bool IsOddAtOnce(const ServerReply& to_message) const;
+  bool IsToRecipient(const ServerReply& message) const;
+  bool IsToReset(const ServerReply& message) const;
+  bool IsToNextSender(const ServerReply& message) const;
 
-  // Of the message that comes.
+  SendWindow& window_;
+  // Of the message that comes; recipients and messages without the address, where they name it.
   ServerReply sender_;
-  ServerReply recipient_;  // without the address, where it names it
+  ServerReply recipient_;
   std::string address_;
-  std::optional<Pair> usual_;
+  std::optional<ServerReply> reset_;
+  std::optional<Answers> usual_;  // of the first
+  // How many were answered in other words than their own recipient, or RSET.
+  int unlike_recipient_ = 0;
+  int unlike_reset_ = 0;
+  bool like_reset_ = false;  // one was not
 };
 
 }  // namespace quillcast::smtp

@@ -47,6 +47,10 @@ class SendWindow {
   void GiveUpPipelining() { pipelining_ = false; }
   bool pipelining() const { return pipelining_; }
 
+  // The server answers a message, or some, in the words that it has for its recipient: those tell nothing there.
+  void AnswersAlike() { answers_alike_ = true; }
+  bool answers_alike() const { return answers_alike_; }
+
   // How many connections are ready for messages.
   void SetConnections(std::size_t connections) { connections_ = connections; }
   std::size_t connections() const { return connections_; }
@@ -59,6 +63,7 @@ class SendWindow {
   std::size_t connections_ = 1;
   bool cautious_ = false;
   bool pipelining_ = true;
+  bool answers_alike_ = false;
 };
 
 }  // namespace quillcast::smtp

@@ -6,6 +6,8 @@
 
 namespace quillcast::smtp {
 
+using Slip = ReplyHabits::Slip;
+
 void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
   Transfer& transfer = transfers_.front();
   --transfer.awaited;
@@ -32,8 +34,10 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
       transfer.open = false;
       break;
     case Awaited::kEndOfData:
-      if (!transfer.verdict && habits_.IsOutOfStep(reply, HowItWent(transfer))) {
-        end_ = OnNoSense("it answered more often than it was asked");
+      if (const auto slip = transfer.verdict ? Slip::kNone : habits_.OnMessage(reply, NeighboursOf(transfer));
+          slip != Slip::kNone) {
+        end_ = OnNoSense(slip == Slip::kOneTooMany ? "it answered more often than it was asked"
+                                                   : "it left something unanswered that it was asked");
         return;
       }
       transfer.open = false;
@@ -42,14 +46,16 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
       if (!transfer.verdict) Deliver(reply);
       break;
     default:  // kReset
+      habits_.OnReset(reply);
       break;
   }
   FinishAnswered();
 }
 
-ReplyHabits::Sent Transfers::HowItWent(const Transfer& transfer) {
-  if (!transfer.chunked) return ReplyHabits::Sent::kInvited;
-  return transfer.ahead ? ReplyHabits::Sent::kChunkAhead : ReplyHabits::Sent::kChunk;
+// In lock-step an answer comes when it is due. A message behind DATA is asked for, so that nothing before it is left.
+ReplyHabits::Neighbours Transfers::NeighboursOf(const Transfer& transfer) const {
+  if (!pipelined_) return {};
+  return {transfer.chunked, wire_.ReplyIsDue() ? std::optional(wire_.awaited()) : std::nullopt};
 }
 
 // The server has taken the oldest message.

@@ -46,7 +46,7 @@ void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
   transfer.envelope = envelope;
   transfer.message = &message;
   transfer.next = Next::kReset;
-  transfer.ahead = transfer.open = transfer.ended = transfer.sender_refused = transfer.again = false;
+  transfer.open = transfer.ended = transfer.sender_refused = transfer.again = false;
   ++submitted_;
   transfer.awaited = 0;
   transfer.verdict = FitEnvelope(transfer.envelope, message, *offered_);
@@ -134,7 +134,6 @@ bool Transfers::SendContent(Transfer& transfer) {
   }
   const std::uint64_t size = transfer.envelope.size;
   if (MustBeAccepted(size) && wire_.awaits()) return false;
-  transfer.ahead = wire_.awaits();
   // The one chunk follows its command without a reply in between (RFC 3030 2).
   Send(transfer, Awaited::kEndOfData, SmtpLine("BDAT").Then(SmtpLine::Of(size)).Then("LAST"), Next::kBody);
   wire_.AwaitEndOfLast();

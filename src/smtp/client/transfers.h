@@ -20,7 +20,8 @@ namespace quillcast::smtp {
 class Transfers {
  public:
   // All must outlive it.
-  Transfers(SendWindow& window, Wire& wire, SessionEvents& events) : window_(window), wire_(wire), events_(events) {}
+  Transfers(SendWindow& window, Wire& wire, SessionEvents& events)
+      : window_(window), wire_(wire), events_(events), habits_(window) {}
 
   // The server is ready, and offers this, which must outlive it as well. `pipeline`: the account asks for pipelining.
   void Begin(const Capabilities& offered, bool pipeline);
@@ -65,7 +66,6 @@ class Transfers {
     MessageSource* message = nullptr;
     Next next = Next::kReset;
     bool chunked = false;     // BDAT
-    bool ahead = false;       // and sent before its envelope was answered
     bool open = false;        // the server may hold a transaction for it
     bool ended = false;       // its last byte is made; `end` tells where
     std::uint64_t end = 0;    // of the bytes of this connection
@@ -90,7 +90,7 @@ class Transfers {
   Outcome OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const;
 
   // transfer_replies.cpp
-  static ReplyHabits::Sent HowItWent(const Transfer& transfer);
+  ReplyHabits::Neighbours NeighboursOf(const Transfer& transfer) const;
   void Deliver(const ServerReply& reply);
   void SetNextAfterRefusal(Transfer& transfer, Awaited command);
   bool BreaksPipelining(Awaited command, int code) const;
