@@ -27,6 +27,7 @@ class Walk {
   Walk(const MailMessage& message, std::string_view type)
       : message_(message),
         parts_(message.parts()),
+        shown_(message),
         is_page_wanted_(type == "text/html"),
         children_(parts_.size()),
         content_(parts_.size()) {
@@ -124,7 +125,7 @@ class Walk {
     if (IsTextOrPage(part)) {
       const bool is_page = part.type == "text/html";
       content |= is_page ? kPage : kText;
-      if (ShowsSomething(message_, part)) content |= is_page ? kShownPage : kShownText;
+      if (shown_.Shows(part)) content |= is_page ? kShownPage : kShownText;
     }
     for (const std::size_t child : children_[place]) content |= ContentOf(child);
     return content_[place] = content;
@@ -132,6 +133,7 @@ class Walk {
 
   const MailMessage& message_;
   const std::vector<Part>& parts_;
+  ShownParts shown_;
   bool is_page_wanted_;
   std::vector<std::vector<std::size_t>> children_;  // of each part, by place
   std::vector<unsigned> content_;                   // 0: not looked at

@@ -29,11 +29,11 @@ bool IsBeside(const MailMessage& message, const EmbeddedParts& embedded, const P
 }
 
 // Whether a part is a text or page of the body with anything in it, which may be what cannot be decoded.
-bool MayHaveText(const MailMessage& message, const Part& part) {
+bool MayHaveText(ShownParts& shown, const Part& part) {
   constexpr std::uint64_t kFew = 16;  // bytes of a page
   if (!IsTextOrPage(part)) return false;
   const bool is_long_page = part.type == "text/html" && part.source.bytes.size() > kFew;
-  return is_long_page || !part.refused.empty() || ShowsSomething(message, part);
+  return is_long_page || !part.refused.empty() || shown.Shows(part);
 }
 
 // The texts, or the pages, of a body, one after the other, and between them its pictures.
@@ -123,10 +123,10 @@ class PageWriter {
 bool HasPage(const MailMessage& message) {
   const auto bodies = BodyParts(message, "text/html");
   const auto is_page = [](const Part* part) { return part->type == "text/html"; };
-  if (std::ranges::any_of(bodies, [&](const Part* part) { return is_page(part) && ShowsSomething(message, *part); }))
-    return true;
+  ShownParts shown(message);
+  if (std::ranges::any_of(bodies, [&](const Part* part) { return is_page(part) && shown.Shows(*part); })) return true;
   return std::ranges::any_of(bodies, is_page) && std::ranges::none_of(message.parts(), [&](const Part& part) {
-           return part.type == "text/plain" && ShowsSomething(message, part);
+           return part.type == "text/plain" && shown.Shows(part);
          });
 }
 
@@ -145,7 +145,8 @@ std::optional<Error> WhyNoBody(const MailMessage& message) {
 }
 
 std::optional<Error> WhyNoText(const MailMessage& message) {
-  if (std::ranges::any_of(message.parts(), [&](const Part& part) { return MayHaveText(message, part); })) return {};
+  ShownParts shown(message);
+  if (std::ranges::any_of(message.parts(), [&](const Part& part) { return MayHaveText(shown, part); })) return {};
   constexpr std::array kSealed = {"multipart/encrypted", "application/pgp-encrypted", "application/pkcs7-mime",
                                   "application/x-pkcs7-mime"};
   const bool is_sealed = std::ranges::any_of(message.parts(), [&](const Part& part) {

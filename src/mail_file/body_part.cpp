@@ -5,19 +5,12 @@
 
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
-#include "mail_file/embedded_parts.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
 namespace {
 
 constexpr std::uint64_t kLargestEmpty = std::uint64_t{256} << 10;  // bytes; who writes more shows something
-
-// One of elsewhere is never fetched, and so shows nothing.
-bool HasPictureOfItsOwn(const MailMessage& message, const Part& part, std::string_view html) {
-  if (platform::AsciiLower(html).find("<img") == std::string::npos) return false;
-  return EmbeddedParts(message).ShowsPicture(part, html);
-}
 
 // The page without what stands in its text as more than its words: the addresses of links, lines and quotes.
 std::string WordsAlone(std::string_view html) {
@@ -42,23 +35,30 @@ bool HasWord(std::string_view text) {
   }
 }
 
-bool HasWordOrPicture(const MailMessage& message, const Part& part) {
-  if (part.source.bytes.size() > kLargestEmpty) return true;
-  const auto text = message.TextOf(part);
-  if (!text) return true;  // reading it will tell
-  if (part.type == "text/plain") return HasWord(*text);
-  return HasWord(html::HtmlToText(WordsAlone(*text))) || HasPictureOfItsOwn(message, part, *text);
-}
-
 }  // namespace
 
 bool IsTextOrPage(const Part& part) {
   return part.marker == Marker::kBody && (part.type == "text/html" || part.type == "text/plain");
 }
 
-bool ShowsSomething(const MailMessage& message, const Part& part) {
+bool ShownParts::Shows(const Part& part) {
   if (!IsTextOrPage(part) || !part.refused.empty()) return false;
-  return message.ShowsSomething(part, [&] { return HasWordOrPicture(message, part); });
+  return message_.ShowsSomething(part, [&] { return HasWordOrPicture(part); });
+}
+
+bool ShownParts::HasWordOrPicture(const Part& part) {
+  if (part.source.bytes.size() > kLargestEmpty) return true;
+  const auto text = message_.TextOf(part);
+  if (!text) return true;  // reading it will tell
+  if (part.type == "text/plain") return HasWord(*text);
+  return HasWord(html::HtmlToText(WordsAlone(*text))) || HasPictureOfItsOwn(part, *text);
+}
+
+// One of elsewhere is never fetched, and so shows nothing.
+bool ShownParts::HasPictureOfItsOwn(const Part& part, std::string_view html) {
+  if (platform::AsciiLower(html).find("<img") == std::string::npos) return false;
+  if (!embedded_) embedded_.emplace(message_);
+  return embedded_->ShowsPicture(part, html);
 }
 
 }  // namespace quillcast::mail_file

@@ -33,7 +33,8 @@ Result<std::string> BodyAsText(const MailMessage& message) {
 std::optional<Error> WhyUnread(const MailMessage& message, const std::vector<const Part*>& bodies) {
   const auto refused = std::ranges::find_if(bodies, [](const Part* part) { return !part->refused.empty(); });
   if (refused == bodies.end()) return {};
-  if (std::ranges::any_of(bodies, [&](const Part* part) { return ShowsSomething(message, *part); })) return {};
+  ShownParts shown(message);
+  if (std::ranges::any_of(bodies, [&](const Part* part) { return shown.Shows(*part); })) return {};
   return message.Open(**refused).error();
 }
 

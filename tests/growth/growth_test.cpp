@@ -630,6 +630,7 @@ TEST(Growth, OfMessageFiles) {
        "--b--\n",
        "--b\n\nx\n",
        "--b\nContent-Type: text/html\n\n<b>x<img src=cid:a>\n",
+       "--b\nContent-Type: text/html\n\n<img>\n",
        "--b\nContent-Type: text/html\n\n<img src=cid:a>\n--b\nContent-Type: image/gif\nContent-ID: <a>\n\nGIF89a\n",
        "--b\nContent-Location: a\1/../../b\nContent-Type: text/css\n\np{background:url(b)}\n",
        "--x\nContent-\n",
