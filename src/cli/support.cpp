@@ -120,18 +120,17 @@ int TellWhatKeepsItBack(Context& context, const support::SupportRequest& request
     context.output.Note(fmt::format("It would not be sent so: {}", why));
   };
   int code = 0;
-  auto written = request;
   if (!has_account) tell(support::kNoAccount);
-  if (const auto complaint = support::CheckRequest(request); request.description.empty() && complaint) {
+  if (const auto complaint = support::CheckDescription(request)) {
     tell(TextOf(*complaint));
-    written.description = "-";
+    if (!request.description.empty()) code = ExitCode(Failure::kUsage);
   }
   const bool has_address = has_account || !request.email.empty();
-  if (const auto complaint = has_address ? support::CheckRequest(written) : std::nullopt) {
+  if (const auto complaint = has_address ? support::CheckEmail(request) : std::nullopt) {
     tell(TextOf(*complaint));
     code = ExitCode(Failure::kUsage);
   }
-  const int of_files = TellOfFiles(context, std::move(written), contents, folders);
+  const int of_files = TellOfFiles(context, request, contents, folders);
   return code != 0 ? code : of_files;
 }
 

@@ -36,6 +36,9 @@ Outcome Failed(ResultCode code, const Error& error) {
 Result<message::MessageOptions> OptionsOf(const SupportRequest& request, account::AccountSettings account,
                                           const run::RunPlace& place) {
   using enum account::AccountKey;
+  // What the person wrote is told as that, and not as the account's.
+  if (const auto complaint = request.email.empty() ? std::nullopt : CheckEmail(request))
+    return Error{Failure::kUsage, complaint->reason};
   account.Set(kName, request.name);
   account.Set(kEmail, request.email);
   account.Set(kCharSet, "Western European (Windows)");  // Windows-1252

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "account/account_settings.h"
 #include "platform/session_log.h"
 #include "platform/text.h"
@@ -37,6 +39,11 @@ Result<SupportRequest> NewRequest(const profile::SettingsStore& settings) {
 }
 
 std::optional<Complaint<SupportControl>> CheckRequest(const SupportRequest& request) {
+  auto complaint = CheckDescription(request);
+  return complaint ? complaint : CheckEmail(request);
+}
+
+std::optional<Complaint<SupportControl>> CheckDescription(const SupportRequest& request) {
   if (request.description.empty()) {
     return Complaint<SupportControl>{"Please enter your description.", SupportControl::kDescription};
   }
@@ -47,7 +54,12 @@ std::optional<Complaint<SupportControl>> CheckRequest(const SupportRequest& requ
             platform::WithThousands(static_cast<std::int64_t>(request.description.size())),
             platform::WithThousands(static_cast<std::int64_t>(kLongestDescription)))};
   }
-  if (!smtp::EnvelopeAddress(request.email)) {
+  return {};
+}
+
+std::optional<Complaint<SupportControl>> CheckEmail(const SupportRequest& request) {
+  const auto ats = std::count(request.email.begin(), request.email.end(), '@');
+  if (ats != 1 || !smtp::EnvelopeAddress(request.email)) {
     return Complaint<SupportControl>{
         "", SupportControl::kEmail,
         Say("\"{}\" is no address that an answer could go to.", platform::Printable(request.email, 80))};

@@ -50,8 +50,12 @@ inline constexpr std::size_t kLongestDescription = std::size_t{1} * 1024 * 1024;
 inline constexpr const char* kNoAccount = "Please fill out the Mail Account section in Email Manager.";
 
 enum class SupportControl { kDescription, kEmail };
-// What keeps it from being sent.
+// What keeps it from being sent: the description's fault, or else the address's.
 std::optional<Complaint<SupportControl>> CheckRequest(const SupportRequest& request);
+// There is one, and it is not too long.
+std::optional<Complaint<SupportControl>> CheckDescription(const SupportRequest& request);
+// It is one address, and no more.
+std::optional<Complaint<SupportControl>> CheckEmail(const SupportRequest& request);
 
 // The last run's report and first message, and the log of this session and those before it; nothing where there is
 // none.

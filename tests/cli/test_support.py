@@ -118,6 +118,7 @@ class Support(Case):
                                       ((str(self.folder / "no" / "x.eml"),), 73, "x.eml"),
                                       ((str(self.profile / "data" / "Group.mdb"),), 77, "Group.mdb"),
                                       ((str(self.folder / "y.eml"), "--attach", "/nowhere/x"), 66, "/nowhere/x"),
+                                      ((str(self.folder / "y.eml"), "--email", "nobody"), 64, '"nobody" is no address that an answer could go to.'),
                                       ((str(self.folder / "y.eml"), "--show"), 64, "excludes")):
             with self.subTest(arguments=arguments):
                 got, out, err = self.run_program("--no-input", "support", "--save", *arguments)
@@ -170,6 +171,7 @@ class Support(Case):
         for arguments, code, words in (
                 (("--description", ""), 64, "Please enter your description."), ((), 64, "Please enter your description."),
                 (("--description", "x", "--email", "nobody"), 64, '"nobody" is no address'),
+                (("--description", "x", "--email", "a@b.example, c@d.example"), 64, "c@d.example\" is no address"),
                 (("--description", "x", "--topic", "Praise"), 64, "--topic"),
                 (("--description", "x", "--attach", "/nowhere/x"), 66, "/nowhere/x"),
                 (("--description", "x", "--attach", fifo), 66, "fifo"),
