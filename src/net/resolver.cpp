@@ -32,10 +32,11 @@ std::vector<IpAddress> LoopbackAddresses() { return {*ParseIpAddress("127.0.0.1"
 constexpr const char* kCheckSpelling = "Check the spelling of the server's name.";
 constexpr const char* kCheckNetwork = "Check that this computer is connected to the network.";
 
-// What a name server says in place of an answer (RFC 1035 4.1.1); empty where it is none of these.
-std::string_view RefusalOf(unsigned code) {
-  constexpr std::array<std::string_view, 6> kWords = {"", "FORMERR", "SERVFAIL", "", "NOTIMP", "REFUSED"};
-  return code < kWords.size() ? kWords[code] : "";
+// What a name server says in place of an answer (RFC 1035 4.1.1); the first and the fourth are answers.
+constexpr std::array<std::string_view, 6> kRefusals = {"", "FORMERR", "SERVFAIL", "", "NOTIMP", "REFUSED"};
+
+std::string RefusalOf(unsigned code) {
+  return code < kRefusals.size() ? std::string(kRefusals[code]) : "code " + std::to_string(code);
 }
 
 }  // namespace
@@ -52,7 +53,10 @@ struct Resolver::Question {
   std::vector<IpAddress> addresses;
 
   bool Found() const { return done && !addresses.empty(); }
-  bool HasNone() const { return done && (status == ARES_ENOTFOUND || status == ARES_ENODATA); }
+  bool HasNone() const {
+    const bool is_answer = status == ARES_SUCCESS || status == ARES_ENOTFOUND || status == ARES_ENODATA;
+    return done && is_answer && addresses.empty();
+  }
 };
 
 // The library gives nothing of a name before both families are answered, or given up after more than a minute. Where
@@ -80,10 +84,14 @@ std::vector<IpAddress> Resolver::Questions::Addresses() const {
   return addresses;
 }
 
-// Why there is no address.
+// Why there is no address. A family that could not be found out tells more than one that is not there: the name may
+// well have one.
 int Resolver::Questions::Status() const {
-  if (both.done) return both.status == ARES_SUCCESS ? ARES_ENODATA : both.status;
-  return v4.status == ARES_ENODATA ? v4.status : v6.status;
+  if (!v4.done || !v6.done) return both.status == ARES_SUCCESS ? ARES_ENODATA : both.status;
+  for (const Question* one : {&v4, &v6}) {
+    if (!one->HasNone()) return one->status;
+  }
+  return v4.status == ARES_ENOTFOUND && v6.status == ARES_ENOTFOUND ? ARES_ENOTFOUND : ARES_ENODATA;
 }
 
 Resolver::Resolver(std::vector<Endpoint> servers)
@@ -124,6 +132,7 @@ void Resolver::Begin(const std::string& host, platform::Instant now) {
   host_ = host;
   known_.reset();
   fault_ = NameFault::kNone;
+  watch_.Forget();
   if (const auto address = ParseIpAddress(host)) {
     known_ = std::vector{*address};
     return;
@@ -146,37 +155,42 @@ void Resolver::Begin(const std::string& host, platform::Instant now) {
 
 // The library says of servers that fail what it says of those that are not there.
 Error Resolver::NotFound(int status) {
+  const unsigned code = watch_.failure_code();
   const bool knows = status == ARES_ENODATA;
-  switch (status) {
-    case ARES_ETIMEOUT:
-      fault_ = NameFault::kNoAnswer;
-      return {Failure::kTimedOut, Say("The address of {} was not found in time.", host_),
-              "Check that the name server of this computer can be reached."};
-    case ARES_EBADNAME:
-    case ARES_ENOTFOUND:
-    case ARES_ENODATA:
-      fault_ = knows ? NameFault::kNoAddress : NameFault::kNoSuchName;
-      return {Failure::kNoInput, Say("The address of {} was not found: {}.", host_, ares_strerror(status)),
-              kCheckSpelling};
-    default:
-      break;
+  if (status == ARES_ETIMEOUT) {
+    fault_ = NameFault::kNoAnswer;
+    return {Failure::kTimedOut, Say("The address of {} was not found in time.", host_),
+            "Check that the name server of this computer can be reached."};
   }
-  const std::string_view refusal = RefusalOf(watch_.passed_over_code());
-  if (status == ARES_ECONNREFUSED && refusal.empty()) {
+  if (status == ARES_EBADNAME || status == ARES_ENOTFOUND || (knows && code < kRefusals.size())) {
+    fault_ = knows ? NameFault::kNoAddress : NameFault::kNoSuchName;
+    return {Failure::kNoInput, Say("The address of {} was not found: {}.", host_, ares_strerror(status)),
+            kCheckSpelling};
+  }
+  if (status == ARES_ECONNREFUSED && code == 0 && watch_.error_number() != 0) {
     fault_ = NameFault::kNoServer;
-    const int error = watch_.error_number() != 0 ? watch_.error_number() : ENETUNREACH;
-    return {Failure::kUnavailable, Say("The name server of this computer cannot be reached: {}.", std::strerror(error)),
+    return {Failure::kUnavailable,
+            Say("The name server of this computer cannot be reached: {}.", std::strerror(watch_.error_number())),
             kCheckNetwork};
   }
   fault_ = NameFault::kServersFailed;
-  const std::string why = refusal.empty() ? ares_strerror(status) : std::string(refusal);
+  const std::string unread = status == ARES_ECONNREFUSED ? "no answer that can be used" : ares_strerror(status);
+  const std::string why = code != 0 ? RefusalOf(code) : unread;
   return {Failure::kUnavailable,
           Say("The name server of this computer failed when it was asked for {} ({}).", host_, why),
           "Check that this computer is connected to the network, or try again later."};
 }
 
+// Whether the question for both has its whole answer: it tells no more than how that for one of them ended, which may
+// be that there is no address, though the other could not be found out.
+bool Resolver::IsDecided() const {
+  const bool one_failed = asked_->both.HasNone() && watch_.failure_code() != 0;
+  return asked_->both.done && !one_failed;
+}
+
 void Resolver::AskApart(platform::Instant now) {
-  if (asked_->both.done || asked_->apart || now < asked_->begun + kLate) return;
+  const bool is_early = !asked_->both.done && now < asked_->begun + kLate;
+  if (IsDecided() || asked_->apart || is_early) return;
   asked_->apart = now;
   Ask(asked_->v4, AF_INET);
   Ask(asked_->v6, AF_INET6);
@@ -184,14 +198,13 @@ void Resolver::AskApart(platform::Instant now) {
 
 bool Resolver::IsEnough(platform::Instant now) const {
   const Questions& asked = *asked_;
-  if (asked.both.done || (asked.v4.HasNone() && asked.v6.HasNone())) return true;
-  if (asked.v4.Found() && asked.v6.Found()) return true;
+  if (IsDecided() || (asked.v4.done && asked.v6.done)) return true;
   return asked.found && now >= *asked.found + kOther;
 }
 
 std::optional<Resolver::Found> Resolver::Step(platform::Instant now) {
   if (known_) return std::exchange(known_, {});
-  if (!asked_->both.done) {
+  if (!IsDecided()) {
     std::vector<pollfd> sockets;
     WaitFor(sockets);
     IgnoreErrors(::poll(sockets.data(), sockets.size(), 0));  // then none of them is ready

@@ -61,6 +61,7 @@ class Resolver {
   static void Keep(void* question, int status, int timeouts, ares_addrinfo* result);
   Result<void> Open();
   void Ask(Question& question, int family);
+  bool IsDecided() const;
   void AskApart(platform::Instant now);
   bool IsEnough(platform::Instant now) const;
   Error NotFound(int status);

@@ -15,6 +15,7 @@ namespace quillcast::net {
 namespace {
 
 constexpr std::size_t kHeader = 12;       // octets (RFC 1035 4.1.1)
+constexpr unsigned kNoSuchName = 3;       // a code that is an answer
 constexpr std::size_t kTypeAndClass = 4;  // octets behind the name of a question
 
 template <typename Number>
@@ -86,6 +87,12 @@ void SocketWatch::Attach(ares_channeldata* channel) {
   ares_set_socket_functions(channel, &kFunctions, this);
 }
 
+void SocketWatch::Forget() {
+  error_number_ = 0;
+  failure_code_ = 0;
+  asked_.clear();
+}
+
 void SocketWatch::NoteError(int error) {
   if (error != EAGAIN && error != EINPROGRESS && error != EINTR) error_number_ = error;
   errno = error;  // the library looks at it next
@@ -102,7 +109,8 @@ void SocketWatch::NoteRead(std::string_view message, bool is_datagram) {
     ++strays_;
     return;
   }
-  if (const unsigned code = static_cast<std::uint8_t>(message[3]) & 15U; code != 0) passed_over_code_ = code;
+  const unsigned code = static_cast<std::uint8_t>(message[3]) & 15U;
+  if (code != 0 && code != kNoSuchName) failure_code_ = code;
 }
 
 }  // namespace quillcast::net

@@ -17,10 +17,14 @@ class SocketWatch {
   // From now on the channel's sockets are opened here.
   void Attach(ares_channeldata* channel);
 
+  // Begins anew: what comes late for questions of before is then for nobody.
+  void Forget();
+
   // errno of the last call that failed for good; 0 while none did.
   int error_number() const { return error_number_; }
-  // The code of the last reply that the library passed over for the next server (RFC 1035 4.1.1); 0 while none was.
-  unsigned passed_over_code() const { return passed_over_code_; }
+  // The code of the last reply that says a server could not or would not answer (RFC 1035 4.1.1); 0 while none did. Up
+  // to 5 the library passed it over for the next server, above it took it for an answer without records.
+  unsigned failure_code() const { return failure_code_; }
   // Datagrams so far that belong to no question that was asked, or cannot be read.
   std::uint64_t strays() const { return strays_; }
 
@@ -31,7 +35,7 @@ class SocketWatch {
 
  private:
   int error_number_ = 0;
-  unsigned passed_over_code_ = 0;
+  unsigned failure_code_ = 0;
   std::uint64_t strays_ = 0;
   std::set<std::string, std::less<>> asked_ = {};
 };

@@ -111,7 +111,7 @@ void DnsClient::Pending::EndWithout(int status) {
       break;
   }
   if (watch->error_number() != 0) return End(DnsOutcome::kNoSocket, watch->error_number());
-  switch (watch->passed_over_code()) {
+  switch (watch->failure_code()) {
     case 2:
       return End(DnsOutcome::kServerFailed);
     case 5:
