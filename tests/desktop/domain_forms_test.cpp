@@ -120,6 +120,37 @@ class DomainFormsTest : public QObject {
     QCOMPARE(server.connections(), 1);
   }
 
+  // The rows only offer: their beginnings, and their letters in capitals, are extensions of their own.
+  void asksForTheExtensionThatWasTyped() {
+    const smtp::ScriptedServer server([](smtp::Peer& peer, int) { peer.Say("Asked: " + peer.Line() + "\n"); });
+    ToolsScene scene(nullptr);
+    std::string extension;
+    scene.form.server_for = [&](std::string_view asked) {
+      extension = asked;
+      return net::HostPort{"127.0.0.1", server.port()};
+    };
+    scene.Open();
+    auto& extensions = scene.Find<QComboBox>("ExtensionComboBox");
+    const int rows = extensions.count();
+    scene.Type("DomainTextBox", "example");
+    for (const auto& [typed, by_enter] : std::vector<std::pair<const char*, bool>>{
+             {".co", false}, {".in", true}, {".COM", false}, {".NET", true}, {".org", true}}) {
+      extensions.setFocus();
+      extensions.lineEdit()->selectAll();
+      QTest::keyClicks(extensions.lineEdit(), typed);
+      if (by_enter) {
+        QTest::keyClick(extensions.lineEdit(), Qt::Key_Return);
+      } else {
+        scene.Press("WhoisButton");
+      }
+      QTRY_COMPARE(scene.Text("ResultTextBox"), QString("Asked: example%1\n").arg(typed));
+      QTRY_COMPARE(scene.Disabled(kTools), "");
+      QCOMPARE(extension, std::string(typed));
+      QCOMPARE(extensions.currentText(), typed);
+      QCOMPARE(extensions.count(), rows);
+    }
+  }
+
   void aFailureLeavesTheBoxEmptyAndSaysWhy() {
     ToolsScene scene(nullptr);
     scene.form.server_for = [](std::string_view) { return net::HostPort{"127.0.0.1", 1}; };
@@ -276,10 +307,10 @@ class DomainFormsTest : public QObject {
   void looksUpMailHostsAtTheChosenServer() {
     const auto names = Names();
     const test::TemporaryFolder folder;
-    Scene<MXLookupForm> scene(nullptr, folder.Write("resolv.conf", "nameserver 192.0.2.53\nnameserver ::1\n"));
+    Scene<MXLookupForm> scene(nullptr, folder.Write("resolv.conf", "nameserver 192.0.2.53\nnameserver ::1\nnameserver ::ffff:77\n"));
     scene.Open();
     auto& servers = scene.Find<QComboBox>("MXComboBox");
-    QCOMPARE(servers.count(), 2);
+    QCOMPARE(servers.count(), 3);
     QCOMPARE(servers.currentText(), "");
     const QString server = ToQt(net::ToString(names->endpoint()));
     struct Case {
@@ -305,6 +336,19 @@ class DomainFormsTest : public QObject {
              "DNSLabel MXComboBox DomainLabel MXTextBox MXButton");
     QTRY_VERIFY(scene.Find("MXButton").isEnabled());
     QCOMPARE(scene.Text("ReportTextBox"), "a.example\nb.example\n");
+    // A server that begins as an offered one, and one in capitals, are taken as typed.
+    for (const char* typed : {"192.0.2.5", "192.0.2.53", "::FFFF:7"}) {
+      servers.setFocus();
+      servers.lineEdit()->selectAll();
+      QTest::keyClicks(servers.lineEdit(), typed);
+      QTest::keyClick(servers.lineEdit(), Qt::Key_Tab);
+      QCOMPARE(servers.currentText(), typed);
+    }
+    servers.lineEdit()->setText(server);
+    scene.Find<QPlainTextEdit>("ReportTextBox").clear();
+    QTest::keyClick(servers.lineEdit(), Qt::Key_Return);
+    QTRY_COMPARE(scene.Text("ReportTextBox"), "a.example\nb.example\n");
+    QCOMPARE(servers.count(), 3);
     servers.setCurrentText("no address");
     scene.Press("MXButton");
     QTRY_COMPARE(scene.Text("ReportTextBox"), "Invalid Parameter");
@@ -318,6 +362,11 @@ class DomainFormsTest : public QObject {
     scene.Open();
     QTRY_COMPARE(told, "GetNetworkParams sizing failed with error 2");
     scene.Press("MXButton");
+    QCOMPARE(scene.rig.Shown(), "warn: There is no DNS server.");
+    auto& servers = scene.Find<QComboBox>("MXComboBox");
+    servers.lineEdit()->setText("192.0.2.53");
+    servers.setFocus();
+    QTest::keyClick(servers.lineEdit(), Qt::Key_Return);
     QCOMPARE(scene.rig.Shown(), "warn: There is no DNS server.");
   }
 

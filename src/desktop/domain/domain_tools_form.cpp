@@ -62,6 +62,8 @@ void DomainToolsForm::MakeWindow() {
   extension_->setObjectName("ExtensionComboBox");
   extension_->setAccessibleName(tr("Extension"));
   extension_->setEditable(true);
+  extension_->setInsertPolicy(QComboBox::NoInsert);
+  extension_->setCompleter(nullptr);  // what is typed is asked for, though a row begins so
   for (const domain::WhoisServer& server : domain::kWhoisServers) extension_->addItem(ToQt(server.extension));
   extension_->setCurrentText(".com");
   whois_->setObjectName("WhoisButton");

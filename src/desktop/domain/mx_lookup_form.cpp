@@ -48,6 +48,8 @@ void MXLookupForm::MakeWindow() {
   setWindowTitle(tr("MX Lookup"));
   resize(500, 360);
   servers_->setEditable(true);
+  servers_->setInsertPolicy(QComboBox::NoInsert);
+  servers_->setCompleter(nullptr);  // what is typed is asked, though a row begins so
   for (const std::string& address : offered_.addresses) servers_->addItem(ToQt(address));
   servers_->setCurrentIndex(-1);
   servers_->setCurrentText({});
