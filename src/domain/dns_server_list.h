@@ -5,11 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "net/resolver_file.h"
 #include "platform/sentence.h"
 
 namespace quillcast::domain {
-
-inline constexpr const char* kResolverFile = "/etc/resolv.conf";
 
 struct DnsServerList {
   std::vector<std::string> addresses;  // in the file's order
@@ -17,7 +16,7 @@ struct DnsServerList {
   Sentence status;                     // what is said beside it: the failure, or that the file names none
 };
 
-// Takes the "nameserver" lines of the first 64 KiB. What is no address is passed over.
-DnsServerList ReadDnsServerList(const std::filesystem::path& resolver_file = kResolverFile);
+// Takes the "nameserver" lines of the first 64 KiB.
+DnsServerList ReadDnsServerList(const std::filesystem::path& resolver_file = net::kResolverFile);
 
 }  // namespace quillcast::domain

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "platform/text.h"
 
@@ -19,6 +20,23 @@ std::optional<std::uint16_t> ParsePort(std::string_view text) {
   const auto number = digits ? platform::ParseWholeNumber(text) : std::nullopt;
   if (!number || *number < 1 || *number > 65535) return {};
   return static_cast<std::uint16_t>(*number);
+}
+
+// An interface as its number (RFC 4007 11.2); 0 for what is none.
+std::uint32_t InterfaceNumber(std::string_view text) {
+  const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+  const auto number = digits ? platform::ParseWholeNumber(text) : std::nullopt;
+  std::array<char, IF_NAMESIZE> name{};
+  if (!number || *number > std::numeric_limits<int>::max()) return 0;
+  const auto index = static_cast<std::uint32_t>(*number);
+  return ::if_indextoname(index, name.data()) != nullptr ? index : 0;
+}
+
+// As ToString, with the interface where the address has one.
+std::string WithInterface(const IpAddress& address) {
+  std::array<char, IF_NAMESIZE> name{};
+  if (address.scope == 0 || ::if_indextoname(address.scope, name.data()) == nullptr) return ToString(address);
+  return ToString(address) + "%" + name.data();
 }
 
 using SystemName = int (*)(int, sockaddr*, socklen_t*);
@@ -42,7 +60,9 @@ std::optional<IpAddress> ParseIpAddress(std::string_view text) {
   address.family = Family::kIpv6;
   const auto percent = whole.find('%');
   if (percent != std::string::npos) {
-    address.scope = ::if_nametoindex(whole.c_str() + percent + 1);
+    const char* interface = whole.c_str() + percent + 1;
+    address.scope = ::if_nametoindex(interface);
+    if (address.scope == 0) address.scope = InterfaceNumber(interface);
     if (address.scope == 0) return {};
   }
   if (::inet_pton(AF_INET6, whole.substr(0, percent).c_str(), address.bytes.data()) == 1) return address;
@@ -102,7 +122,7 @@ std::string ToString(const HostPort& server) {
 std::optional<HostPort> ParseHostPort(std::string_view text, std::uint16_t default_port) {
   text = platform::Trim(text);
   if (text.empty()) return {};
-  if (const auto address = ParseIpAddress(text)) return HostPort{ToString(*address), default_port};
+  if (const auto address = ParseIpAddress(text)) return HostPort{WithInterface(*address), default_port};
   const auto colon = text.rfind(':');
   if (colon == std::string_view::npos) return HostPort{std::string(text), default_port};
   const auto port = ParsePort(text.substr(colon + 1));
@@ -111,7 +131,7 @@ std::optional<HostPort> ParseHostPort(std::string_view text, std::uint16_t defau
   if (host.front() == '[') {
     const auto address = ParseIpAddress(host);
     if (!address) return {};
-    return HostPort{ToString(*address), *port};
+    return HostPort{WithInterface(*address), *port};
   }
   if (host.find(':') != std::string_view::npos) return {};
   return HostPort{std::string(host), *port};

@@ -23,7 +23,8 @@ struct IpAddress {
   bool operator==(const IpAddress&) const = default;
 };
 
-// "127.0.0.1", "::1", "fe80::1%eth0"; also "[::1]". Nothing for anything else: no short or octal forms of IPv4.
+// "127.0.0.1", "::1", "fe80::1%eth0", "fe80::1%2"; also "[::1]". Nothing for anything else, an interface that is not
+// there included: no short or octal forms of IPv4.
 std::optional<IpAddress> ParseIpAddress(std::string_view text);
 
 // The inverse of ParseIpAddress, without brackets and without the interface.
@@ -63,8 +64,8 @@ struct HostPort {
 // "host:port", "[v6]:port"; the inverse of ParseHostPort.
 std::string ToString(const HostPort& server);
 
-// "host", "host:port", "[v6]", "[v6]:port" or a bare IPv6 address. Nothing when the host is empty, or the port is not
-// a number from 1 to 65535.
+// "host", "host:port", "[v6]", "[v6]:port" or a bare IPv6 address, with its interface where it has one. Nothing when
+// the host is empty, or the port is not a number from 1 to 65535.
 std::optional<HostPort> ParseHostPort(std::string_view text, std::uint16_t default_port);
 
 // The system's form of an endpoint.

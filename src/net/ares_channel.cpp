@@ -8,11 +8,18 @@
 namespace quillcast::net {
 namespace {
 
+constexpr std::size_t kInterfaceAt = 4;  // in a link-local address: within the 54 bits of zero behind its prefix
+
+bool IsLinkLocal(const IpAddress& address) {
+  return address.family == Family::kIpv6 && address.bytes[0] == 0xFE && (address.bytes[1] & 0xC0U) == 0x80;
+}
+
 ares_addr_port_node ServerNode(const Endpoint& server) {
   ares_addr_port_node node{};
   const bool v4 = server.address.family == Family::kIpv4;
   node.family = v4 ? AF_INET : AF_INET6;
-  std::memcpy(&node.addr, server.address.bytes.data(), v4 ? sizeof node.addr.addr4 : sizeof node.addr.addr6);
+  const IpAddress address = ForLibrary(server.address);
+  std::memcpy(&node.addr, address.bytes.data(), v4 ? sizeof node.addr.addr4 : sizeof node.addr.addr6);
   node.udp_port = node.tcp_port = server.port;
   return node;
 }
@@ -20,6 +27,22 @@ ares_addr_port_node ServerNode(const Endpoint& server) {
 }  // namespace
 
 void CloseAresChannel::operator()(ares_channeldata* channel) const { ares_destroy(channel); }
+
+IpAddress ForLibrary(const IpAddress& address) {
+  if (!IsLinkLocal(address)) return address;
+  IpAddress held = address;
+  std::memcpy(&held.bytes[kInterfaceAt], &address.scope, sizeof address.scope);
+  held.scope = 0;
+  return held;
+}
+
+IpAddress FromLibrary(const IpAddress& address) {
+  if (!IsLinkLocal(address) || address.scope != 0) return address;
+  IpAddress plain = address;
+  std::memcpy(&plain.scope, &address.bytes[kInterfaceAt], sizeof plain.scope);
+  std::memset(&plain.bytes[kInterfaceAt], 0, sizeof plain.scope);
+  return plain;
+}
 
 bool SetServers(ares_channeldata* channel, std::span<const Endpoint> servers) {
   std::vector<ares_addr_port_node> nodes;

@@ -18,7 +18,14 @@ struct CloseAresChannel {
 };
 using AresChannel = std::unique_ptr<ares_channeldata, CloseAresChannel>;
 
-// Has the channel ask these servers in place of the system's. False where the system has no memory for it.
+// The library knows no interfaces. That of a link-local address (fe80::/10) is written into octets of it that are zero
+// otherwise (RFC 4291 2.5.6) while the library has it, and stands beside it for the system. Any other address stays as
+// it is.
+IpAddress ForLibrary(const IpAddress& address);
+IpAddress FromLibrary(const IpAddress& address);
+
+// Has the channel ask these servers in place of the system's; of a channel that a SocketWatch is attached to also those
+// that are reached through one interface. False where the system has no memory for it.
 bool SetServers(ares_channeldata* channel, std::span<const Endpoint> servers);
 
 // What the library waits for: its sockets, put behind those that are there, and when it wants to be called again though

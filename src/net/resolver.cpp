@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "net/idna.h"
+#include "net/resolver_file.h"
 #include "platform/text.h"
 
 namespace quillcast::net {
@@ -115,7 +116,8 @@ Result<void> Resolver::Open() {
   const int status = ares_init(&channel);
   if (status != ARES_SUCCESS) return Error{Failure::kInternal, Say("No resolver: {}.", ares_strerror(status))};
   AresChannel opened(channel);
-  if (!servers_.empty() && !SetServers(channel, servers_)) return Error{Failure::kInternal, "No resolver: no memory."};
+  const std::vector<Endpoint> servers = servers_.empty() ? ServersBehindInterfaces() : servers_;
+  if (!servers.empty() && !SetServers(channel, servers)) return Error{Failure::kInternal, "No resolver: no memory."};
   watch_.Attach(channel);
   channel_ = std::move(opened);
   return {};

@@ -6,8 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <optional>
 
+#include "net/address.h"
+#include "net/ares_channel.h"
 #include "platform/result.h"
 #include "platform/text.h"
 
@@ -31,12 +34,24 @@ ares_socket_t Open(int family, int type, int protocol, void* watch) {
 int Close(ares_socket_t socket, void* /*watch*/) { return ::close(socket); }
 
 int Connect(ares_socket_t socket, const sockaddr* address, ares_socklen_t length, void* watch) {
-  return Noted(::connect(socket, address, length), watch);
+  const auto server = FromSystem(address);
+  if (!server || server->address.family == Family::kIpv4) return Noted(::connect(socket, address, length), watch);
+  const SocketAddress reached = ToSystem({FromLibrary(server->address), server->port});
+  return Noted(::connect(socket, reached.get(), reached.length), watch);
+}
+
+// The library takes an answer from the address alone that it has of the server.
+void KeepForLibrary(sockaddr* from) {
+  const auto sender = FromSystem(from);
+  if (!sender || sender->address.scope == 0) return;
+  const SocketAddress held = ToSystem({ForLibrary(sender->address), sender->port});
+  std::memcpy(from, held.get(), held.length);
 }
 
 ares_ssize_t Receive(ares_socket_t socket, void* room, std::size_t size, int flags, sockaddr* from,
                      ares_socklen_t* length, void* watch) {
   const ares_ssize_t count = Noted(::recvfrom(socket, room, size, flags, from, length), watch);
+  if (count >= 0 && from != nullptr) KeepForLibrary(from);
   if (count > 0) {
     const std::string_view message(static_cast<const char*>(room), static_cast<std::size_t>(count));
     const bool is_datagram = from != nullptr;  // the library asks for the sender of one alone

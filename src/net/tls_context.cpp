@@ -58,7 +58,10 @@ Error LibraryError(std::string_view doing) {
 // common name is free text, and "m*.example" fits names that nobody thought of. Names in certificates, and the one that
 // is sent ahead, have no dot at their end (RFC 6066 3).
 bool SetName(SSL* connection, const std::string& host) {
-  if (ParseIpAddress(host)) return X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(connection), host.c_str()) == 1;
+  if (const auto address = ParseIpAddress(host)) {
+    const std::string plain = ToString(*address);  // certificates know no interface
+    return X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(connection), plain.c_str()) == 1;
+  }
   const auto ascii = AsciiHost(host);
   if (!ascii) return false;
   const std::string name(WithoutRootDot(*ascii));

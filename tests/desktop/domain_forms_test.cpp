@@ -307,7 +307,8 @@ class DomainFormsTest : public QObject {
   void looksUpMailHostsAtTheChosenServer() {
     const auto names = Names();
     const test::TemporaryFolder folder;
-    Scene<MXLookupForm> scene(nullptr, folder.Write("resolv.conf", "nameserver 192.0.2.53\nnameserver ::1\nnameserver ::ffff:77\n"));
+    Scene<MXLookupForm> scene(
+        nullptr, folder.Write("resolv.conf", "nameserver 192.0.2.53\nnameserver ::1\nnameserver ::ffff:77\n"));
     scene.Open();
     auto& servers = scene.Find<QComboBox>("MXComboBox");
     QCOMPARE(servers.count(), 3);

@@ -29,7 +29,11 @@ TEST(Address, IsParsedAndWritten) {
                                                    {"1.2.3.4.5", nullptr, false, ""},
                                                    {"localhost", nullptr, false, ""},
                                                    {":::", nullptr, false, ""},
+                                                   {"fe80::1%lo", "fe80::1", false, "[IPv6:fe80::1]"},
+                                                   {"fe80::1%1", "fe80::1", false, "[IPv6:fe80::1]"},
                                                    {"fe80::1%no-such-interface", nullptr, false, ""},
+                                                   {"fe80::1%4294967295", nullptr, false, ""},
+                                                   {"fe80::1%", nullptr, false, ""},
                                                    {"", nullptr, false, ""}}) {
     const auto address = ParseIpAddress(c.text);
     ASSERT_EQ(address.has_value(), c.written != nullptr) << c.text;
@@ -52,6 +56,8 @@ TEST(HostPort, IsParsed) {
                                                    {"[::1]:2525", {{"::1", 2525}}},
                                                    {"::1", {{"::1", 25}}},
                                                    {"10.0.0.1:1", {{"10.0.0.1", 1}}},
+                                                   {"[fe80::1%lo]:53", {{"fe80::1%lo", 53}}},
+                                                   {"fe80::1%lo", {{"fe80::1%lo", 25}}},
                                                    {"", {}},
                                                    {":25", {}},
                                                    {"mx:", {}},

@@ -88,15 +88,16 @@ TEST_F(ResolverTest, GoesOnWithWhatCameOfAName) {
   };
   Heard heard;
   const DnsServer server([&heard](const std::string& query, bool tcp) { return Answer(query, heard, tcp); });
-  for (const Case& c : std::initializer_list<Case>{{"a-found.aaaa-found.example", "192.0.2.7 2001:db8::7 "},
-                                                   {"a-found.aaaa-none.example", "192.0.2.7 "},
-                                                   {"a-none.aaaa-found.example", "2001:db8::7 "},
-                                                   {"a-found.aaaa-failed.example", "192.0.2.7 "},
-                                                   {"a-found.aaaa-lost.example", "192.0.2.7 2001:db8::7 "},
-                                                   {"a-found.aaaa-lostnone.example", "192.0.2.7 ", seconds(20), milliseconds(1100)},
-                                                   {"a-found.aaaa-silent.example", "192.0.2.7 "},
-                                                   {"a-silent.aaaa-found.example", "2001:db8::7 "},
-                                                   {"a-found.aaaa-silent.example", "192.0.2.7 ", milliseconds(800)}}) {
+  for (const Case& c :
+       std::initializer_list<Case>{{"a-found.aaaa-found.example", "192.0.2.7 2001:db8::7 "},
+                                   {"a-found.aaaa-none.example", "192.0.2.7 "},
+                                   {"a-none.aaaa-found.example", "2001:db8::7 "},
+                                   {"a-found.aaaa-failed.example", "192.0.2.7 "},
+                                   {"a-found.aaaa-lost.example", "192.0.2.7 2001:db8::7 "},
+                                   {"a-found.aaaa-lostnone.example", "192.0.2.7 ", seconds(20), milliseconds(1100)},
+                                   {"a-found.aaaa-silent.example", "192.0.2.7 "},
+                                   {"a-silent.aaaa-found.example", "2001:db8::7 "},
+                                   {"a-found.aaaa-silent.example", "192.0.2.7 ", milliseconds(800)}}) {
     SCOPED_TRACE(c.name);
     Resolver resolver({server.endpoint()});
     const auto began = clock_.Monotonic();

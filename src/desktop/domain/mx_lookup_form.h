@@ -24,7 +24,7 @@ class MXLookupForm final : public QDialog {
   Q_OBJECT
  public:
   MXLookupForm(const profile::Program& program, QWidget* parent,
-               const std::filesystem::path& resolver_file = domain::kResolverFile);
+               const std::filesystem::path& resolver_file = net::kResolverFile);
   ~MXLookupForm() override;
 
   // Shows a text in a box without an icon: the desktop's, where nothing else is put here.

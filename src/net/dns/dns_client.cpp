@@ -9,13 +9,13 @@
 #include <utility>
 
 #include "net/idna.h"
+#include "net/resolver_file.h"
 #include "net/socket_watch.h"
 #include "platform/utf8.h"
 
 namespace quillcast::net {
 namespace {
 
-constexpr std::uint16_t kPort = 53;
 constexpr int kFirstWait = 1500;     // milliseconds; twice as long each time
 constexpr int kTcpWait = 10'000;     // milliseconds; the handshake and a long answer, of a server that is there
 constexpr int kTries = 3;            // of each server
@@ -32,7 +32,7 @@ Endpoint ServerOf(const ares_addr_port_node& node) {
   const bool v4 = node.family == AF_INET;
   server.address.family = v4 ? Family::kIpv4 : Family::kIpv6;
   std::memcpy(server.address.bytes.data(), &node.addr, v4 ? sizeof node.addr.addr4 : sizeof node.addr.addr6);
-  server.port = node.udp_port != 0 ? static_cast<std::uint16_t>(node.udp_port) : kPort;
+  server.port = node.udp_port != 0 ? static_cast<std::uint16_t>(node.udp_port) : kDnsPort;
   return server;
 }
 
@@ -130,7 +130,7 @@ void DnsClient::Pending::Keep(void* argument, int status, int /*timeouts*/, unsi
 }
 
 std::optional<Endpoint> ParseDnsServer(std::string_view text) {
-  const auto server = ParseHostPort(text, kPort);
+  const auto server = ParseHostPort(text, kDnsPort);
   if (!server) return {};
   const auto address = ParseIpAddress(server->host);
   if (!address) return {};
@@ -138,6 +138,7 @@ std::optional<Endpoint> ParseDnsServer(std::string_view text) {
 }
 
 std::vector<Endpoint> SystemDnsServers() {
+  if (auto servers = ServersBehindInterfaces(); !servers.empty()) return servers;
   ares_channel channel = nullptr;
   if (ares_init(&channel) != ARES_SUCCESS) return {};
   const AresChannel opened(channel);

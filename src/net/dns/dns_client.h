@@ -14,8 +14,8 @@
 
 namespace quillcast::net {
 
-// "192.0.2.1", "192.0.2.1:5353", "2001:db8::1", "[2001:db8::1]:5353"; the port is 53 where none is said. Nothing for
-// what is no address: a name would have to be looked up first, at whom nobody has chosen.
+// "192.0.2.1", "192.0.2.1:5353", "2001:db8::1", "[2001:db8::1]:5353", "fe80::1%eth0"; the port is 53 where none is
+// said. Nothing for what is no address: a name would have to be looked up first, at whom nobody has chosen.
 std::optional<Endpoint> ParseDnsServer(std::string_view text);
 
 // Those of the system's setup, in its order; the computer itself where it names none.
@@ -25,7 +25,7 @@ std::vector<Endpoint> SystemDnsServers();
 // seconds for a server that is silent. An answer that did not fit into a datagram is fetched over TCP, which may
 // take ten seconds, and an alias is followed to its end, up to eight questions on. A message that answers none of our
 // questions is waited past, since the right one may still come (RFC 5452 9.1), and decides only when nothing else came.
-// Known limits: a server with a link-local address cannot be reached; multicast DNS is not asked.
+// Known limit: multicast DNS is not asked.
 //
 // Chains of questions that do not wait for each other overlap:
 //

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include "net/resolver_file.h"
 #include "support/dns_server.h"
+#include "support/temporary_folder.h"
 
 namespace quillcast::net {
 namespace {
@@ -271,6 +273,41 @@ TEST_F(DnsClientTest, EndsAtACancel) {
   ASSERT_FALSE(ran);
   EXPECT_EQ(ran.error().failure, Failure::kTryAgain);
   EXPECT_FALSE(told);
+}
+
+// A link-local address is one of an interface. Whether one leads anywhere is for the system to say: without its
+// interface it does not even try (EINVAL).
+TEST_F(DnsClientTest, ReachesALinkLocalServerThroughItsInterface) {
+  for (const char* server : {"fe80::53%lo", "[fe80::53%1]:5353"}) {
+    const auto endpoint = ParseDnsServer(server);
+    ASSERT_TRUE(endpoint) << server;
+    EXPECT_NE(Ask(*endpoint, "example.org", DnsType::kA, milliseconds(300)).error_number, EINVAL) << server;
+    const IpAddress held = ForLibrary(endpoint->address);
+    EXPECT_EQ(held.scope, 0U);
+    EXPECT_NE(held, endpoint->address);
+    EXPECT_EQ(FromLibrary(held), endpoint->address);
+  }
+  const IpAddress other = *ParseIpAddress("2001:db8:1:2::53");
+  EXPECT_EQ(ForLibrary(other), other);
+  EXPECT_EQ(FromLibrary(other), other);
+}
+
+TEST(ResolverFile, NamesServersThatTheLibraryPassesOver) {
+  struct Case {
+    const char* text;
+    std::vector<const char*> servers;
+  };
+  const test::TemporaryFolder folder;
+  for (const Case& c : std::initializer_list<Case>{
+           {"nameserver 192.0.2.1\nnameserver ::1\n", {}},
+           {"search example.org\nnameserver fe80::1%lo # here\n", {"fe80::1%lo"}},
+           {"nameserver 192.0.2.1\nnameserver\tfe80::1%1\nnameserver fe80::2%none", {"192.0.2.1", "fe80::1%lo"}},
+           {"# nameserver fe80::1%lo\n", {}}}) {
+    std::vector<Endpoint> wanted;
+    for (const char* server : c.servers) wanted.push_back({*ParseIpAddress(server), 53});
+    EXPECT_EQ(ServersBehindInterfaces(folder.Write("resolv.conf", c.text)), wanted) << c.text;
+  }
+  EXPECT_TRUE(ServersBehindInterfaces(folder.path() / "none").empty());
 }
 
 TEST(DnsServerText, IsAnAddressWithAPort) {
