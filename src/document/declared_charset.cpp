@@ -47,6 +47,21 @@ std::string_view FirstCharset(std::string_view html) {
   return {};
 }
 
+// Of <?xml version="1.0" encoding="utf-8"?> at the start.
+std::string_view CharsetOfXml(std::string_view html) {
+  constexpr std::string_view kName = "encoding";
+  html = platform::Trim(html);
+  if (!html.starts_with("<?xml")) return {};
+  const std::string_view declaration = html.substr(0, html.find("?>"));
+  const std::size_t at = declaration.find(kName);
+  if (at == std::string_view::npos) return {};
+  std::string_view rest = platform::Trim(declaration.substr(at + kName.size()));
+  if (!rest.starts_with('=')) return {};
+  rest = platform::Trim(rest.substr(1));
+  const std::size_t end = rest.empty() ? std::string_view::npos : rest.find(rest.front(), 1);
+  return end == std::string_view::npos ? std::string_view() : rest.substr(1, end - 1);
+}
+
 // What may stand before the head without being a part of it.
 bool IsBeforeHead(const HtmlToken& token, std::string_view source) {
   if (token.kind == HtmlTokenKind::kComment || token.kind == HtmlTokenKind::kDoctype) return true;
@@ -73,7 +88,10 @@ std::size_t StartOfHead(std::string_view html) {
 
 }  // namespace
 
-std::string DeclaredCharset(std::string_view html) { return std::string(FirstCharset(html)); }
+std::string DeclaredCharset(std::string_view html) {
+  const std::string_view declared = FirstCharset(html);
+  return std::string(declared.empty() ? CharsetOfXml(html) : declared);
+}
 
 bool IsUtf8Label(std::string_view label) {
   return platform::EqualsIgnoringAsciiCase(label, "utf-8") || platform::EqualsIgnoringAsciiCase(label, "utf8");
@@ -82,9 +100,10 @@ bool IsUtf8Label(std::string_view label) {
 std::string WithCharset(std::string_view html, BodyEncoding encoding) {
   std::string out(html);
   const std::string_view declared = FirstCharset(html);
-  const char* const name = encoding == BodyEncoding::kWindows1252 ? "windows-1252" : "utf-8";
+  const std::string of_xml(encoding == BodyEncoding::kDeclared ? CharsetOfXml(html) : std::string_view());
+  const std::string name = encoding == BodyEncoding::kWindows1252 ? "windows-1252" : of_xml.empty() ? "utf-8" : of_xml;
   if (declared.empty()) {
-    out.insert(StartOfHead(html), std::string("<meta charset=\"") + name + "\">");
+    out.insert(StartOfHead(html), "<meta charset=\"" + name + "\">");
   } else if (encoding == BodyEncoding::kUtf8 && !IsUtf8Label(declared)) {
     out.replace(static_cast<std::size_t>(declared.data() - html.data()), declared.size(), name);
   }

@@ -82,6 +82,8 @@ TEST(Body, IsReadInTheEncodingThatItHas) {
            {"utf16le.html", "\xFF\xFE<\0p\0>\0\xE9\0\x3D\xD8\x00\xDE"s, "<p>\xC3\xA9\xF0\x9F\x98\x80"},
            {"utf16be.html", "\xFE\xFF\0<\0p\0>\0\xE9"s, "<p>\xC3\xA9"},
            {"koi8.html", "<meta charset=koi8-r>\xF0\xD2\xC9\xD7\xC5\xD4", "<meta charset=koi8-r>Привет"},
+           {"xml.html", "<?xml version=\"1.0\" encoding=\"koi8-r\"?><p>\xF0",
+            "<?xml version=\"1.0\" encoding=\"koi8-r\"?><p>П"},
            {"word.htm", "<meta http-equiv=Content-Type content='text/html; charset=windows-1251'>\xCF\xF0",
             "<meta http-equiv=Content-Type content='text/html; charset=windows-1251'>Пр"},
            {"utf8-for-all-that.html", "<meta charset=windows-1251>\xD0\x9F", "<meta charset=windows-1251>П"},
