@@ -58,24 +58,30 @@ int RunShow(Context& context, const TemplateOptions& options) {
   return 0;
 }
 
-// What stands under the name is replaced after a Yes alone.
+// What stands under the name is replaced after a Yes alone, also what another run puts there meanwhile.
 Result<IfThere> AskAboutName(Context& context, const OwnTemplates& own, const std::string& name) {
+  if (context.assume_yes) return IfThere::kReplace;
   if (!own.Has(name)) return IfThere::kFail;
   const auto asked = AskFirst(context, Say("There is a template \"{}\" already. Replace it?", name));
   return asked ? Result<IfThere>(IfThere::kReplace) : asked.error();
 }
 
-int RunSave(Context& context, const TemplateOptions& options) {
+int KeepAs(Context& context, const std::string& name, const TemplateOptions& options) {
   const profile::Folders folders = context.Folders();
   const OwnTemplates own(folders.Templates());
   const auto letter = document::ReadLetterToKeep(options.file, folders);
   if (!letter) return context.output.Fail(letter.error());
-  const std::string name = options.name.empty() ? fs::path(options.file).stem().string() : options.name;
   const auto if_there = AskAboutName(context, own, name);
   if (!if_there) return context.output.Fail(if_there.error());
   const auto kept = own.Keep(name, *letter, *if_there, &context.cancel);
   return Conclude(context, kept, fmt::format("Template \"{}\" is kept.", platform::Printable(name)),
                   {{"template", name}, {"done", "save"}});
+}
+
+int RunSave(Context& context, const TemplateOptions& options) { return KeepAs(context, options.name, options); }
+
+int RunImport(Context& context, const TemplateOptions& options) {
+  return KeepAs(context, options.name.empty() ? fs::path(options.file).stem().string() : options.name, options);
 }
 
 int RunRename(Context& context, const TemplateOptions& options) {
@@ -161,7 +167,7 @@ void AddTemplateCommand(CLI::App& app, Context& context) {
            {"import",
             "Keep a file that came from elsewhere",
             {"FILE", "--name"},
-            RunSave,
+            RunImport,
             "import monthly.html --name Monthly"},
        }) {
     auto* command = group->add_subcommand(row.command, row.what);

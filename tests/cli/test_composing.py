@@ -183,6 +183,7 @@ class Composing(Case):
                 (("compose", "template", "Holiday"), 66, "", 'There is no template "Holiday".'),
                 ((*own, "save", "../x", letter), 64, "", "slashes"),
                 ((*own, "save", "Health", letter), 64, "", "name of a design"),
+                ((*own, "save", "", letter), 64, "", "Please enter a name for the template."),
                 ((*own, "save", "Monthly", "nosuch.html"), 66, "", "nosuch.html"),
                 ((*own, "save", "Monthly", self.write("x.html", b"\0\1")), 65, "", "x.html is neither HTML nor text"),
                 ((*own, "save", "Monthly", letter), 0, 'Template "Monthly" is kept.\n', ""),
@@ -215,6 +216,11 @@ class Composing(Case):
                 found = self.run_program(*arguments, fsize=1_000_000 if code == 74 else None)
                 self.assertEqual((found[0], found[1].replace("\r\n", "\n") if not code else ""), (code, out), found[2])
                 self.assertIn(err, found[2])
+
+    def test_several_keep_one_name_at_once(self):
+        saves = [self.popen("--yes", "template", "save", "Same", self.write(f"{n}.html", f"<p>{n}")) for n in range(12)]
+        told = [(save.communicate(timeout=60)[1], save.returncode) for save in saves]
+        self.assertEqual([code for _, code in told], [0] * 12, told)
 
     def test_the_formats_of_the_date(self):
         rows = [json.loads(line) for line in self.ok("--json", "compose", "date", "--list").splitlines()]
