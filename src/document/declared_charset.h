@@ -16,10 +16,10 @@ std::string DeclaredCharset(std::string_view html);
 // "utf-8" and "utf8" in any case.
 bool IsUtf8Label(std::string_view label);
 
-// The document with a meta element that names the set it will be saved in: "utf-8", or another one for a file that stays
-// so; few readers of HTML look at an XML declaration. It goes to the start of the head, or where the parser of a browser begins one, behind a document type and
-// an XML declaration, and no other byte changes. Where one names a set already it stays, but "utf-8" takes the place of
-// another in what is saved so without a mark.
+// The document with a meta element that names the set it will be saved in: "utf-8", or another one for a file that
+// stays so; few readers of HTML look at an XML declaration. It goes to the start of the head, or where the parser of a
+// browser begins one, behind a document type and an XML declaration, and no other byte changes. Where one names a set
+// already it stays, but "utf-8" takes the place of another in what is saved so without a mark.
 std::string WithCharset(std::string_view html, BodyEncoding encoding);
 
 }  // namespace quillcast::document

@@ -74,8 +74,10 @@ TEST(DeclaredCharset, GivesWayToTheSetThatADocumentIsSavedIn) {
       EXPECT_EQ(WithCharset(c.html, kept), c.html);
   }
   const std::string xml = "<?xml version=\"1.0\" encoding = \"koi8-r\" standalone=\"yes\"?>\n";
-  EXPECT_EQ(WithCharset(xml + "x", BodyEncoding::kDeclared), xml.substr(0, xml.size() - 1) + "<meta charset=\"koi8-r\">\nx");
-  for (const char* none : {"<?xml version='1.0'?>", "<?xml encoding", "<?xml encoding=", "<?xml encoding='x", "encoding='x'"})
+  EXPECT_EQ(WithCharset(xml + "x", BodyEncoding::kDeclared),
+            xml.substr(0, xml.size() - 1) + "<meta charset=\"koi8-r\">\nx");
+  for (const char* none :
+       {"<?xml version='1.0'?>", "<?xml encoding", "<?xml encoding=", "<?xml encoding='x", "encoding='x'"})
     EXPECT_EQ(DeclaredCharset(none), "") << none;
 }
 

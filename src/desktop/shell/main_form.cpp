@@ -29,6 +29,7 @@
 #include "desktop/shell/status_panel.h"
 #include "desktop/shell/tips_form.h"
 #include "desktop/widgets/dropped_files.h"
+#include "desktop/widgets/keep_modal.h"
 #include "desktop/widgets/keep_on_screen.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/soon.h"
@@ -89,6 +90,7 @@ MainForm::~MainForm() = default;
 
 void MainForm::BuildWindow() {
   KeepWindowsOnScreen();
+  KeepDialogsModal();
   setObjectName("MainForm");
   setWindowTitle(profile::kWindowTitle);
   const profile::PixelSize smallest = profile::MinWinSize(profile::GetWinVer(profile::RunningSystem()));
