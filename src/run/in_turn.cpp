@@ -91,6 +91,11 @@ Result<bool> InTurn::NextKeptBack(recipients::Recipient& recipient, std::int64_t
   return false;
 }
 
+bool InTurn::TakesTurn(Turn& turn) {
+  wait_.reset();
+  return !HasPace() || MayGo(turn);
+}
+
 bool InTurn::MayGo(Turn& turn) {
   const Wait wait = turns_->Take(turn);
   if (wait.why) WaitFor(wait);

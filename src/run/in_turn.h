@@ -26,6 +26,8 @@ class InTurn {
   // The next recipient, whose turn is taken where there is a pace and it has an address. False where there is none now:
   // then wait() says until when.
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
+  // Takes a turn for somebody whom Next gave and who went back; where it is not due, wait() says until when.
+  bool TakesTurn(Turn& turn);
   // Nothing where there is none any more, or where only an outcome can tell.
   const std::optional<Wait>& wait() const { return wait_; }
 

@@ -35,6 +35,7 @@ constexpr std::chrono::milliseconds kHeldFor{500};
 struct Letter : smtp::Job {
   Turn turn;
   std::unique_ptr<message::RenderedMessage> rendered;
+  bool is_out = false;
 };
 
 // Somebody whom the run did not come to any more, though the row was taken.
@@ -67,6 +68,7 @@ class Run final : public smtp::JobSource {
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
   void GoesOut(smtp::Job& job) override;
   void ComesBack(smtp::Job& job) override;
+  bool MayGo(smtp::Job& job) override;
   void Decided(smtp::Job& job, const smtp::Outcome& outcome) override;
   bool CaughtUp() override;
   void Connected(const smtp::Capabilities& offered) override;
@@ -88,7 +90,7 @@ class Run final : public smtp::JobSource {
   void OpenThoseLeft();
   void TakeSize();
   bool NextOf(Result<bool> next);
-  bool IsNobodyLeft() const { return taken_ == run_->size() && summary_.retries_left == 0; }
+  bool IsNobodyLeft() const { return taken_ == run_->size() && summary_.retries_left == 0 && not_out_ == 0; }
   bool IsHeld();
   bool IsHeldUp();
   std::optional<platform::Instant> WaitUntil(platform::Instant due, const Sentence& why);
@@ -123,10 +125,11 @@ class Run final : public smtp::JobSource {
   ResultsInOrder order_;
   Retries retries_;
   std::optional<SlowDown> slow_down_;
-  bool held_ = false;        // by a person, when NextJob was asked last
-  bool held_up_ = false;     // by it, when NextJob was asked last
-  std::int64_t taken_ = 0;   // of the list
-  bool lines_told_ = false;  // in the report: of the first with the carrier, whose result comes right behind them
+  std::int64_t not_out_ = 0;  // of those with the carrier
+  bool held_ = false;         // by a person, when NextJob was asked last
+  bool held_up_ = false;      // by it, when NextJob was asked last
+  std::int64_t taken_ = 0;    // of the list
+  bool lines_told_ = false;   // in the report: of the first with the carrier, whose result comes right behind them
   std::optional<LettersAhead> letters_of_list_;  // over run_
   std::optional<InTurn> in_turn_;                // over both
   bool broken_ = false;                          // the journal
@@ -231,6 +234,8 @@ smtp::Job* Run::NextJob() {
     if (!failure) {
       if (slow_down_) slow_down_->Taken();
       free_letters_.pop_back();
+      letter->is_out = false;
+      ++not_out_;
       with_carrier_.push_back(letter);
       return letter;
     }
@@ -315,21 +320,39 @@ std::optional<smtp::Outcome> Run::TakeLetter(Letter& letter) {
 }
 
 void Run::GoesOut(smtp::Job& job) {
-  run_->GoesOut(job.position);
-  if (parts_.turns != nullptr) parts_.turns->GoesOut(static_cast<Letter&>(job).turn);
+  auto& letter = static_cast<Letter&>(job);
+  run_->GoesOut(letter.position);
+  if (parts_.turns != nullptr) parts_.turns->GoesOut(letter.turn);
   if (slow_down_) slow_down_->WentOut();
+  if (!std::exchange(letter.is_out, true)) --not_out_;
 }
 
 // It may wait long now, and this program may be ended meanwhile.
 void Run::ComesBack(smtp::Job& job) {
+  auto& letter = static_cast<Letter&>(job);
   smtp::Outcome not_out;
   not_out.begun = false;
-  run_->Settled(job.position, not_out);
+  run_->Settled(letter.position, not_out);
+  if (parts_.turns != nullptr) parts_.turns->ComesBack(letter.turn);
+  if (std::exchange(letter.is_out, false)) ++not_out_;
+}
+
+// As anybody else who is next. What ends a run decides of those whom it took as well.
+bool Run::MayGo(smtp::Job& job) {
+  held_up_ = false;
+  if (!MayGoOn()) return true;
+  if (IsHeld() || IsHeldUp()) return false;
+  auto& letter = static_cast<Letter&>(job);
+  if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
+  if (!in_turn_->TakesTurn(letter.turn)) return false;
+  if (slow_down_) slow_down_->Taken();
+  return true;
 }
 
 void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   auto& letter = static_cast<Letter&>(job);
   run_->Settled(letter.position, outcome);
+  if (!std::exchange(letter.is_out, true)) --not_out_;
   if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
   RecipientInOrder& recipient = order_.At(letter.position);
   const int tries = recipient.before.tries + recipient.tries;

@@ -95,6 +95,8 @@ class FakeCarrier final : public Carrier {
   std::vector<std::int64_t> carried;                   // who was handed over, in order
   std::function<void(std::int64_t)> is_out = {};       // called for each of them
   std::function<void(platform::Instant)> waits_until;  // called where nothing may go out before then
+  std::map<std::int64_t, int> comes_back = {};         // how often the connection of each is lost before it is out
+  std::function<void(std::int64_t)> is_back = {};      // called each time, once that is recorded
   std::function<void()> has_none = {};                 // called where there was none, before it is asked until when
   bool logs = false;                                   // a line of the connection for each
   bool first_is_slow = false;                          // its outcome comes behind that of all others
@@ -134,6 +136,7 @@ class FakeCarrier final : public Carrier {
         const auto is_undecided = [](const InFlight& each) { return !each.outcome; };
         const auto from = in_flight.begin() + (first_is_slow && undecided > 1 ? 1 : 0);
         InFlight& next = *std::find_if(from, in_flight.end(), is_undecided);
+        while (comes_back[next.job->position]-- > 0) ComeBack(letters, *next.job);
         next.outcome = Deliver(*next.job);
         letters.Decided(*next.job, *next.outcome);
         --undecided;
@@ -156,6 +159,19 @@ class FakeCarrier final : public Carrier {
   void Step() {
     ++step_;
     if (at_step) at_step(step_);
+  }
+  // Over the one connection that there is, and over the next.
+  void ComeBack(smtp::JobSource& letters, smtp::Job& job) {
+    letters.ComesBack(job);
+    is_kept_ = letters.CaughtUp() && is_kept_;
+    if (is_back) is_back(job.position);
+    while (!letters.MayGo(job)) {
+      const auto due = letters.NextDue();
+      ASSERT_TRUE(due);
+      waits_until(*due);
+    }
+    letters.GoesOut(job);
+    is_kept_ = letters.CaughtUp() && is_kept_;
   }
   smtp::Outcome Deliver(const smtp::Job& job) {
     if (cancel_.Requested() == Stop::kAbandon) {

@@ -52,6 +52,41 @@ TEST_F(PacedRun, GoesByItsRulesAndSaysWhatItWaitsFor) {
   }
 }
 
+// Who comes back waits like anybody who is next, and the turn that was not used is there again.
+TEST_F(PacedRun, WhoeverComesBackIsNextAndStandsInTheJournalAsNotOut) {
+  const Moment now = clock_.now;  // 09:05:07
+  const struct {
+    const char* what;
+    PaceRules rules;
+    std::chrono::seconds lost;  // how long
+    std::string times;
+    bool is_held = false;
+  } kCases[] = {
+      {"nothing to wait for", {}, 60s, "1@0 2@60 3@60 "},
+      {"the turns of two losses", {.rate = MessageLimit{3, 3600s}}, 1s, "1@0 2@1 3@1 "},
+      {"the limit is reached meanwhile", {.rate = MessageLimit{1, 60s}}, 1s, "1@0 2@61 3@121 "},
+      {"back at night", {.hours = HoursOfDay{8h, 9h + 6min}}, 60s, "1@0 2@82493 3@82493 "},
+      {"held meanwhile", {}, 1s, "1@0 2@31 3@31 ", true},
+  };
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.what);
+    clock_.now = now;
+    told_.is_held = {};
+    Run({.domains = "aaa", .rules = each.rules, .change = [&](FakeCarrier& carrier) {
+           carrier.comes_back = {{2, 1}};
+           carrier.is_back = [&](std::int64_t position) {
+             EXPECT_EQ(kept_.states[position], ResultState::kNotTried);
+             clock_.now += each.lost;
+             clock_.monotonic += each.lost;
+             const auto until = clock_.now + 30s;
+             if (each.is_held) told_.is_held = [this, until] { return clock_.now < until; };
+           };
+         }});
+    EXPECT_EQ(Times(), each.times);
+    EXPECT_EQ(told_.held.size(), each.is_held ? 1U : 0U);
+  }
+}
+
 // Rules, lists and windows at random, each ended at a random step by a cancel, or not.
 TEST_F(PacedRun, BreaksNoRuleAndLosesNobody) {
   std::mt19937 random(7);

@@ -48,6 +48,11 @@ void Pace::WentOut(Domain domain, Moment when) {
   row_ = {after_pause ? 1 : row_.messages + 1, latest_};
 }
 
+void Pace::ComesBack(Domain domain, Moment since) {
+  for (Limit& limit : limits_) limit.limit.ComesBack(since);
+  if (rules_.per_domain) Of(domain).limit.ComesBack(since);
+}
+
 // Those whose limit counts nobody, once there are twice as many as were left the last time.
 void Pace::ForgetDomains(Moment now) {
   if (domains_.size() < std::max(kFewDomains, 2 * domains_looked_over_)) return;

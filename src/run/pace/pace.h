@@ -39,6 +39,8 @@ class Pace {
   void GivenBack(Domain domain);
   // Whether it was taken before or not; one that was is to be given back beside.
   void WentOut(Domain domain, Moment when);
+  // One that was told as out then or later, the first, is not after all. For a pause it counts on.
+  void ComesBack(Domain domain, Moment since);
 
   // When a message may go out that is for none of the domains that have reached their limit, and one for this domain.
   // The clock may have been set back: then what went out later counts as going out now.

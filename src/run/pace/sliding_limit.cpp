@@ -13,6 +13,14 @@ void SlidingLimit::WentOut(Moment when) {
   oldest_ = (oldest_ + 1) % times_.size();
 }
 
+// What a ring has lost for it counted no more when it went out.
+void SlidingLimit::ComesBack(Moment since) {
+  std::rotate(times_.begin(), times_.begin() + static_cast<std::ptrdiff_t>(oldest_), times_.end());
+  oldest_ = 0;
+  const auto time = std::lower_bound(times_.begin(), times_.end(), since);
+  if (time != times_.end()) times_.erase(time);
+}
+
 void SlidingLimit::NotLaterThan(Moment now) {
   for (Moment& time : times_) time = std::min(time, now);
 }

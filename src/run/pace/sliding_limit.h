@@ -14,6 +14,8 @@ class SlidingLimit {
 
   // One went out, not before those that were told already.
   void WentOut(Moment when);
+  // The first that went out then or later did not, after all.
+  void ComesBack(Moment since);
   // Nothing has gone out later than now: who said so had a clock that was set back since.
   void NotLaterThan(Moment now);
   // When one more may go out, `now` at the earliest, where so many are on their way, each of which may go out at any

@@ -78,6 +78,12 @@ void Turns::GoesOut(Turn& turn) {
   going_out_.push_back(turn);
   turn.taken = false;
   turn.place.reset();
+  turn.out_since = clock_.Now();
+}
+
+void Turns::ComesBack(Turn& turn) {
+  const auto since = std::exchange(turn.out_since, {});
+  if (since && HasPace()) pace_.ComesBack(turn.domain, *since);
 }
 
 void Turns::Record() {

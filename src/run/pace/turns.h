@@ -22,6 +22,7 @@ struct Turn {
   Domain domain{};
   std::optional<std::int64_t> place = {};
   bool taken = false;
+  std::optional<Moment> out_since = {};
 };
 
 class Turns {
@@ -45,6 +46,8 @@ class Turns {
 
   // From the next Record on the message may be out. Again where it goes out again.
   void GoesOut(Turn& turn);
+  // After that and Record: it is not out. The other programs count it on, for they have read of it.
+  void ComesBack(Turn& turn);
   // Right before the first octet of those told goes out.
   void Record();
 

@@ -46,8 +46,8 @@ void JobQueue::Begin(JobSource& source) {
 }
 
 Job* JobQueue::Next() {
-  if (!waiting_.empty()) return EntryOf(waiting_.front()).job;
   due_.reset();
+  if (!waiting_.empty()) return NextWaiting();
   if (exhausted_ || given_up_ || entries_.size() >= kMostAhead) return nullptr;
   if (IsStopped()) return nullptr;
   Job* job = source_->NextJob();
@@ -59,9 +59,22 @@ Job* JobQueue::Next() {
   Entry& entry = entries_.Push();
   entry.job = job;
   entry.moves = 0;
+  entry.may_go = true;
   entry.log.clear();
   Wait(first_ + entries_.size() - 1);
   return job;
+}
+
+Job* JobQueue::NextWaiting() {
+  Entry& entry = EntryOf(waiting_.front());
+  if (!entry.may_go && !IsStopped()) entry.may_go = source_->MayGo(*entry.job);
+  if (entry.may_go || IsStopped()) return entry.job;
+  due_ = source_->NextDue().value_or(platform::Instant::max());  // it is not over: there is this one
+  return nullptr;
+}
+
+void JobQueue::WayLost() {
+  for (const std::uint64_t number : waiting_) EntryOf(number).may_go = false;
 }
 
 void JobQueue::Wait(std::uint64_t number) {
@@ -108,6 +121,7 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
   if (again == Again::kAnyway || entry.moves < most_moves_) {
     if (again == Again::kOnce) ++entry.moves;
     entry.job->message->Rewind();
+    entry.may_go = false;
     source_->ComesBack(*entry.job);
     told_ = true;
     return Wait(number);

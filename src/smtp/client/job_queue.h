@@ -39,8 +39,8 @@ class JobQueue {
       : cancel_(cancel), lanes_(lanes), most_moves_(most_moves) {}
   void Begin(JobSource& source);
 
-  // The job to be sent now: one that lost its connection before a new one; nullptr when there is none. It stays the
-  // next one until Submitted or Fail is called.
+  // The job to be sent now: one that lost its connection, once its source lets it go, before a new one; nullptr when
+  // there is none. It stays the next one until Submitted or Fail is called.
   Job* Next();
   // After Next had none: when there may be one, nothing where there is none any more, or the person cancelled.
   const std::optional<platform::Instant>& due() const { return due_; }
@@ -55,7 +55,9 @@ class JobQueue {
   void Move();
   // It has this outcome without having been submitted, unless the person stops: then it was not begun.
   void Fail(const Outcome& outcome);
-  // So have all that wait, not begun, and no further one is taken.
+  // All that wait may wait long now: whether they may go is asked anew.
+  void WayLost();
+  // They have this outcome, not begun, and no further one is taken.
   void GiveUp(Outcome why);
 
   // Whether the server has not taken a message for certain, and another connection may serve it: one that counts as a
@@ -83,6 +85,7 @@ class JobQueue {
     Job* job = nullptr;
     Stage stage = Stage::kWaiting;
     std::size_t moves = 0;
+    bool may_go = true;  // by its source
     Outcome outcome;
     std::string log;  // lines, each with "\n", that wait for the jobs before
   };
@@ -94,6 +97,7 @@ class JobQueue {
 
   bool IsStopped() const { return cancel_.Requested() != platform::Stop::kNone; }
   Entry& EntryOf(std::uint64_t number) { return entries_[static_cast<std::size_t>(number - first_)]; }
+  Job* NextWaiting();
   void Wait(std::uint64_t number);
   std::uint64_t TakeWaiting();
   void Tell(Entry& entry, const Outcome& outcome);

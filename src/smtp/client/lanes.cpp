@@ -74,6 +74,7 @@ void Lanes::EndWay(Lane& lane) {
   limit_.Failed(way->outcome(), ready + now.leaving, moment);
   if (now.in_all() > now.leaving || around_.jobs.waiting() == 0) return;
   if (lost_way_.Outlasts(way->outcome(), moment)) {
+    around_.jobs.WayLost();
     return around_.source->WayLost(way->outcome(), *lost_way_.again());
   }
   if (!lost_way_.is_over()) return around_.jobs.Fail(way->outcome());

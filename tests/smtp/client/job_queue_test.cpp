@@ -67,6 +67,39 @@ TEST(JobQueue, MovesAMessageAsOftenAsItMay) {
   }
 }
 
+class HeldLetters final : public Letters {
+ public:
+  using Letters::Letters;
+  bool MayGo(Job& /*job*/) override { return ++asked > 0 && may_go; }
+  std::optional<platform::Instant> NextDue() override { return due; }
+  bool may_go = false;
+  int asked = 0;
+  std::optional<platform::Instant> due;
+};
+
+// Whoever came back, or waited for the way, goes once the source says so, and nobody before.
+TEST(JobQueue, AsksBeforeOneGoesThatCouldNotGo) {
+  const platform::CancelToken cancel;
+  HeldLetters letters(2);
+  JobQueue queue(cancel);
+  queue.Begin(letters);
+  Job* const first = queue.Next();
+  queue.Submitted();
+  EXPECT_EQ(letters.asked, 0) << "it is new";
+  queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, JobQueue::Again::kOnce);
+  letters.due = platform::Instant(std::chrono::seconds(7));
+  EXPECT_EQ(queue.Next(), nullptr);
+  EXPECT_EQ(queue.due(), letters.due);
+  letters.may_go = true;
+  EXPECT_EQ(queue.Next(), first);
+  EXPECT_FALSE(queue.due());
+  EXPECT_EQ(queue.Next(), first);
+  EXPECT_EQ(letters.asked, 2) << "once it may go it may";
+  queue.WayLost();
+  letters.may_go = false;
+  EXPECT_EQ(queue.Next(), nullptr);
+}
+
 // Those of a connection that was lost go before new ones, in the order taken; each is told in that order.
 TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
   const Outcome sent{State::kSent, ResultCode::kSuccess, {}, {}};
