@@ -90,7 +90,7 @@ class SendListener final : public run::RunListener {
     output_.Progress(fmt::format("{}. {}", progress_, run::WaitsUntil(why, until, clock_).InEnglish()));
   }
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
-    progress_ = fmt::format("{} of {} messages", platform::WithThousands(done), platform::WithThousands(total));
+    progress_ = fmt::format("{} of {}", platform::WithThousands(done), platform::Counted(total, "message", "messages"));
     output_.Progress(progress_);
   }
 

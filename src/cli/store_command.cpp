@@ -68,7 +68,7 @@ void TellDuplicates(Context& context, const recipients::MoveOutcome& outcome) {
     context.output.Object({{"address", entry}, {"done", "duplicate"}});
   }
   const auto more = outcome.duplicates - static_cast<std::int64_t>(outcome.duplicate_entries.size());
-  if (more > 0) context.output.Note(fmt::format("{} more were there already.", platform::WithThousands(more)));
+  if (more > 0) context.output.Note(platform::Counted(more, "more was", "more were") + " there already.");
 }
 
 bool IsWanted(const Context& context) {

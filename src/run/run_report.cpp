@@ -17,20 +17,28 @@ struct Words {
   const char* wholly;
   const char* one;
   const char* completed;
-  const char* several;
+  const char* done;
 };
 
-constexpr Words kSentWords = {
-    "Personal Sending process has been started.",   "Partial Sending to",           "Sending to", smtp::kSentText,
-    "Personal Sending process has been completed.", "messages sent during process."};
+constexpr Words kSentWords = {"Personal Sending process has been started.",
+                              "Partial Sending to",
+                              "Sending to",
+                              smtp::kSentText,
+                              "Personal Sending process has been completed.",
+                              "sent"};
 constexpr Words kWrittenWords = {"The messages are written into files. Nothing is sent.",
                                  "Partial writing for",
                                  "Writing for",
                                  "Message written.",
                                  "The messages have been written into files. Nothing was sent.",
-                                 "messages written during process."};
+                                 "written"};
 constexpr const char* kPartlyWritten = "Not all messages have been written into files. Nothing was sent.";
 constexpr const char* kNotWritten = "No message has been written into a file. Nothing was sent.";
+
+// The lines of a run that is sent know no singular, and who reads them elsewhere looks for them as they are.
+std::string Counted(Delivery delivery, std::int64_t count, const char* one, const char* several) {
+  return fmt::format("{} {}", count, delivery == Delivery::kWritten && count == 1 ? one : several);
+}
 
 const Words& WordsOf(Delivery delivery) { return delivery == Delivery::kSent ? kSentWords : kWrittenWords; }
 
@@ -44,10 +52,11 @@ void RunReport::Started() { Line(WordsOf(delivery_).started); }
 
 void RunReport::SendingTo(std::int64_t recipients, const std::optional<PartialRange>& range) {
   const Words& words = WordsOf(delivery_);
+  const std::string to = Counted(delivery_, recipients, "recipient", "recipients");
   if (range) {
-    Line(fmt::format("{} {} recipients (from #{} to #{}).", words.partly, recipients, range->first, range->last));
+    Line(fmt::format("{} {} (from #{} to #{}).", words.partly, to, range->first, range->last));
   } else {
-    Line(fmt::format("{} {} recipients.", words.wholly, recipients));
+    Line(fmt::format("{} {}.", words.wholly, to));
   }
 }
 
@@ -98,8 +107,12 @@ void RunReport::Completed(const RunSummary& run) {
     if (run.cancelled) Line("The run was cancelled.");
     if (run.stopped) Line("The run stopped: " + InOneLine(*run.stopped));
   }
-  if (run.sent > 0) Line(fmt::format("{} {}", run.sent, words.several));
-  if (run.failed > 0) Line(fmt::format("{} messages failed during process.", run.failed));
+  const auto count = [this](std::int64_t messages, const char* what) {
+    if (messages == 0) return;
+    Line(fmt::format("{} {} during process.", Counted(delivery_, messages, "message", "messages"), what));
+  };
+  count(run.sent, words.done);
+  count(run.failed, "failed");
   if (const auto left = NotTriedIn(run); left && !is_sent) Line(left->InEnglish());
 }
 

@@ -62,7 +62,7 @@ TEST(History, ListsReportsAndMakesThemWritable) {
   for (const char* name : {"07-03-2026_09-05-07_Hello.txt", "two_parts.txt", "one.txt", "a_b_c_d.txt", "x.eml"}) {
     folder.Write(name, "x");
   }
-  folder.Write("a_b_d.txt", "The messages are written into files. Nothing is sent.\r\nWriting for 1 recipients.\r\n");
+  folder.Write("a_b_d.txt", "The messages are written into files. Nothing is sent.\r\nWriting for 1 recipient.\r\n");
   fs::permissions(folder / "one.txt", fs::perms::owner_read);
   auto rows = ListHistory(folder.path());
   ASSERT_TRUE(rows);

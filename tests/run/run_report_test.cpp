@@ -70,6 +70,8 @@ TEST(RunReport, SaysNowhereThatWhatWasWrittenWasSent) {
   report.Completed({.sent = 2});
   report.Completed({.sent = 1, .failed = 1});
   report.Completed({.failed = 1});
+  report.SendingTo(1, {});
+  report.SendingTo(1, PartialRange{2, 2});
   EXPECT_EQ(
       shown,
       (std::vector<std::string>{
@@ -79,9 +81,10 @@ TEST(RunReport, SaysNowhereThatWhatWasWrittenWasSent) {
           "handle mail for unknown recipients.",
           "", "The message was not written.", "The disk is full.", "Free some of it.", "",
           "The messages have been written into files. Nothing was sent.", "2 messages written during process.",
-          "Not all messages have been written into files. Nothing was sent.", "1 messages written during process.",
-          "1 messages failed during process.", "No message has been written into a file. Nothing was sent.",
-          "1 messages failed during process."}));
+          "Not all messages have been written into files. Nothing was sent.", "1 message written during process.",
+          "1 message failed during process.", "No message has been written into a file. Nothing was sent.",
+          "1 message failed during process.", "Writing for 1 recipient.",
+          "Partial writing for 1 recipient (from #2 to #2)."}));
 }
 
 TEST(RunReport, LeavesOutCountsOfNothing) {

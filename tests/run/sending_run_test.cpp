@@ -304,7 +304,7 @@ TEST_F(SendingRun, ReportsWhyNotAllMessagesWereWrittenAndWhoWasNotTried) {
            Case{1, false,
                 "Not all messages have been written into files. Nothing was sent.\r\n"
                 "The run stopped: The disk is full. Free some of it.\r\n"
-                "1 messages written during process.\r\n"
+                "1 message written during process.\r\n"
                 "2 recipients were not tried (from #2 to #3); nothing was sent to them.\r\n"},
            Case{0, false,
                 "No message has been written into a file. Nothing was sent.\r\n"
@@ -314,7 +314,7 @@ TEST_F(SendingRun, ReportsWhyNotAllMessagesWereWrittenAndWhoWasNotTried) {
                 true,
                 "Not all messages have been written into files. Nothing was sent.\r\n"
                 "The run was cancelled.\r\n"
-                "1 messages written during process.\r\n"
+                "1 message written during process.\r\n"
                 "2 recipients were not tried (from #2 to #3); nothing was sent to them.\r\n"},
        }) {
     Run({.fates = "sss", .change = [&](FakeCarrier& carrier, Told&) {
