@@ -11,6 +11,7 @@
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/widgets/row_list.h"
+#include "platform/file.h"
 #include "support/kept_mailing.h"
 
 namespace quillcast::desktop {
@@ -209,6 +210,29 @@ class KeptRunsFormTest : public QObject {
     Press(runs, "SendToTheseButton");
     QVERIFY(asked);
     QCOMPARE(asked->pace.connections, std::string("2"));
+  }
+
+  // What a resume leaves stands in the history behind the window of the runs as soon as it is over.
+  void theHistoryShowsWhatWasSentFromTheRuns() {
+    test::FormRig rig;
+    const auto leave = [&](const char* file) { QVERIFY(platform::ReplaceFile(rig.folders.History() / file, "x")); };
+    leave("01-02-2026_10-00-00_Hello.txt");
+    leave("01-03-2026_10-00-00_Hello.txt");
+    HistoryManagerForm history(rig.program, nullptr);
+    history.show();
+    history.findChild<QComboBox*>("OrderComboBox")->setCurrentText("Newest first");
+    auto* grid = history.findChild<RowList*>("HistoryGrid");
+    grid->Choose(1);
+    history.show_runs = [&](const auto& sent) {
+      leave("01-04-2026_10-00-00_Hello.txt");
+      sent();
+      QCOMPARE(grid->size(), std::size_t{3});
+      leave("01-05-2026_10-00-00_Hello.txt");
+    };
+    Press(history, "RunsButton");
+    QCOMPARE(grid->size(), std::size_t{4});
+    QCOMPARE(grid->Chosen(), std::vector<std::size_t>{3});
+    QCOMPARE(Status(history), QString("4 of 4 shown."));
   }
 
   void clearingTheHistoryKeepsWhatCanBeResumed() {

@@ -72,19 +72,30 @@ TEST(RunReport, SaysNowhereThatWhatWasWrittenWasSent) {
   report.Completed({.failed = 1});
   report.SendingTo(1, {});
   report.SendingTo(1, PartialRange{2, 2});
-  EXPECT_EQ(
-      shown,
-      (std::vector<std::string>{
-          "The messages are written into files. Nothing is sent.", "Partial writing for 3 recipients (from #2 to #4).",
-          "Writing for 3 recipients.", "Message written.", "", "The message was not written.",
-          "Error 8: An error was reported in response to a recipient address. The SMTP server may refuse to "
-          "handle mail for unknown recipients.",
-          "", "The message was not written.", "The disk is full.", "Free some of it.", "",
-          "The messages have been written into files. Nothing was sent.", "2 messages written during process.",
-          "Not all messages have been written into files. Nothing was sent.", "1 message written during process.",
-          "1 message failed during process.", "No message has been written into a file. Nothing was sent.",
-          "1 message failed during process.", "Writing for 1 recipient.",
-          "Partial writing for 1 recipient (from #2 to #2)."}));
+  EXPECT_EQ(shown,
+            (std::vector<std::string>{
+                "The messages are written into files. Nothing is sent.",
+                "Partial writing for 3 recipients (from #2 to #4).",
+                "Writing for 3 recipients.",
+                "Message written.",
+                "",
+                "The message was not written.",
+                "Error 8: An error was reported in response to a recipient address. The SMTP server may refuse to "
+                "handle mail for unknown recipients.",
+                "",
+                "The message was not written.",
+                "The disk is full.",
+                "Free some of it.",
+                "",
+                "The messages have been written into files. Nothing was sent.",
+                "2 messages written during process.",
+                "Not all messages have been written into files. Nothing was sent.",
+                "1 message written during process.",
+                "1 message failed during process.",
+                "No message has been written into a file. Nothing was sent.",
+                "1 message failed during process.",
+                "Writing for 1 recipient.",
+                "Partial writing for 1 recipient (from #2 to #2)."}));
 }
 
 TEST(RunReport, LeavesOutCountsOfNothing) {

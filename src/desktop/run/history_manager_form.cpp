@@ -3,6 +3,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <algorithm>
 
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
@@ -57,7 +58,9 @@ void HistoryManagerForm::MakeButtons(FormColumn* column) {
   open_log_->setDefault(true);
   open_message_ = make("OpenMessageButton", tr("Open &Message"), [this] { Open(run::OpenMessage); });
   auto* runs = make("RunsButton", tr("&Runs…"), [this] {
-    if (show_runs) show_runs();
+    if (!show_runs) return;
+    show_runs([this] { FillAgain(); });
+    FillAgain();
   });
   column->AddLine({open_log_, open_message_, runs, nullptr,
                    make("ClearHistoryButton", tr("Clear &History…"), [this] { Clear(); }),
@@ -69,6 +72,13 @@ void HistoryManagerForm::Fill() {
   rows_ = rows ? std::move(*rows) : std::vector<run::HistoryRow>();
   Arrange();
   if (!rows) status_->Fail(rows.error());
+}
+
+void HistoryManagerForm::FillAgain() {
+  const std::string stays = Chosen() == nullptr ? std::string() : Chosen()->file;
+  Fill();
+  const auto same = std::ranges::find_if(shown_, [&](std::size_t place) { return rows_[place].file == stays; });
+  if (same != shown_.end()) grid_->Choose(static_cast<std::size_t>(same - shown_.begin()));
 }
 
 void HistoryManagerForm::Arrange() {

@@ -22,14 +22,17 @@ class HistoryManagerForm final : public QDialog {
   Q_OBJECT
  public:
   HistoryManagerForm(const profile::Program& program, QWidget* parent);
-  // Opens the window of the runs that are kept, and returns when that has closed.
-  std::function<void()> show_runs;
+  // Opens the window of the runs that are kept, and returns when that has closed; calls `sent` each time that something
+  // was sent from there.
+  std::function<void(const std::function<void()>& sent)> show_runs;
   // What clearing came to, for the status line of whoever opened this; empty where nothing was cleared.
   QString cleared() const { return cleared_; }
 
  private:
   void MakeButtons(FormColumn* column);
   void Fill();
+  // The same later: what was chosen stays so.
+  void FillAgain();
   void Arrange();
   void EnableButtons();
   QString TextOf(std::size_t row) const;

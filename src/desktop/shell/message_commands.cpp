@@ -1,5 +1,6 @@
 // The commands of the Message menu.
 #include <QApplication>
+#include <functional>
 
 #include "desktop/document/body_view.h"
 #include "desktop/document/editor_document.h"
@@ -111,17 +112,28 @@ void GoOnWithRun(Shell& shell, const GoOnRequest& request) {
   if (form.shuts_down()) shell.window.close();
 }
 
-void ShowKeptRuns(Shell& shell) {
+namespace {
+
+void ShowRuns(Shell& shell, const std::function<void()>& sent) {
   QWidget* parent = QApplication::activeWindow();
   KeptRunsForm form(shell.program, parent == nullptr ? &shell.window : parent);
-  form.go_on = [&shell](const GoOnRequest& request) { GoOnWithRun(shell, request); };
+  form.go_on = [&shell, &sent](const GoOnRequest& request) {
+    GoOnWithRun(shell, request);
+    sent();
+  };
   form.exec();
   shell.notices.LookForCutOff();
 }
 
+}  // namespace
+
+void ShowKeptRuns(Shell& shell) {
+  ShowRuns(shell, [] {});
+}
+
 void ShowHistory(Shell& shell) {
   HistoryManagerForm form(shell.program, &shell.window);
-  form.show_runs = [&shell] { ShowKeptRuns(shell); };
+  form.show_runs = [&shell](const std::function<void()>& sent) { ShowRuns(shell, sent); };
   form.exec();
   if (!form.cleared().isEmpty()) shell.Say(form.cleared());
 }
