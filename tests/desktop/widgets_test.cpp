@@ -140,6 +140,36 @@ class WidgetsTest : public QObject {
     }
   }
 
+  // However long what is said is, and be it one word, the window keeps its width, and all of it can be read.
+  void aLongReasonMakesNoWindowWider() {
+    const QString words = QString("The way to the server is lost, and is tried again then. ").repeated(8);
+    const QString word(400, 'x');
+    for (const QString& said : {words, word}) {
+      QDialog dialog;
+      auto* column = new FormColumn(&dialog);
+      auto* line = column->Add(new StatusLine(&dialog));
+      auto* panel = column->Add(new NotePanel(NoteKind::kWarning, "Panel", "PanelLabel", &dialog));
+      auto* progress = column->Add(new ProgressPanel("SendButton", "Send", &dialog));
+      progress->AddBar("Bar", "The whole run:");
+      column->addStretch(1);
+      dialog.resize(520, 700);
+      dialog.show();
+      QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+      line->Say(said);
+      panel->SetText(said);
+      progress->SayRate(said);
+      QTest::qWait(50);
+      QCOMPARE(dialog.width(), 520);
+      QVERIFY(dialog.layout()->minimumSize().width() <= 520);
+      for (const StatusLine* label : dialog.findChildren<StatusLine*>()) {
+        QVERIFY(label->text().size() > 100);
+        QVERIFY2(label->height() >= label->heightForWidth(label->width()), qPrintable(label->objectName()));
+      }
+      const auto* button = progress->button();
+      QVERIFY(dialog.rect().contains(QRect(button->mapTo(&dialog, QPoint(0, 0)), button->size())));
+    }
+  }
+
   // In the order in which they are given.
   void listsOpenWithTheGivenColours() {
     const QStringList given = {"#ffffff", "#104224", "#ffffff", "#5f5f8f"};

@@ -9,12 +9,18 @@
 #include "account/account_pace.h"
 #include "account/account_steps.h"
 #include "desktop/run/run_pace_form.h"
+#include "desktop/widgets/breakable.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
 #include "run/pace/pace_words.h"
 
 namespace quillcast::desktop {
+namespace {
+
+constexpr int kLongestWord = 50;  // a subject or a server may be one
+
+}  // namespace
 
 RunHeading::RunHeading(const profile::Program& program, const std::string& subject, const run::ChosenGroup& group,
                        Server server, QWidget* parent)
@@ -26,9 +32,11 @@ RunHeading::RunHeading(const profile::Program& program, const std::string& subje
       pace_button_(new QPushButton(tr("Pa&ce…"), this)) {
   auto* what = new QLabel(this);
   what->setObjectName("HeadingLabel");
-  what->setText(tr("“%1” to %2, %3")
-                    .arg(ToQt(platform::Printable(subject, 100)), ToQt(platform::Printable(group.group.name, 60)),
-                         Counted(group.recipients, tr("1 recipient"), tr("%1 recipients"))));
+  const QString sentence =
+      tr("“%1” to %2, %3")
+          .arg(ToQt(platform::Printable(subject, 100)), ToQt(platform::Printable(group.group.name, 60)),
+               Counted(group.recipients, tr("1 recipient"), tr("%1 recipients")));
+  what->setText(Breakable(sentence, kLongestWord));
   QFont bold = what->font();
   bold.setBold(true);
   what->setFont(bold);
@@ -76,9 +84,10 @@ void RunHeading::ShowRoute() {
   if (!account) return;
   const QString from = ToQt(platform::Printable(account::TextsOf(*account).from, 120));
   route_->setText(
-      server_ == Server::kPractice
-          ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
-          : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))));
+      Breakable(server_ == Server::kPractice
+                    ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
+                    : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))),
+                kLongestWord));
 }
 
 void RunHeading::ShowPace() {

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/breakable.h"
 #include "desktop/widgets/digits_filter.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
@@ -17,22 +18,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kLongestWord = 40;  // of the maker's notes; a longer one would widen the window
-
-// With places at which a longer word may be broken.
-QString Breakable(const QString& text) {
-  QString broken;
-  int length = 0;
-  for (const QChar c : text) {
-    length = c.isSpace() ? 0 : length + 1;
-    if (length > kLongestWord && !c.isLowSurrogate()) {
-      broken += QChar(0x200B);
-      length = 1;
-    }
-    broken += c;
-  }
-  return broken;
-}
+constexpr int kLongestWord = 40;  // of the maker's notes
 
 }  // namespace
 
@@ -146,7 +132,7 @@ void UpdateMainForm::Check() {
 void UpdateMainForm::Tell(const Result<update::Answer>& answer) {
   check_->setText(tr("C&heck"));
   if (!answer) return status_->Fail(answer.error());
-  status_->Say(Breakable(InWords(update::Describe(*answer, update::OwnVersion()))),
+  status_->Say(Breakable(InWords(update::Describe(*answer, update::OwnVersion())), kLongestWord),
                answer->standing == update::Standing::kNewer ? NoteKind::kWarning : NoteKind::kInformation);
 }
 

@@ -6,12 +6,14 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "desktop/widgets/breakable.h"
 #include "desktop/widgets/icons.h"
 
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kSign = 20;  // pixels
+constexpr int kSign = 20;         // pixels
+constexpr int kLongestWord = 60;  // a path may be one word
 
 }  // namespace
 
@@ -38,7 +40,7 @@ NotePanel::NotePanel(NoteKind kind, const char* name, const char* label, QWidget
   TakeColours();
 }
 
-void NotePanel::SetText(const QString& sentence) { sentence_->setText(sentence); }
+void NotePanel::SetText(const QString& sentence) { sentence_->setText(Breakable(sentence, kLongestWord)); }
 QString NotePanel::text() const { return sentence_->text(); }
 
 QPushButton* NotePanel::AddOffer(const char* name, const QString& text, std::function<void()> action) {

@@ -4,13 +4,16 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "desktop/widgets/breakable.h"
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/form_column.h"
+#include "desktop/widgets/status_line.h"
 
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kNarrowest = 120;  // pixels: the button keeps its place whatever it says
+constexpr int kNarrowest = 120;   // pixels: the button keeps its place whatever it says
+constexpr int kLongestWord = 30;  // beside the buttons
 
 }  // namespace
 
@@ -18,10 +21,8 @@ ProgressPanel::ProgressPanel(const char* button, const QString& text, QWidget* p
     : QWidget(parent),
       bars_(new QGridLayout()),
       below_(new QHBoxLayout()),
-      rate_(new QLabel(this)),
+      rate_(new StatusLine(this, "RateLabel")),
       button_(new QPushButton(text, this)) {
-  rate_->setObjectName("RateLabel");
-  rate_->setTextFormat(Qt::PlainText);
   button_->setObjectName(button);
   button_->setMinimumWidth(kNarrowest);
   bars_->setColumnStretch(1, 1);
@@ -54,6 +55,6 @@ void ProgressPanel::PutButtonBesideBar() {
   bars_->addWidget(button_, bars_->rowCount() - 1, 2);
 }
 
-void ProgressPanel::SayRate(const QString& rate) { rate_->setText(rate); }
+void ProgressPanel::SayRate(const QString& rate) { rate_->Say(Breakable(rate, kLongestWord)); }
 
 }  // namespace quillcast::desktop

@@ -11,12 +11,12 @@
 
 class QGridLayout;
 class QHBoxLayout;
-class QLabel;
 class QPushButton;
 
 namespace quillcast::desktop {
 
 class CountBar;
+class StatusLine;
 
 class ProgressPanel final : public QWidget {
   Q_OBJECT
@@ -25,7 +25,7 @@ class ProgressPanel final : public QWidget {
 
   // Below those that are there.
   CountBar* AddBar(const char* name, const QString& caption);
-  // "12 messages a second, 3 minutes left"; in the "RateLabel".
+  // "12 messages a second, 3 minutes left", or what it waits for, which may be long; in the "RateLabel".
   void SayRate(const QString& rate);
   // Before that button, on its line: the one that begins the work, where it has one of its own.
   void AddBeside(QPushButton* button);
@@ -40,7 +40,7 @@ class ProgressPanel final : public QWidget {
  private:
   QGridLayout* bars_;
   QHBoxLayout* below_;
-  QLabel* rate_;
+  StatusLine* rate_;
   QPushButton* button_;
 };
 

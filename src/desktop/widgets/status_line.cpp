@@ -4,9 +4,15 @@
 #include <QEvent>
 #include <QLayout>
 
+#include "desktop/widgets/breakable.h"
 #include "desktop/widgets/qt_text.h"
 
 namespace quillcast::desktop {
+namespace {
+
+constexpr int kLongestWord = 60;  // a path or a reply may be one word
+
+}  // namespace
 
 StatusLine::StatusLine(QWidget* parent, const char* name) : QLabel(parent) {
   setObjectName(name);
@@ -16,7 +22,7 @@ StatusLine::StatusLine(QWidget* parent, const char* name) : QLabel(parent) {
 
 void StatusLine::Say(const QString& sentence, NoteKind kind) {
   kind_ = kind;
-  setText(sentence);
+  setText(Breakable(sentence, kLongestWord));
   TakeColour();
   MakeRoom();
 }
