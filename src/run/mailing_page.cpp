@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <string>
 
+#include "document/merge_fields.h"
 #include "html/safe_page.h"
 #include "platform/text.h"
 #include "run/mailing_tally.h"
@@ -26,24 +28,52 @@ constexpr const char* kHead = R"(<!DOCTYPE html>
 <meta http-equiv="Content-Security-Policy" content="default-src 'none'; style-src 'unsafe-inline'">
 <title>{0}</title>
 <style>
-:root {{ color-scheme: light dark; --sent: #2a7a4b; --other: #b4541e; --line: #8884; }}
-@media (prefers-color-scheme: dark) {{ :root {{ --sent: #57b37f; --other: #e08a52; }} }}
+:root {{ color-scheme: light dark; --sent: #2a7a4b; --other: #b4541e; --unknown: #7a5ea8; --left: #8a8f98; --line: #8884; }}
+@media (prefers-color-scheme: dark) {{ :root {{ --sent: #57b37f; --other: #e08a52; --unknown: #ab92d6; --left: #8a8f98; }} }}
 body {{ font: 16px/1.5 system-ui, sans-serif; max-width: 56rem; margin: 2rem auto; padding: 0 1rem; }}
 h1 {{ font-size: 1.5rem; margin-bottom: 0; overflow-wrap: anywhere; }}
 h2 {{ font-size: 1.1rem; margin-top: 2.2rem; }}
 table {{ border-collapse: collapse; width: 100%; }}
 th, td {{ text-align: left; padding: .25rem .6rem .25rem 0; border-bottom: 1px solid var(--line); vertical-align: top; overflow-wrap: anywhere; }}
-td.number {{ text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; }}
+.number {{ text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; }}
+tr.all td {{ font-weight: bold; }}
 td.bar {{ width: 40%; vertical-align: middle; }}
 td.bar span {{ display: inline-block; height: .8rem; }}
-.sent {{ background: var(--sent); }} .other {{ background: var(--other); }}
+.sent {{ background: var(--sent); }} .other {{ background: var(--other); }} .unknown {{ background: var(--unknown); }} .left {{ background: var(--left); }}
 .key::before {{ content: ""; display: inline-block; width: .8rem; height: .8rem; margin: 0 .4rem 0 .8rem; background: var(--colour); }}
-svg {{ width: 100%; height: auto; }} svg .sent {{ fill: var(--sent); }} svg .other {{ fill: var(--other); }} svg text {{ fill: currentColor; font-size: 11px; }}
+svg {{ width: 100%; height: auto; }} svg .sent {{ fill: var(--sent); }} svg .other {{ fill: var(--other); }} svg .unknown {{ fill: var(--unknown); }} svg .left {{ fill: var(--left); }} svg text {{ fill: currentColor; font-size: 11px; }}
 small {{ opacity: .75; }}
 </style>
 </head>
 <body>
 )";
+
+// A fate as the tables, their key and the picture have it.
+struct Shown {
+  Fate fate;
+  const char* name;
+  const char* colour;  // of the style above
+};
+constexpr std::array<Shown, kFates> kShown = {{{Fate::kSent, "sent", "sent"},
+                                               {Fate::kNotSent, "not sent", "other"},
+                                               {Fate::kUnknown, "unknown", "unknown"},
+                                               {Fate::kOnItsWay, "on its way", "left"},
+                                               {Fate::kNotTried, "not tried", "left"}}};
+
+const Shown& ShownOf(Fate fate) { return *std::ranges::find(kShown, fate, &Shown::fate); }
+
+// Those of a list, named one by one.
+struct Named {
+  const char* heading;
+  StateSet states;
+};
+const std::array<Named, 3>& AllNamed() {
+  static const std::array<Named, 3> named = {
+      {{"Who did not get it", SetOf({ResultState::kRefused, ResultState::kDeferred, ResultState::kFailed})},
+       {"Who may have got it", SetOf({ResultState::kUnknown, ResultState::kInFlight})},
+       {"Who was not tried", SetOf({ResultState::kNotTried})}}};
+  return named;
+}
 
 std::string Safe(std::string_view text, std::size_t longest = 300) {
   return html::EscapedForHtml(platform::Printable(text, longest));
@@ -51,11 +81,32 @@ std::string Safe(std::string_view text, std::size_t longest = 300) {
 
 std::string Number(std::int64_t number) { return platform::WithThousands(number); }
 
+// A tag would mean nothing to whom the page is shown; its field does.
+std::string WithoutTags(std::string subject) {
+  constexpr std::string_view kBegin = "$*Merge";
+  for (const auto& field : document::kMergeFields) {
+    const std::string_view name = field.tag.substr(kBegin.size(), field.tag.size() - kBegin.size() - 2);
+    subject = platform::ReplaceAll(subject, field.tag, fmt::format("[{}]", name));
+  }
+  return subject;
+}
+
+// How it came to its end, behind when it began.
+std::string EndOf(const RunEntry& run, const platform::Clock& clock) {
+  if (run.ended) return " to " + MomentText(*run.ended, clock);
+  return run.standing == RunStanding::kGoesOn ? ", and goes on" : ", and was cut off";
+}
+
 // Any that there are at all get a line that can be seen.
 std::string Bar(const char* kind, std::int64_t part, std::int64_t whole) {
   if (part == 0 || whole == 0) return "";
   const double percent = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
   return fmt::format("<span class=\"{}\" style=\"width:{:.2f}%\"></span>", kind, std::max(percent, 0.5));
+}
+
+// Who is sent and who is not has a column always; the others where there is somebody.
+bool IsColumn(Fate fate, const Tally& whole) {
+  return fate == Fate::kSent || fate == Fate::kNotSent || whole.of(fate) > 0;
 }
 
 // Writes the page and remembers the first failure, behind which it writes nothing.
@@ -67,9 +118,9 @@ class Page {
 
   void Begin();
   void States();
-  void Bars(const char* heading, const char* what, const std::vector<NamedTally>& rows);
+  void Bars(const char* heading, const char* what, std::vector<NamedTally> rows);
   void OverTime(const MailingTally& tally, std::chrono::sys_seconds first);
-  void BeginNames();
+  void BeginNames(const char* heading);
   void Name(const JournalRow& row);
   void EndNames(std::int64_t more);
   void End() { Put("</body>\n</html>\n"); }
@@ -87,7 +138,7 @@ class Page {
 };
 
 void Page::Begin() {
-  const std::string subject = Safe(mailing_.subject.empty() ? "(no subject)" : mailing_.subject);
+  const std::string subject = Safe(mailing_.subject.empty() ? "(no subject)" : WithoutTags(mailing_.subject));
   Put(fmt::format(fmt::runtime(kHead), subject));
   Put(fmt::format("<h1>{}</h1>\n<p>To {} of the group {}.", subject,
                   platform::Counted(mailing_.recipients, "recipient", "recipients"), Safe(mailing_.group)));
@@ -95,8 +146,7 @@ void Page::Begin() {
     const char* what = run.kind == RunKind::kFirst    ? "Sent"
                        : run.kind == RunKind::kResume ? "Gone on with"
                                                       : "Tried again";
-    Put(fmt::format(" {} {}{}.", what, MomentText(run.began, clock_),
-                    run.ended ? " to " + MomentText(*run.ended, clock_) : ""));
+    Put(fmt::format(" {} {}{}.", what, MomentText(run.began, clock_), EndOf(run, clock_)));
   }
   Put("</p>\n");
 }
@@ -112,27 +162,40 @@ void Page::States() {
                     "class=\"number\">{:.1f} %</td><td class=\"bar\">{}</td></tr>\n",
                     run::Name(state), MeaningOf(state), Number(count),
                     100.0 * static_cast<double>(count) / static_cast<double>(mailing_.recipients),
-                    Bar(state == ResultState::kSent ? "sent" : "other", count, mailing_.recipients)));
+                    Bar(ShownOf(FateOf(state)).colour, count, mailing_.recipients)));
   }
   Put("</table>\n");
 }
 
-void Page::Bars(const char* heading, const char* what, const std::vector<NamedTally>& rows) {
+void Page::Bars(const char* heading, const char* what, std::vector<NamedTally> rows) {
   if (rows.empty()) return;
   std::int64_t most = 0;
-  for (const auto& row : rows) most = std::max(most, row.tally.all());
-  Put(
-      fmt::format("<h2>{}</h2>\n<p><span class=\"key\" style=\"--colour:var(--sent)\">sent</span><span class=\"key\" "
-                  "style=\"--colour:var(--other)\">not sent</span></p>\n<table>\n<tr><th>{}</th><th>sent</th><th>not "
-                  "sent</th><th></th></tr>\n",
-                  heading, what));
+  NamedTally whole{"All", {}, {}};
   for (const auto& row : rows) {
+    most = std::max(most, row.tally.all());
+    whole.tally.Add(row.tally);
+  }
+  std::string key;
+  std::string head;
+  for (const Shown& shown : kShown) {
+    if (!IsColumn(shown.fate, whole.tally)) continue;
+    key += fmt::format("<span class=\"key\" style=\"--colour:var(--{})\">{}</span>", shown.colour, shown.name);
+    head += fmt::format("<th class=\"number\">{}</th>", shown.name);
+  }
+  Put(fmt::format("<h2>{}</h2>\n<p>{}</p>\n<table>\n<tr><th>{}</th>{}<th></th></tr>\n", heading, key, what, head));
+  rows.push_back(whole);
+  for (const auto& row : rows) {
+    const bool is_whole = &row == &rows.back();
     const std::string example = row.example.empty() ? "" : "<br><small>" + Safe(row.example, 160) + "</small>";
-    Put(
-        fmt::format("<tr><td>{}{}</td><td class=\"number\">{}</td><td class=\"number\">{}</td><td "
-                    "class=\"bar\">{}{}</td></tr>\n",
-                    Safe(row.name), example, Number(row.tally.sent), Number(row.tally.others),
-                    Bar("sent", row.tally.sent, most), Bar("other", row.tally.others, most)));
+    std::string numbers;
+    std::string bars;
+    for (const Shown& shown : kShown) {
+      if (!IsColumn(shown.fate, whole.tally)) continue;
+      numbers += fmt::format("<td class=\"number\">{}</td>", Number(row.tally.of(shown.fate)));
+      if (!is_whole) bars += Bar(shown.colour, row.tally.of(shown.fate), most);
+    }
+    Put(fmt::format("<tr{}><td>{}{}</td>{}<td class=\"bar\">{}</td></tr>\n", is_whole ? " class=\"all\"" : "",
+                    Safe(row.name), example, numbers, bars));
   }
   Put("</table>\n");
 }
@@ -153,17 +216,17 @@ void Page::OverTime(const MailingTally& tally, std::chrono::sys_seconds first) {
   for (std::size_t n = 0; n < tally.columns().size(); ++n) {
     const Tally& column = tally.columns()[n];
     const double x = wide * static_cast<double>(n);
-    const auto rectangle = [&](const char* kind, double top, std::int64_t count) {
-      if (count == 0) return;
-      Put(
-          fmt::format("<rect class=\"{}\" x=\"{:.2f}\" y=\"{:.2f}\" width=\"{:.2f}\" height=\"{:.2f}\"><title>{}: {} {}"
-                      "</title></rect>\n",
-                      kind, x, 14 + kHeight - top, std::max(wide - 1, 0.5), high(count),
-                      MomentText(first + tally.step() * static_cast<std::int64_t>(n), clock_), Number(count),
-                      kind == std::string_view("sent") ? "sent" : "not sent"));
-    };
-    rectangle("sent", high(column.sent), column.sent);
-    rectangle("other", high(column.all()), column.others);
+    double top = 0;
+    for (const Shown& shown : kShown) {
+      const std::int64_t count = column.of(shown.fate);
+      if (count == 0) continue;
+      top += high(count);
+      Put(fmt::format(
+          "<rect class=\"{}\" x=\"{:.2f}\" y=\"{:.2f}\" width=\"{:.2f}\" height=\"{:.2f}\"><title>{}: {} {}"
+          "</title></rect>\n",
+          shown.colour, x, 14 + kHeight - top, std::max(wide - 1, 0.5), high(count),
+          MomentText(first + tally.step() * static_cast<std::int64_t>(n), clock_), Number(count), shown.name));
+    }
   }
   const auto end = first + tally.step() * static_cast<std::int64_t>(tally.columns().size());
   Put(
@@ -173,8 +236,11 @@ void Page::OverTime(const MailingTally& tally, std::chrono::sys_seconds first) {
                   MomentText(first, clock_), kWidth, kHeight + 30, MomentText(end, clock_)));
 }
 
-void Page::BeginNames() {
-  Put("<h2>Who did not get it</h2>\n<table>\n<tr><th>#</th><th>Address</th><th>State</th><th>Why</th></tr>\n");
+void Page::BeginNames(const char* heading) {
+  Put(
+      fmt::format("<h2>{}</h2>\n<table>\n<tr><th class=\"number\">#</th><th>Address</th><th>State</th>"
+                  "<th>Why</th></tr>\n",
+                  heading));
 }
 
 void Page::Name(const JournalRow& row) {
@@ -198,10 +264,8 @@ Result<void> WriteMailingPage(RunJournal& journal, const MailingEntry& mailing, 
   const auto first = mailing.runs.front().began;
   const auto last = mailing.runs.back().ended.value_or(std::chrono::floor<std::chrono::seconds>(clock.Now()));
   MailingTally tally(first, last);
-  StateSet tried = StateSet().set();
-  tried.reset(static_cast<std::size_t>(ResultState::kNotTried));
   const auto is_cancelled = [&] { return cancel.Requested() != platform::Stop::kNone; };
-  const auto counted = journal.Visit(mailing.id, tried, 0, [&](const JournalRow& row) -> Result<bool> {
+  const auto counted = journal.Visit(mailing.id, StateSet().set(), 0, [&](const JournalRow& row) -> Result<bool> {
     tally.Add(row);
     return !is_cancelled();
   });
@@ -214,17 +278,17 @@ Result<void> WriteMailingPage(RunJournal& journal, const MailingEntry& mailing, 
   page.Bars("By reply", "Reply", tally.Replies(kMostBars));
   page.Bars("By recipient domain", "Domain", tally.Domains(kMostBars));
   page.OverTime(tally, first);
-  const std::int64_t without = mailing.recipients - mailing.counts[static_cast<std::size_t>(ResultState::kSent)];
-  if (without > 0) {
-    page.BeginNames();
-    std::int64_t named = 0;
-    const StateSet not_sent = StateSet().set().reset(static_cast<std::size_t>(ResultState::kSent));
-    const auto visited = journal.Visit(mailing.id, not_sent, 0, [&](const JournalRow& row) -> Result<bool> {
+  for (const Named& named : AllNamed()) {
+    const std::int64_t all = CountIn(mailing.counts, named.states);
+    if (all == 0) continue;
+    page.BeginNames(named.heading);
+    std::int64_t listed = 0;
+    const auto visited = journal.Visit(mailing.id, named.states, 0, [&](const JournalRow& row) -> Result<bool> {
       page.Name(row);
-      return ++named < kMostNamed && page.written();
+      return ++listed < kMostNamed && page.written();
     });
     if (!visited) return visited.error();
-    page.EndNames(without - named);
+    page.EndNames(all - listed);
   }
   page.End();
   return page.written();

@@ -1,6 +1,7 @@
 #include "run/mailing_tally.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "platform/text.h"
@@ -19,6 +20,9 @@ std::string DomainOf(const recipients::Recipient& recipient) {
 }
 
 std::string ReplyOf(const JournalRow& row) {
+  if (row.state == ResultState::kNotTried) return "not tried";
+  if (row.state == ResultState::kInFlight) return "no answer yet";
+  if (row.state == ResultState::kUnknown && row.reply.code == 0) return "no answer";
   if (row.reply.code == 0) return std::string(platform::Trim(smtp::ResultText(row.code)));
   return std::to_string(row.reply.code) + (row.reply.enhanced.empty() ? "" : " " + row.reply.enhanced);
 }
@@ -35,40 +39,59 @@ std::chrono::seconds StepFor(std::chrono::seconds whole, std::size_t most) {
 
 }  // namespace
 
+Fate FateOf(ResultState state) {
+  switch (state) {
+    case ResultState::kSent:
+      return Fate::kSent;
+    case ResultState::kUnknown:
+      return Fate::kUnknown;
+    case ResultState::kNotTried:
+      return Fate::kNotTried;
+    case ResultState::kInFlight:
+      return Fate::kOnItsWay;
+    case ResultState::kRefused:
+    case ResultState::kDeferred:
+    case ResultState::kFailed:
+      break;
+  }
+  return Fate::kNotSent;
+}
+
+std::int64_t Tally::all() const { return std::accumulate(counts.begin(), counts.end(), std::int64_t{0}); }
+
+void Tally::Add(const Tally& other) {
+  for (std::size_t n = 0; n < kFates; ++n) counts[n] += other.counts[n];
+}
+
 MailingTally::MailingTally(std::chrono::sys_seconds first, std::chrono::sys_seconds last)
     : first_(first), step_(StepFor(std::max(last, first) - first, kMostColumns)) {
   columns_.resize(static_cast<std::size_t>((std::max(last, first) - first) / step_) + 1);
 }
 
-MailingTally::Counted& MailingTally::Count(Names& names, std::string name, bool is_sent) {
+MailingTally::Counted& MailingTally::Count(Names& names, std::string name, Fate fate) {
   if (names.size() >= kMostNames && !names.contains(name)) name = kOthers;
   Counted& counted = names[std::move(name)];
-  ++(is_sent ? counted.tally.sent : counted.tally.others);
+  counted.tally.Add(fate);
   return counted;
 }
 
 void MailingTally::Add(const JournalRow& row) {
-  const bool is_sent = row.state == ResultState::kSent;
-  Count(domains_, DomainOf(row.recipient), is_sent);
-  Counted& reply = Count(replies_, ReplyOf(row), is_sent);
+  const Fate fate = FateOf(row.state);
+  Count(domains_, DomainOf(row.recipient), fate);
+  Counted& reply = Count(replies_, ReplyOf(row), fate);
   if (reply.example.empty()) reply.example = row.reply.code == 0 ? row.reason : row.reply.text;
-  if (!row.when) return;
+  if (!row.when || fate == Fate::kNotTried) return;
   // A clock that was set meanwhile puts nobody outside.
   const auto column = std::clamp<std::int64_t>((*row.when - first_) / step_, 0, std::ssize(columns_) - 1);
-  Tally& tally = columns_[static_cast<std::size_t>(column)];
-  ++(is_sent ? tally.sent : tally.others);
+  columns_[static_cast<std::size_t>(column)].Add(fate);
 }
 
 std::vector<NamedTally> MailingTally::Largest(const Names& names, std::size_t most) {
   std::vector<NamedTally> all;
   NamedTally rest{kOthers, {}, {}};
-  const auto add_to_rest = [&rest](const Tally& tally) {
-    rest.tally.sent += tally.sent;
-    rest.tally.others += tally.others;
-  };
   for (const auto& [name, counted] : names) {
     if (name == kOthers) {
-      add_to_rest(counted.tally);
+      rest.tally.Add(counted.tally);
     } else {
       all.push_back({name, counted.tally, counted.example});
     }
@@ -76,7 +99,7 @@ std::vector<NamedTally> MailingTally::Largest(const Names& names, std::size_t mo
   std::sort(all.begin(), all.end(), [](const NamedTally& a, const NamedTally& b) {
     return a.tally.all() != b.tally.all() ? a.tally.all() > b.tally.all() : a.name < b.name;
   });
-  for (std::size_t n = most; n < all.size(); ++n) add_to_rest(all[n].tally);
+  for (std::size_t n = most; n < all.size(); ++n) rest.tally.Add(all[n].tally);
   all.resize(std::min(all.size(), most));
   if (rest.tally.all() > 0) all.push_back(std::move(rest));
   return all;

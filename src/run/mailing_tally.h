@@ -1,7 +1,9 @@
 // What the results of a mailing come to, counted by what a person asks about them.
 #pragma once
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -12,11 +14,19 @@
 
 namespace quillcast::run {
 
+// What a person tells apart of what became of recipients: an unknown one may have got it, and to one who was not tried
+// nothing was sent, so that neither is "not sent".
+enum class Fate : std::uint8_t { kSent, kNotSent, kUnknown, kOnItsWay, kNotTried };
+inline constexpr std::size_t kFates = 5;
+Fate FateOf(ResultState state);
+
 // Of some of the recipients.
 struct Tally {
-  std::int64_t sent = 0;
-  std::int64_t others = 0;
-  std::int64_t all() const { return sent + others; }
+  std::array<std::int64_t, kFates> counts{};
+  std::int64_t of(Fate fate) const { return counts[static_cast<std::size_t>(fate)]; }
+  std::int64_t all() const;
+  void Add(Fate fate) { ++counts[static_cast<std::size_t>(fate)]; }
+  void Add(const Tally& other);
 };
 
 struct NamedTally {
@@ -25,8 +35,8 @@ struct NamedTally {
   std::string example;  // of a reply: the words of the first such
 };
 
-// Counts recipients that were tried, one by one. Its memory is bounded: beyond kMostNames different domains or replies
-// further ones count together. A reply goes by its digits; where there was none, by the text of our code.
+// Counts recipients one by one. Its memory is bounded: beyond kMostNames different domains or replies further ones
+// count together. A reply goes by its digits; where there was none, by what that means or by the text of our code.
 class MailingTally {
  public:
   static constexpr std::size_t kMostNames = 20'000;
@@ -39,7 +49,7 @@ class MailingTally {
   // The largest, largest first, and what is left together as "others".
   std::vector<NamedTally> Domains(std::size_t most) const;
   std::vector<NamedTally> Replies(std::size_t most) const;
-  // In equal steps from `first` on; `step` seconds each.
+  // In equal steps from `first` on, `step` seconds each; of who was tried.
   const std::vector<Tally>& columns() const { return columns_; }
   std::chrono::seconds step() const { return step_; }
 
@@ -49,7 +59,7 @@ class MailingTally {
     std::string example;
   };
   using Names = std::unordered_map<std::string, Counted>;
-  static Counted& Count(Names& names, std::string name, bool is_sent);
+  static Counted& Count(Names& names, std::string name, Fate fate);
   static std::vector<NamedTally> Largest(const Names& names, std::size_t most);
 
   const std::chrono::sys_seconds first_;

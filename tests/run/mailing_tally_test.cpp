@@ -54,8 +54,8 @@ TEST(MailingTally, NamesTheLargestAndCountsTheRestTogether) {
   const auto domains = tally.Domains(2);
   ASSERT_EQ(domains.size(), 3U);
   EXPECT_EQ(domains[0].name, "big.example");
-  EXPECT_EQ(domains[0].tally.sent, 5);
-  EXPECT_EQ(domains[1].tally.others, 3);
+  EXPECT_EQ(domains[0].tally.of(Fate::kSent), 5);
+  EXPECT_EQ(domains[1].tally.of(Fate::kNotSent), 3);
   EXPECT_EQ(domains[2].name, "others");
   EXPECT_EQ(domains[2].tally.all(), 2);
   EXPECT_EQ(tally.Replies(5)[0].name, "250");

@@ -1,0 +1,90 @@
+// What a mailing's page says of its recipients, as a person reads it.
+#include "run/mailing_page.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+#include "profile/folders.h"
+#include "run/kept_runs.h"
+#include "support/fake_clock.h"
+#include "support/kept_mailing.h"
+#include "support/temporary_folder.h"
+
+namespace quillcast::run {
+namespace {
+
+// A line for each row of a table, its cells parted by bars; bars of colour are left out.
+std::string AsRead(const std::string& page) {
+  std::string text = page.substr(page.find("<body>"));
+  text = std::regex_replace(text, std::regex("<span class=\"(sent|other|unknown|left)\"[^>]*></span>"), "");
+  text = std::regex_replace(text, std::regex("</t[dh]><t[dh][^>]*>"), " | ");
+  text = std::regex_replace(text, std::regex("<br>|</span><span[^>]*>"), "; ");
+  return std::regex_replace(text, std::regex("<[^>]*>"), "");
+}
+
+class PageOfMailing : public testing::Test {
+ protected:
+  // Of one that was cut off: sent, refused, deferred, unknown, and the rest not tried.
+  std::string PageAfter(const std::string& subject, int recipients) {
+    profile::Folders folders;
+    folders.data = folder_.path();
+    folders.temporary = folder_.path();
+    EXPECT_TRUE(test::LeaveCutOff(folders, "Readers", false, recipients));
+    const platform::CancelToken none;
+    const auto journal = OpenJournal(folders, clock_, none);
+    auto mailings = (*journal)->List();
+    mailings->front().subject = subject;
+    std::string page;
+    const auto written = WriteMailingPage(**journal, mailings->front(), clock_, none, [&](std::string_view html) {
+      page += html;
+      return Result<void>();
+    });
+    EXPECT_TRUE(written);
+    return page;
+  }
+
+  test::TemporaryFolder folder_;
+  platform::SystemClock clock_;
+};
+
+TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
+  const std::string text = AsRead(PageAfter("Hello", 7));
+  for (const char* line : {
+           // By reply, by domain, and what the colours mean.
+           "sent; not sent; unknown; not tried\n",
+           "Reply | sent | not sent | unknown | not tried | \n",
+           "250 2.0.0; taken | 1 | 0 | 0 | 0 | \n",
+           "451 4.2.0; later | 0 | 1 | 0 | 0 | \n",
+           "no answer; The program ended before the server's answer came. | 0 | 0 | 1 | 0 | \n",
+           "not tried | 0 | 0 | 0 | 3 | \n",
+           "example.org | 1 | 2 | 1 | 3 | \n",
+           "All | 1 | 2 | 1 | 3 | \n",
+           // By name.
+           "Who did not get it\n\n# | Address | State | Why\n2 | r2@example.org | refused | 550 5.1.1 nobody\n"
+           "3 | r3@example.org | deferred | 451 4.2.0 later\n\n",
+           "Who may have got it\n\n# | Address | State | Why\n4 | r4@example.org | unknown | The program ended before "
+           "the server's answer came.\n\n",
+           "Who was not tried\n\n# | Address | State | Why\n5 | r5@example.org | not tried | \n",
+       }) {
+    EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
+  }
+  EXPECT_TRUE(std::regex_search(text, std::regex("Sent [-0-9]+ [:0-9]+, and was cut off\\."))) << text;
+}
+
+// Of whom there is nobody there is no column, and of what nobody needs no heading.
+TEST_F(PageOfMailing, ShowsNoColumnOfNobody) {
+  const std::string text = AsRead(PageAfter("Hello", 4));
+  EXPECT_NE(text.find("Reply | sent | not sent | unknown | \n"), std::string::npos) << text;
+  EXPECT_EQ(text.find("not tried"), std::string::npos) << text;
+}
+
+TEST_F(PageOfMailing, NamesATagOfTheSubjectByItsField) {
+  const std::string page = PageAfter("Dear $*MergeFirstName*$, news of $*MergeCity*$ & $*MergeNone*$", 5);
+  EXPECT_NE(page.find("<title>Dear [FirstName], news of [City] &amp; $*MergeNone*$</title>"), std::string::npos);
+  EXPECT_NE(page.find("<h1>Dear [FirstName], news of [City] &amp; $*MergeNone*$</h1>"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quillcast::run
