@@ -33,7 +33,7 @@ void AddPaceOptions(CLI::App& command, PaceOptions& options) {
       "long where that is 1h to 24h");
   command
       .add_flag("--slow-down", texts.slow_down,
-                "Where the server asks for fewer messages (4.7.x; 421, 450, 451 or 452 with such words), go half as "
+                "Where the server asks for fewer messages (421, 450, 451 or 452 with such words), go half as "
                 "fast as in "
                 "the last minute (counted over a second at least), at most once in 10 s, and never slower than 1 a "
                 "minute; then 10 % faster each minute without a complaint. "

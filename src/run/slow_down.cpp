@@ -26,8 +26,12 @@ constexpr Duration kQuiet = 1min;
 
 constexpr std::array kCodes = {421, 450, 451, 452};
 // What servers write of somebody who sends too much. Of a mailbox that is full they write some of it too.
-constexpr std::array<std::string_view, 10> kTooFast = {"too many", "too much", "too fast", "throttl",  "slow down",
-                                                       "rate lim", "rate-lim", "ratelim",  "exceeded", "sending rate"};
+constexpr std::array<std::string_view, 13> kTooFast = {
+    "too many", "too much", "too fast",  "throttl",      "slow down",    "rate lim",         "rate-lim",
+    "ratelim",  "exceeded", "too often", "sending rate", "unusual rate", "unexpected volume"};
+// Who does not know the sender yet takes the message another time, at whatever pace.
+constexpr std::array<std::string_view, 6> kGreylists = {"greylist",  "graylist",  "grey list",
+                                                        "gray list", "grey-list", "gray-list"};
 
 std::string RateText(double a_minute) {
   if (a_minute >= 10) return platform::WithThousands(std::llround(a_minute));
@@ -39,12 +43,12 @@ std::string RateText(double a_minute) {
 bool SlowDown::IsAskedBy(const smtp::Outcome& outcome) {
   const smtp::ServerReply& reply = outcome.reply;
   if (reply.code / 100 != 4) return false;
-  if (reply.enhanced.starts_with("4.7.")) return true;
   const bool is_of_mailbox = reply.enhanced.starts_with("4.2.");
   if (is_of_mailbox || std::ranges::find(kCodes, reply.code) == kCodes.end()) return false;
   const std::string text = platform::AsciiLower(reply.text);
   if (text.find("mailbox") != std::string::npos) return false;
-  return std::ranges::any_of(kTooFast, [&](auto words) { return text.find(words) != std::string::npos; });
+  const auto says = [&](std::string_view words) { return text.find(words) != std::string::npos; };
+  return std::ranges::none_of(kGreylists, says) && std::ranges::any_of(kTooFast, says);
 }
 
 void SlowDown::WentOut() {
