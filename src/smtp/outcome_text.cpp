@@ -10,10 +10,9 @@ namespace {
 
 // What the server and we have to say beside the code, each with a blank before it.
 std::string Details(const Outcome& outcome) {
-  std::string text;
-  if (outcome.reply.code != 0) text += fmt::format(" The server said: {}", ReplyText(outcome.reply));
-  if (!outcome.reason.empty()) text += " " + outcome.reason;
-  return text;
+  const std::string both = ReplyAndReason(outcome.reply, outcome.reason);
+  if (both.empty()) return {};
+  return (outcome.reply.code == 0 ? " " : " The server said: ") + both;
 }
 
 }  // namespace
@@ -23,6 +22,13 @@ std::string ReplyText(const ServerReply& reply) {
   const std::string enhanced = reply.enhanced.empty() ? "" : reply.enhanced + " ";
   return fmt::format("{} {}{}", reply.code, enhanced,
                      platform::Printable(platform::ReplaceAll(reply.text, "\n", " / ")));
+}
+
+std::string ReplyAndReason(const ServerReply& reply, std::string_view reason) {
+  std::string text = ReplyText(reply);
+  if (reason.empty()) return text;
+  const bool is_ended = text.empty() || std::string_view(".!?:;").find(text.back()) != std::string_view::npos;
+  return text + (is_ended ? "" : ".") + (text.empty() ? "" : " ") + std::string(reason);
 }
 
 std::string WhyText(const Outcome& outcome) {

@@ -6,6 +6,7 @@
 #include "run/report_lines.h"
 #include "run/run_rate.h"
 #include "run/run_words.h"
+#include "smtp/outcome_text.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::run {
@@ -124,6 +125,22 @@ TEST(RunSummary, IsSaidInWords) {
   }
 }
 
+// A reply is a sentence of its own, whether or not its server ends it.
+TEST(Outcome, SaysItsReplyAndItsReasonAsSentences) {
+  for (const auto& [text, said] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"not right", "535 5.7.8 not right. The server did not take it."},
+           {"Not right!", "535 5.7.8 Not right! The server did not take it."},
+           {"see https://example.org.", "535 5.7.8 see https://example.org. The server did not take it."}}) {
+    const smtp::ServerReply reply{535, "5.7.8", text};
+    EXPECT_EQ(smtp::ReplyAndReason(reply, "The server did not take it."), said);
+    EXPECT_TRUE(
+        smtp::OutcomeText({smtp::State::kRefused, smtp::ResultCode::kAuthRefused, reply, "The server did not take it."})
+            .ends_with(std::string(") The server said: ") + said));
+  }
+  EXPECT_EQ(smtp::ReplyAndReason({550, "", "no"}, ""), "550 no");
+  EXPECT_EQ(smtp::ReplyAndReason({}, "Lost."), "Lost.");
+}
+
 TEST(RunRate, IsSaidInWords) {
   using std::chrono::milliseconds;
   struct Case {
@@ -138,9 +155,12 @@ TEST(RunRate, IsSaidInWords) {
            {10, 100, 10000, "1.0 messages a second, 2 minutes left"},
            {10, 100000, 10000, "1.0 messages a second, 27 hours and 46 minutes left"},
            {100, 100, 1000, "100 messages a second"},
+           {1000, 1001, 1000, "1,000 messages a second, less than a second left"},
        }) {
     EXPECT_EQ(DescribeRate({c.done, milliseconds(c.elapsed)}, {c.total - c.done}).InEnglish(), c.text);
   }
+  EXPECT_EQ(DescribeRate({1000, milliseconds(1000)}, {1, Certainty::kAtLeast}).InEnglish(), "1,000 messages a second")
+      << "an end that nobody knows is not told as near";
 }
 
 }  // namespace
