@@ -1476,6 +1476,51 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Box("FromComboBox"), QString("Ada <ada@example.org>"));
   }
 
+  void theNoticeOfAMissingAccountIsTrueWhenTheWindowIsComeBackTo() {
+    Scene scene;
+    scene.Open();
+    QDialog other;
+    const auto come_back = [&] {
+      other.show();
+      other.activateWindow();
+      QVERIFY(QTest::qWaitForWindowActive(&other));
+      scene.window->activateWindow();
+      QVERIFY(QTest::qWaitForWindowActive(scene.window.get()));
+    };
+    auto* practise = scene.window->findChild<QPushButton*>("PractiseButton");
+    practise->setFocus();
+    come_back();
+    QCOMPARE(QApplication::focusWidget(), practise);
+    // Pressed before the window has looked.
+    scene.rig.FillInAccount("587");
+    QTest::mouseClick(practise, Qt::LeftButton);
+    QVERIFY2(scene.Status().startsWith("There is a mail account already"), qPrintable(scene.Status()));
+    QCOMPARE(scene.Notice(), QString());
+    QCOMPARE(scene.rig.settings.Read("Account", "Port", "")->c_str(), "587");
+    QVERIFY(scene.rig.settings.DeleteSection("Account"));
+    come_back();
+    QVERIFY(scene.Notice().contains("no mail account"));
+    scene.rig.FillInAccount("587");
+    come_back();
+    QCOMPARE(scene.Notice(), QString());
+    QCOMPARE(scene.Box("FromComboBox"), QString("Ada <ada@example.org>"));
+  }
+
+  void practiceThatWasLeftEndsAtTheStart() {
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    scene.window->skip_save_prompt = true;
+    scene.window->close();
+    scene.window.reset();
+    QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.real.example"));
+    scene.Open();
+    QVERIFY2(scene.Status().startsWith("Practice has ended: the account names"), qPrintable(scene.Status()));
+    QVERIFY(scene.Notice().contains("no mail account"));
+    QCOMPARE(scene.Box("FromComboBox"), QString());
+    QCOMPARE(scene.rig.settings.Read("Account", "Email", "")->c_str(), "");
+  }
+
   void theSplashStandsForASecondBeforeTheWindow() {
     test::FormRig rig;
     QVERIFY(rig.settings.Write("Options", "Tips", "0"));

@@ -292,6 +292,7 @@ void MainForm::changeEvent(QEvent* event) {
   ActivateDialog();
   header_->Refresh();
   notices_->LookAtPractice();
+  shell_->ShowSender();
 }
 
 void MainForm::dragEnterEvent(QDragEnterEvent* event) {

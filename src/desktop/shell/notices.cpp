@@ -126,24 +126,18 @@ void Notices::Discard() {
   Refresh();
 }
 
-void Notices::GoOnPractising() {
-  if (practice_.practice().WasOn()) BeginPractice();
-}
+// What another program has taken over meanwhile is ended.
+void Notices::GoOnPractising() { practice_.practice().WasOn() ? BeginPractice() : LookAtPractice(); }
 
 // What cannot be read or written now is looked at anew the next time.
 void Notices::LookAtPractice() {
   auto& practice = practice_.practice();
-  if (!practice.is_on()) {
-    watch_->stop();
-    return;
+  if (!practice.is_on()) watch_->stop();
+  if (QApplication::activeModalWidget() == nullptr) {
+    const auto ended = practice.EndWhereLeft();
+    if (ended && *ended) return TellEnd(**ended);
   }
-  if (QApplication::activeModalWidget() != nullptr) {
-    if (!practice.Serves()) Refresh();
-    return;
-  }
-  const auto ended = practice.EndWhereLeft();
-  if (!ended) Refresh();
-  if (ended && *ended) TellEnd(**ended);
+  if (!practice.Serves()) Refresh();
 }
 
 void Notices::TellEnd(const account::PracticeEnd& end) {

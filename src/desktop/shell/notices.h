@@ -29,13 +29,14 @@ class Notices final : public QWidget {
   void Refresh();
   // Whether there is a run to be gone on with, because its program or its computer was stopped.
   void LookForCutOff();
-  // Whether the account still names the practice mailbox: another program may have named a server, which ends practice.
-  // While a window stands over this one only what is shown changes, for a run may still send there.
+  // Whether there is an account by now, and whether it still names the practice mailbox: another program may have named
+  // a server, which ends practice. While a window stands over this one only what is shown changes, for a run may still
+  // send there.
   void LookAtPractice();
-  // Takes up practice where an earlier session left it.
+  // Takes up practice where an earlier session left it, or ends it where its mailbox is the account's no more.
   void GoOnPractising();
   PicturesPanel& pictures() { return *pictures_; }
-  // Practice takes the account's place, whatever that is; and what its notice offers.
+  // What the notices offer. Practice does not begin where there is an account by then, which is told.
   void BeginPractice();
   void EndPractice();
 

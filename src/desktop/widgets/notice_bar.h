@@ -17,10 +17,13 @@ class NoticeBar final : public NotePanel {
     const char* name;  // of the button
     std::function<void()> action;
   };
+  // What an offer does is taken for the same where its text is.
   void Show(const QString& sentence, const std::vector<Offer>& offers);
 
  private:
-  std::vector<QWidget*> buttons_;
+  bool Shows(const QString& sentence, const std::vector<Offer>& offers) const;
+
+  std::vector<QPushButton*> buttons_;
 };
 
 }  // namespace quillcast::desktop
