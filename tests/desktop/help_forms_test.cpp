@@ -15,6 +15,7 @@
 #include "desktop/main_window.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/shell/help_form.h"
+#include "desktop/shell/help_key.h"
 #include "desktop/shell/main_form.h"
 #include "desktop/shell/tips_form.h"
 #include "desktop/shell/tutorial_form.h"
@@ -142,6 +143,44 @@ class HelpFormsTest : public QObject {
     search->clear();
     PressIn(*help, "WelcomeButton");
     QCOMPARE(open(), QString("Welcome.htm"));
+  }
+
+  void theBestHitsStandInSight() {
+    Scene scene;
+    scene.Open();
+    HelpForm help(scene.rig.folders, "Welcome.htm", scene.window.get());
+    help.setAttribute(Qt::WA_DeleteOnClose, false);
+    help.resize(500, 300);
+    help.show();
+    auto* contents = help.findChild<QAbstractItemView*>("ContentsList");
+    QTest::keyClicks(help.findChild<QLineEdit*>("HelpSearchTextBox"), "mail");
+    const auto* hits = contents->model();
+    QVERIFY(hits->rowCount() > 10);
+    const auto in_sight = [&] { return contents->visualRect(hits->index(0, 0)).top(); };
+    QTRY_COMPARE(in_sight(), 0);
+    QTest::keyClick(help.findChild<QLineEdit*>("HelpSearchTextBox"), Qt::Key_Return);
+    QCOMPARE(contents->currentIndex().row(), 0);
+    QCOMPARE(help.findChild<QTextBrowser*>("HelpPage")->textCursor().selectedText().toLower(), QString("mail"));
+  }
+
+  void eachWindowHasOneHelp() {
+    Scene scene;
+    scene.Open();
+    HelpKey key(scene.rig.folders);
+    qApp->installEventFilter(&key);
+    test::WhileOpen("ThreadForm", [](QDialog& form) {
+      for (int press = 0; press < 2; ++press) {
+        form.activateWindow();
+        QTRY_VERIFY(form.isActiveWindow());
+        QTest::keyClick(&form, Qt::Key_F1);
+        QCOMPARE(form.findChildren<HelpForm*>().size(), 1);
+        QTRY_VERIFY(form.findChild<HelpForm*>()->isActiveWindow());
+      }
+      form.findChild<HelpForm*>()->close();
+    });
+    scene.window->Dispatch(CommandId::kThreads);
+    for (int time = 0; time < 2; ++time) scene.window->Dispatch(CommandId::kHelpTopics);
+    QCOMPARE(scene.window->findChildren<HelpForm*>(Qt::FindDirectChildrenOnly).size(), 1);
   }
 
   void theTabKeyComesToEverything() {

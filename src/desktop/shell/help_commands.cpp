@@ -16,7 +16,11 @@
 
 namespace quillcast::desktop {
 
-void ShowHelp(Shell& shell) { (new HelpForm(shell.program.folders, kWelcomeTopic, &shell.window))->show(); }
+void ShowHelp(Shell& shell) {
+  HelpForm* help = HelpOver(shell.window);
+  if (help == nullptr) help = new HelpForm(shell.program.folders, kWelcomeTopic, &shell.window);
+  BringToFront(*help);
+}
 
 // One at a time: the same command brings it back to the front.
 void ShowTutorial(Shell& shell) {

@@ -103,7 +103,7 @@ void HelpForm::List() {
   follows_ = true;
   contents_->Reset(listed_.size());
   follows_ = false;
-  Follow(page_->source());
+  if (words.empty()) Follow(page_->source());  // what was found is seen from the best hit on
 }
 
 // A page that was searched for shows the first of the words.
@@ -129,6 +129,14 @@ void HelpForm::Follow(const QUrl& source) {
 QString HelpForm::CellText(std::size_t row) const {
   const help::Hit& hit = listed_[row];
   return ToQt(hit.excerpt.empty() ? hit.page->title : hit.page->title + ": " + hit.excerpt);
+}
+
+HelpForm* HelpOver(QWidget& window) { return window.findChild<HelpForm*>(QString(), Qt::FindDirectChildrenOnly); }
+
+void BringToFront(HelpForm& help) {
+  help.show();
+  help.raise();
+  help.activateWindow();
 }
 
 std::optional<QString> TopicOf(const QString& window) {

@@ -45,6 +45,11 @@ using help::kWelcomeTopic;
 // Of groups, recipients and the search among them.
 inline constexpr const char* kGroupsTopic = "Group Manager 1.htm";
 
+// The help that is open over this window, at whatever page; null where none is. A window has one: whoever asks for it
+// again finds it as it was left.
+HelpForm* HelpOver(QWidget& window);
+void BringToFront(HelpForm& help);
+
 // The topic of a window of ours, by its name; nothing for the toolkit's own windows.
 std::optional<QString> TopicOf(const QString& window);
 

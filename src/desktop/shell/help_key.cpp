@@ -21,9 +21,12 @@ bool HelpKey::eventFilter(QObject* watched, QEvent* event) {
   auto* dialog = widget == nullptr ? nullptr : qobject_cast<QDialog*>(widget->window());
   if (dialog == nullptr || dialog->objectName() == "HelpForm") return false;
   // Never modal: over a countdown or a run it would keep from stopping them. The dialog's own window is open to it.
-  auto* help = new HelpForm(folders_, TopicOf(dialog->objectName()).value_or(kWelcomeTopic), dialog);
-  if (MustStayUncovered(*dialog)) PlaceBeside(*help, *dialog);
-  help->show();
+  HelpForm* help = HelpOver(*dialog);
+  if (help == nullptr) {
+    help = new HelpForm(folders_, TopicOf(dialog->objectName()).value_or(kWelcomeTopic), dialog);
+    if (MustStayUncovered(*dialog)) PlaceBeside(*help, *dialog);
+  }
+  BringToFront(*help);
   return true;
 }
 
