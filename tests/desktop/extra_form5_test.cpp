@@ -15,6 +15,7 @@
 #include <atomic>
 #include <thread>
 
+#include "desktop/domain/meaning_box.h"
 #include "desktop/domain/report_box.h"
 #include "desktop/form_rig.h"
 #include "desktop/widgets/status_line.h"
@@ -229,6 +230,25 @@ class ExtraForm5Test : public QObject {
     scene.form.resize(scene.form.width(), 1400);
     QTRY_COMPARE(meaning.verticalScrollBar()->maximum(), 0);
     QVERIFY(meaning.height() - meaning.document()->size().height() < 2);
+  }
+
+  // The scroll bar of a first, low layout narrows the text, which may need one line more beside it.
+  void hidesNoLineWhereThereIsRoomAtAnyWidth() {
+    QWidget window;
+    auto* box = new MeaningBox(&window);
+    window.resize(900, 600);
+    window.show();
+    for (int width = 300; width < 900; width += 5) {
+      box->resize(width, 20);
+      box->Show({"This works, but the message and the name would go over the network in clear, for anybody to read.",
+                 "Providers take mail from their customers on port 587 (STARTTLS) or 465 (TLS)."},
+                NoteKind::kWarning);
+      QCoreApplication::processEvents();
+      QVERIFY2(box->verticalScrollBar()->maximum() > 0, qPrintable(QString::number(width)));
+      box->resize(width, box->sizeHint().height());
+      QCoreApplication::processEvents();
+      QVERIFY2(box->verticalScrollBar()->maximum() == 0, qPrintable(QString::number(width)));
+    }
   }
 
   // Whether something runs or not.

@@ -32,7 +32,14 @@ void MeaningBox::Show(const QStringList& lines, NoteKind kind) {
   setPlainText(lines.join('\n'));
   TakeColours();
   setVisible(!lines.isEmpty());
+  FitBar();
   updateGeometry();
+}
+
+// The bar itself narrows the text, which may need a line more beside it: where the whole fits without, there is none.
+void MeaningBox::FitBar() {
+  const bool fits = height() >= sizeHint().height();
+  setVerticalScrollBarPolicy(fits ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
 }
 
 // Of the whole text without a scroll bar, so that the bar's coming and going does not change it.
@@ -52,11 +59,14 @@ QSize MeaningBox::minimumSizeHint() const {
 void MeaningBox::changeEvent(QEvent* event) {
   QTextEdit::changeEvent(event);
   if (event->type() == QEvent::PaletteChange) TakeColours();
-  if (event->type() == QEvent::FontChange) updateGeometry();
+  if (event->type() != QEvent::FontChange) return;
+  FitBar();
+  updateGeometry();
 }
 
 void MeaningBox::resizeEvent(QResizeEvent* event) {
   QTextEdit::resizeEvent(event);
+  FitBar();
   if (event->size().width() != event->oldSize().width()) updateGeometry();
 }
 

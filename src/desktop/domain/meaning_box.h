@@ -25,6 +25,7 @@ class MeaningBox final : public QTextEdit {
 
  private:
   void TakeColours();
+  void FitBar();
 
   NoteKind kind_ = NoteKind::kInformation;
 };
