@@ -4,6 +4,7 @@
 
 #include "account/account_connection.h"
 #include "account/account_settings.h"
+#include "net/address.h"
 
 namespace quillcast::domain {
 namespace {
@@ -18,7 +19,17 @@ account::AccountSettings AccountOf(std::string_view server, std::string_view por
 
 // Whether it may be the name of a host, in any script: what cannot be asked for is no fault of name servers.
 bool IsOfHost(const smtp::Server& server) {
-  return !server.host.empty() && server.host.find_first_of(" \t/@[]") == std::string::npos;
+  if (net::ParseIpAddress(server.host)) return true;
+  return !server.host.empty() && server.host.find_first_of(" \t/@[]<>:,?#%") == std::string::npos;
+}
+
+// What is wrong with the box of the server, whatever stands in that of the port.
+std::optional<Sentence> FaultOfServer(std::string_view server) {
+  const auto servers = account::ServersOf(AccountOf(server, "25", "Automatic"));
+  const bool is_page = server.find("//") != std::string_view::npos;  // what follows its colon is no port
+  if (!servers && !is_page) return servers.error().what;
+  if (is_page || servers->empty() || !std::ranges::all_of(*servers, IsOfHost)) return "That is no name of a server.";
+  return {};
 }
 
 }  // namespace
@@ -26,11 +37,9 @@ bool IsOfHost(const smtp::Server& server) {
 std::optional<TestComplaint> CheckTest(std::string_view server, std::string_view port) {
   if (server.empty()) return TestComplaint{"Please enter your mail server.", TestControl::kServer};
   if (port.empty()) return TestComplaint{"Please enter your port.", TestControl::kPort};
+  if (const auto fault = FaultOfServer(server)) return TestComplaint{"", TestControl::kServer, *fault};
   const auto servers = account::ServersOf(AccountOf(server, port, "Automatic"));
   if (!servers) return TestComplaint{"", TestControl::kPort, servers.error().what};
-  if (servers->empty() || !std::ranges::all_of(*servers, IsOfHost)) {
-    return TestComplaint{"", TestControl::kServer, Sentence("That is no name of a server.")};
-  }
   return {};
 }
 

@@ -613,6 +613,14 @@ TEST(ConnectionTestInput, IsCheckedInOrder) {
                                    {"mx.example; []:25", "25", "", "That is no name of a server."},
                                    {"x y", "25", "", "That is no name of a server."},
                                    {"https://mx.example:25", "25", "", "That is no name of a server."},
+                                   {"https://mx.example", "25", "", "That is no name of a server."},
+                                   {"mx.example::587", "25", "", "That is no name of a server."},
+                                   {"mx.example,mx.example", "25", "", "That is no name of a server."},
+                                   {"<mx.example>", "25", "", "That is no name of a server."},
+                                   {"ada@mx.example", "25", "", "That is no name of a server."},
+                                   {"mx.example?x", "25", "", "That is no name of a server."},
+                                   {"mx.example#1", "25", "", "That is no name of a server."},
+                                   {"%", "25", "", "That is no name of a server."},
                                    {"mx.example/25", "25", "", "That is no name of a server."}}) {
     const auto complaint = CheckTest(c.server, c.port);
     EXPECT_TRUE(complaint) << c.server << c.port;
@@ -622,6 +630,7 @@ TEST(ConnectionTestInput, IsCheckedInOrder) {
   }
   EXPECT_FALSE(CheckTest("mx.example", "25"));
   EXPECT_FALSE(CheckTest("[::1]:2525; mx.example", "65535"));
+  EXPECT_FALSE(CheckTest("fe80::1%lo; b\u00FCcher_1.example.", "65535"));
 }
 
 }  // namespace
