@@ -18,6 +18,9 @@ struct CloseAresChannel {
 };
 using AresChannel = std::unique_ptr<ares_channeldata, CloseAresChannel>;
 
+// Milliseconds that a server is waited for before the next is asked; twice as long each time they are all asked again.
+inline constexpr int kFirstWait = 1500;
+
 // The library knows no interfaces. That of a link-local address (fe80::/10) is written into octets of it that are zero
 // otherwise (RFC 4291 2.5.6) while the library has it, and stands beside it for the system. Any other address stays as
 // it is.

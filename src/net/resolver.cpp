@@ -112,8 +112,10 @@ void Resolver::Keep(void* argument, int status, int /*timeouts*/, ares_addrinfo*
 
 Result<void> Resolver::Open() {
   if (channel_) return {};
+  ares_options options{};
+  options.timeout = kFirstWait;  // the library's own wait is longer than that of many who ask for a name
   ares_channel channel = nullptr;
-  const int status = ares_init(&channel);
+  const int status = ares_init_options(&channel, &options, ARES_OPT_TIMEOUTMS);
   if (status != ARES_SUCCESS) return Error{Failure::kInternal, Say("No resolver: {}.", ares_strerror(status))};
   AresChannel opened(channel);
   const std::vector<Endpoint> servers = servers_.empty() ? ServersBehindInterfaces() : servers_;

@@ -140,6 +140,15 @@ TEST_F(ResolverTest, TellsWhyThereIsNoAddress) {
   }
 }
 
+// Long before a person, or the server that waits for one, gives up.
+TEST_F(ResolverTest, AsksTheNextServerSoonWhereTheFirstIsSilent) {
+  Heard heard;
+  const DnsServer silent([](const std::string&, bool) { return std::vector<std::string>(); });
+  const DnsServer server([&heard](const std::string& query, bool tcp) { return Answer(query, heard, tcp); });
+  Resolver resolver({silent.endpoint(), server.endpoint()});
+  EXPECT_EQ(AsText(resolver.Resolve("a-found.aaaa-none.example", Within(seconds(4)))), "192.0.2.7 ");
+}
+
 // What name servers said of one name is nothing that the next one is told of.
 TEST_F(ResolverTest, ForgetsWhatTheLastNameMet) {
   Heard heard;

@@ -16,7 +16,6 @@
 namespace quillcast::net {
 namespace {
 
-constexpr int kFirstWait = 1500;     // milliseconds; twice as long each time
 constexpr int kTcpWait = 10'000;     // milliseconds; the handshake and a long answer, of a server that is there
 constexpr int kTries = 3;            // of each server
 constexpr int kDatagram = 1232;      // octets that no network cuts into pieces
