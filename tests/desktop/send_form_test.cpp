@@ -601,6 +601,22 @@ class SendFormTest : public QObject {
     QVERIFY2(scene.Text("RouteLabel").startsWith("From Grace "), qPrintable(scene.Text("RouteLabel")));
   }
 
+  void theSecondClickStartsNothingThatNobodyHasRead() {
+    Scene scene({"a@example.org"});
+    QVERIFY(scene.rig.settings.Write("Account", "Server", "127.0.0.1; 127.0.0.1"));
+    scene.Press("SendButton");
+    QTRY_VERIFY(scene.Text("StatusLine").startsWith("Nothing was sent: the account names another server"));
+    scene.Press("SendButton");
+    QTest::keyClick(scene.form.get(), Qt::Key_Return);
+    QTest::qWait(QApplication::doubleClickInterval());
+    QCOMPARE(scene.Caption(), QString("Send"));
+    auto* button = scene.form->findChild<QPushButton*>("SendButton");
+    QTRY_VERIFY(button->isEnabled() && button->hasFocus());
+    QTest::keyClick(scene.form.get(), Qt::Key_Return);
+    QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QCOMPARE(scene.Arrived(), std::size_t{1});
+  }
+
   void aWindowThatGoesEndsTheRunInGoodOrder() {
     Scene scene(20000);
     scene.Press("SendButton");

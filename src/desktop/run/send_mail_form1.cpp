@@ -25,6 +25,7 @@
 #include "desktop/widgets/progress_panel.h"
 #include "desktop/widgets/qt_prompts.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/read_first.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/text.h"
 #include "run/run_words.h"
@@ -188,6 +189,7 @@ void SendMailForm1::StartRun() {
   if (!heading_->ServersAreAsShown()) {
     Say(tr("Nothing was sent: the account names another server by now. See above who sends, and over which server."),
         NoteKind::kFailure);
+    HoldUntilRead(button_);
     return;
   }
   stage_ = Stage::kRunning;
