@@ -131,7 +131,8 @@ int RunTemplate(Context& context, const document::DesignChoice& choice) {
   if (!choice.design.empty() && !document::FindDesign(choice.design)) {
     const bool filled =
         !(choice.company + choice.web_site + choice.unsubscribe_address + choice.unsubscribe_subject).empty();
-    if (filled) context.output.Note("Nothing is filled in: a template of yours is taken as it was kept.");
+    if (filled && own.Has(choice.design))
+      context.output.Note("Nothing is filled in: a template of yours is taken as it was kept.");
     return ShowLetter(context, choice.design, own.Read(choice.design), {});
   }
   if (const auto complaint = document::CheckDesign(choice)) return context.output.Complain(complaint->message);

@@ -217,6 +217,12 @@ class Composing(Case):
                 self.assertEqual((found[0], found[1].replace("\r\n", "\n") if not code else ""), (code, out), found[2])
                 self.assertIn(err, found[2])
 
+    def test_a_design_in_another_spelling(self):
+        code, _, err = self.run_program("compose", "template", "travel", "--company", "C")
+        self.assertEqual(code, 64, err)
+        self.assertIn("in this spelling", err)
+        self.assertNotIn("as it was kept", err)
+
     def test_several_keep_one_name_at_once(self):
         saves = [self.popen("--yes", "template", "save", "Same", self.write(f"{n}.html", f"<p>{n}")) for n in range(12)]
         told = [(save.communicate(timeout=60)[1], save.returncode) for save in saves]
