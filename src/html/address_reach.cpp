@@ -163,8 +163,11 @@ bool IsServerScheme(std::string_view scheme) {
 // id that they made up. "myapp://open/home/feed/42" and "myapp://x.example/home/a/b" lead into an app.
 bool AsksForOwnFile(std::string_view scheme, std::string_view host, std::string_view path) {
   if (IsServerScheme(scheme)) return false;
-  if (IsHere(host) && BeginsWithDrive(WithoutSlashes(path))) return true;
-  if (!HoldsHome(path)) return false;
+  if ((IsHere(host) || !NamesServer(host)) && BeginsWithDrive(WithoutSlashes(path))) return true;
+  if (!HoldsHome(path)) {
+    const std::string whole = '/' + std::string(host) + std::string(path);  // "media://home/ada/x.png"
+    return HoldsHome(whole) && EndsInFile(path);
+  }
   if (path.find("/file//") != std::string_view::npos || host.empty() || IsHere(host)) return true;
   if (NamesServer(host)) return false;
   const bool is_made_up = host.find_first_of("0123456789") != std::string_view::npos;
@@ -210,7 +213,9 @@ AddressReach ReachOf(std::string_view address) {
     return FileOrNet(HoldsFile(place) || IsServedHere(host, PathOf(place.substr(host.size()))));
   }
   if (IsContactScheme(scheme)) return FileOrNet(BeginsWithDrive(rest) || IsFileScheme(SchemeOfAddress(rest)));
-  if (!rest.starts_with("//")) return AddressReach::kNeither;
+  if (!rest.starts_with("//"))
+    return rest.starts_with('/') && AsksForOwnFile(scheme, {}, PathOf(rest)) ? AddressReach::kFile
+                                                                             : AddressReach::kNeither;
   const std::string_view place = rest.substr(2);
   const std::string_view host = AuthorityOf(place);
   if (IsOfMailProgram(scheme, place) || AsksForOwnFile(scheme, host, PathOf(place.substr(host.size()))) ||

@@ -512,8 +512,10 @@ TEST_F(Messages, TakeNoPictureOfThePersonsOwnUnasked) {
             "src='view://abc/file///home/ada/c.png'><img src='https://file%2B.r.example/home/ada/d.png?v=1'><img "
             "src='http://asset.localhost/C%3A%5CUsers%5Cada%5Ce.png'>",
             "<img src='a.png'><img src='b.png'><img src='c.png'><img src='d.png'><img src='e.png'>"},
-           {"<img src='asset://localhost/%2Fhome%2Fada%2Ff%20g.png'><img src='asset://localhost/C%3A%5CUsers%5Ch.png'>",
-            "<img src='f%20g.png'><img src='h.png'>"},
+           {"<img src='asset://localhost/%2Fhome%2Fada%2Ff%20g.png'><img "
+            "src='asset://localhost/C%3A%5CUsers%5Ch.png'><img "
+            "src='app://local/C:/Users/ada/i.png?1'><img src='note-resource:/home/ada/j.png'>",
+            "<img src='f%20g.png'><img src='h.png'><img src='i.png'><img src='j.png'>"},
            {"<img src='app://x/home'><img src='https://x.example/home/ada/a.png'><img "
             "src='http://localhost/home/ada/b.png'><a href='webcal://x.example/home/team/c.ics'>c</a>",
             nullptr},
