@@ -40,6 +40,24 @@ std::string RefusalOf(unsigned code) {
   return code < kRefusals.size() ? std::string(kRefusals[code]) : "code " + std::to_string(code);
 }
 
+int OpenChannel(AresChannel& out, int options_given) {
+  ares_options options{};
+  options.timeout = kFirstWait;
+  ares_channel channel = nullptr;
+  const int status = ares_init_options(&channel, &options, options_given);
+  if (status == ARES_SUCCESS) out.reset(channel);
+  return status;
+}
+
+std::size_t NumberOfServers(ares_channeldata* channel) {
+  ares_addr_port_node* first = nullptr;
+  IgnoreErrors(ares_get_servers_ports(channel, &first));  // none are counted then
+  std::size_t count = 0;
+  for (const auto* node = first; node != nullptr; node = node->next) ++count;
+  ares_free_data(first);
+  return count;
+}
+
 }  // namespace
 
 bool IsLoopbackHost(std::string_view host) {
@@ -112,15 +130,17 @@ void Resolver::Keep(void* argument, int status, int /*timeouts*/, ares_addrinfo*
 
 Result<void> Resolver::Open() {
   if (channel_) return {};
-  ares_options options{};
-  options.timeout = kFirstWait;  // the library's own wait is longer than that of many who ask for a name
-  ares_channel channel = nullptr;
-  const int status = ares_init_options(&channel, &options, ARES_OPT_TIMEOUTMS);
-  if (status != ARES_SUCCESS) return Error{Failure::kInternal, Say("No resolver: {}.", ares_strerror(status))};
-  AresChannel opened(channel);
   const std::vector<Endpoint> servers = servers_.empty() ? ServersBehindInterfaces() : servers_;
-  if (!servers.empty() && !SetServers(channel, servers)) return Error{Failure::kInternal, "No resolver: no memory."};
-  watch_.Attach(channel);
+  AresChannel opened;
+  int status = OpenChannel(opened, 0);
+  // With another to be asked next; an answer over TCP is waited for no longer, and a single server has no other chance.
+  if (status == ARES_SUCCESS && (servers.empty() ? NumberOfServers(opened.get()) : servers.size()) > 1) {
+    status = OpenChannel(opened, ARES_OPT_TIMEOUTMS);
+  }
+  if (status != ARES_SUCCESS) return Error{Failure::kInternal, Say("No resolver: {}.", ares_strerror(status))};
+  if (!servers.empty() && !SetServers(opened.get(), servers))
+    return Error{Failure::kInternal, "No resolver: no memory."};
+  watch_.Attach(opened.get());
   channel_ = std::move(opened);
   return {};
 }

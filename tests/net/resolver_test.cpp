@@ -48,7 +48,11 @@ std::vector<std::string> Answer(const std::string& query, Heard& heard, bool tcp
     heard.behind = query;
     return {};
   }
-  if (wanted == "found" || wanted == "lost")
+  if (wanted == "long") {
+    if (!tcp) return {ReplyTo(query, 0, {}, true)};
+    std::this_thread::sleep_for(milliseconds(1700));
+  }
+  if (wanted == "found" || wanted == "lost" || wanted == "long")
     return {ReplyTo(query, 0, {AddressRecord(question.name, is_v6 ? "2001:db8::7" : "192.0.2.7")})};
   if (wanted == "none" || wanted == "lostnone" || wanted == "behind") return {ReplyTo(query, 0, {})};
   if (wanted == "failed") return Failing(query, 2, heard);
@@ -95,6 +99,7 @@ TEST_F(ResolverTest, GoesOnWithWhatCameOfAName) {
                                    {"a-found.aaaa-failed.example", "192.0.2.7 "},
                                    {"a-found.aaaa-lost.example", "192.0.2.7 2001:db8::7 "},
                                    {"a-found.aaaa-lostnone.example", "192.0.2.7 ", seconds(20), milliseconds(1100)},
+                                   {"a-long.aaaa-none.example", "192.0.2.7 "},
                                    {"a-found.aaaa-silent.example", "192.0.2.7 "},
                                    {"a-silent.aaaa-found.example", "2001:db8::7 "},
                                    {"a-found.aaaa-silent.example", "192.0.2.7 ", milliseconds(800)}}) {
