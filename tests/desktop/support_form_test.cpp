@@ -14,6 +14,7 @@
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/widgets/qt_text.h"
 #include "platform/file.h"
 #include "smtp/mailbox/running_mailbox.h"
 #include "smtp/scripted_server.h"
@@ -144,6 +145,27 @@ class SupportFormTest : public QObject {
     scene.Describe("Help");
     scene.SendToTheEnd();
     QVERIFY2(scene.Status().contains("nowhere else"), qPrintable(scene.Status()));
+  }
+
+  void sendsOverNoServerThatNobodyHasRead() {
+    for (const auto server : {SupportForm::Server::kPractice, SupportForm::Server::kReal}) {
+      Scene scene;
+      scene.rig.FillInAccount("1");
+      scene.Open(server);
+      scene.Listen();  // there from now on
+      scene.Describe("Help");
+      for (int press = 0; press < 2; ++press) scene.Press("OKButton");
+      const QString told = "Nothing was sent: the account names another server by now, 127.0.0.1, port " +
+                           ToQt(scene.mailbox->port()) + ". Send once more to have it go there.";
+      QCOMPARE(scene.Status(), told);
+      QCOMPARE(scene.rig.Shown(), "");
+      QTRY_VERIFY(scene.Find("OKButton").isEnabled());
+      QCOMPARE(scene.Focus(), "OKButton");
+      QCOMPARE(scene.arrived.load(), 0);
+      scene.SendToTheEnd();
+      QCOMPARE(scene.arrived.load(), 1);
+      QVERIFY2(!scene.Status().contains("nowhere else"), qPrintable(scene.Status()));
+    }
   }
 
   void offersTheOnlineFormAfterAFailure() {

@@ -53,7 +53,7 @@ ORDER = {
     "desktop/run": "desktop/widgets desktop/document desktop/account run run/journal run/pace account message document recipients profile smtp",
     "desktop/mail_file": "desktop/widgets mail_file message document profile",
     "desktop/domain": "desktop/widgets domain domain/connection domain/sender net account profile smtp",
-    "desktop/support": "desktop/widgets support run profile smtp",
+    "desktop/support": "desktop/widgets support run account profile smtp",
     "desktop/shell": "* desktop/widgets desktop/document desktop/account desktop/recipients desktop/run desktop/mail_file"
     " desktop/domain desktop/support",
     "desktop": "profile desktop/widgets desktop/mail_file desktop/shell",

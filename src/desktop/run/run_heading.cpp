@@ -26,7 +26,7 @@ RunHeading::RunHeading(const profile::Program& program, const std::string& subje
                        Server server, QWidget* parent)
     : QWidget(parent),
       program_(program),
-      server_(server),
+      shown_(program.settings, server),
       route_(new QLabel(this)),
       pace_line_(new QLabel(this)),
       pace_button_(new QPushButton(tr("Pa&ce…"), this)) {
@@ -64,27 +64,18 @@ void RunHeading::GoesOnWith(const run::PaceTexts& told) {
   ShowPace();
 }
 
-std::string RunHeading::Servers() const {
-  const auto account = account::AccountSettings::Load(program_.settings);
-  return account && account::ServersOf(*account) ? account::ServersText(*account) : std::string();
-}
-
-// One that was not there when the window opened is no practice.
 bool RunHeading::ServersAreAsShown() {
-  const auto now = Servers();
-  if (now.empty() || now == shown_servers_) return true;
-  server_ = Server::kReal;
+  if (shown_.IsStillSo()) return true;
   ShowRoute();
   return false;
 }
 
 void RunHeading::ShowRoute() {
-  shown_servers_ = Servers();
   const auto account = account::AccountSettings::Load(program_.settings);
   if (!account) return;
   const QString from = ToQt(platform::Printable(account::TextsOf(*account).from, 120));
   route_->setText(
-      Breakable(server_ == Server::kPractice
+      Breakable(shown_.is_practice()
                     ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
                     : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))),
                 kLongestWord));

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "account/shown_route.h"
 #include "profile/program.h"
 #include "run/pace/pace_rules.h"
 #include "run/prepared_run.h"
@@ -18,8 +19,7 @@ namespace quillcast::desktop {
 class RunHeading final : public QWidget {
   Q_OBJECT
  public:
-  // Whether the account's server is the practice mailbox.
-  enum class Server { kReal, kPractice };
+  using Server = account::ShownRoute::Server;
   RunHeading(const profile::Program& program, const std::string& subject, const run::ChosenGroup& group, Server server,
              QWidget* parent);
 
@@ -42,13 +42,10 @@ class RunHeading final : public QWidget {
   void ShowRoute();
   void ShowPace();
   QString PaceText() const;
-  // The account's servers; empty where they cannot be read, which the run tells.
-  std::string Servers() const;
   void ChoosePace();
 
   const profile::Program& program_;
-  Server server_;
-  std::string shown_servers_;
+  account::ShownRoute shown_;
   run::PaceTexts told_;
   run::PaceTexts pace_;
   QLabel* route_;

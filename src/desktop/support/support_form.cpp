@@ -17,7 +17,9 @@
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/read_first.h"
 #include "desktop/widgets/status_line.h"
+#include "platform/text.h"
 #include "profile/main_window_contents.h"
 #include "run/run_place.h"
 #include "support/request_contents.h"
@@ -50,7 +52,7 @@ SupportForm::SupportForm(const profile::Program& program, const platform::Enviro
     : QDialog(parent),
       program_(program),
       environment_(environment),
-      server_(server),
+      route_(program.settings, server),
       facts_(support::ReadSystemFacts()),
       look_(new BackgroundTask(this)),
       task_(new BackgroundTask(this)),
@@ -228,6 +230,7 @@ void SupportForm::Send() {
   const auto to = support::SupportAddress(environment_);
   if (!to) return status_->Fail(to.error());
   if (sent_ == request) return status_->Say(tr("This request was sent. Change something in it to send another."));
+  if (!GoesWhereItWasTold()) return;
   status_->Say(tr("Sending to %1…").arg(ToQt(to->text())));
   task_->Start([this, &program = program_, request, facts = facts_, to = *to](const platform::CancelToken& cancel) {
     const auto place = run::PlaceOf(program, cancel);
@@ -238,8 +241,17 @@ void SupportForm::Send() {
   cancel_->setFocus();
 }
 
+bool SupportForm::GoesWhereItWasTold() {
+  if (route_.IsStillSo()) return true;
+  status_->Say(tr("Nothing was sent: the account names another server by now, %1. Send once more to have it go there.")
+                   .arg(ToQt(platform::Printable(route_.servers(), 200))),
+               NoteKind::kFailure);
+  HoldUntilRead(send_);
+  return false;
+}
+
 void SupportForm::SayItIsPractice() {
-  if (server_ == Server::kReal) return;
+  if (!route_.is_practice()) return;
   status_->Say(tr("You are practising: the request goes to the mailbox on this computer, and nowhere else."),
                NoteKind::kWarning);
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 
+#include "account/shown_route.h"
 #include "platform/environment.h"
 #include "platform/result.h"
 #include "profile/program.h"
@@ -28,8 +29,8 @@ class StatusLine;
 class SupportForm final : public QDialog {
   Q_OBJECT
  public:
-  // Where the account leads: while somebody practises, a request stays on this computer, and that is told.
-  enum class Server { kReal, kPractice };
+  // While somebody practises, a request stays on this computer, and that is told.
+  using Server = account::ShownRoute::Server;
   // `priority` as the main window has it. Both references outlive the dialog.
   SupportForm(const profile::Program& program, const platform::Environment& environment, const QString& priority,
               Server server, QWidget* parent);
@@ -51,13 +52,14 @@ class SupportForm final : public QDialog {
   support::SupportRequest Collect() const;
   void ShowContents();
   void Send();
+  bool GoesWhereItWasTold();
   void SayItIsPractice();
   void ShowEnd(const support::SupportRequest& request, const Result<smtp::Outcome>& end);
   void EnableControls();
 
   const profile::Program& program_;
   const platform::Environment& environment_;
-  const Server server_;
+  account::ShownRoute route_;
   support::SystemFacts facts_;
   std::optional<support::SupportRequest> sent_;    // the same one is not sent again
   std::optional<support::SupportRequest> warned_;  // that it would be lost

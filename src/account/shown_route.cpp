@@ -1,0 +1,23 @@
+#include "account/shown_route.h"
+
+#include "account/account_connection.h"
+
+namespace quillcast::account {
+
+ShownRoute::ShownRoute(const profile::SettingsStore& settings, Server server)
+    : settings_(settings), server_(server), servers_(Servers()) {}
+
+std::string ShownRoute::Servers() const {
+  const auto account = AccountSettings::Load(settings_);
+  return account && ServersOf(*account) ? ServersText(*account) : std::string();
+}
+
+bool ShownRoute::IsStillSo() {
+  auto now = Servers();
+  if (now.empty() || now == servers_) return true;
+  server_ = Server::kReal;
+  servers_ = std::move(now);
+  return false;
+}
+
+}  // namespace quillcast::account
