@@ -17,18 +17,13 @@ constexpr std::chrono::milliseconds kNotYet{1};
 
 Outcome Succeeded() { return {State::kSent, ResultCode::kSuccess, {}, {}}; }
 
-// Where a network is waited for, its loss may take each connection, one after the other.
-std::size_t MostMoves(const ClientOptions& options) {
-  return options.network_wait.count() > 0 ? std::max(options.connections, std::size_t{1}) : 1;
-}
-
 }  // namespace
 
 class Client::Driver {
  public:
   Driver(ClientOptions options, const platform::Clock& clock, const platform::CancelToken& cancel)
       : options_(std::move(options)),
-        jobs_(cancel, ConnectionLimit::kMost, MostMoves(options_)),
+        jobs_(cancel, ConnectionLimit::kMost, options_.network_wait.count() > 0),
         around_{options_, clock, cancel, window_, jobs_, [this] { return Tls(); }} {
     if (!options_.password.empty()) no_core_.emplace();
     if (options_.per_connection > 0) window_.LimitConnection(options_.per_connection);
@@ -68,7 +63,7 @@ net::Deadline Client::Driver::AskAgain() const {
 
 // What is under way is waited for; nothing else begins.
 void Client::Driver::Stop(Lanes& lanes) {
-  while (jobs_.waiting() > 0) jobs_.Fail(NotBegun());
+  jobs_.Leave();
   lanes.Withdraw(NotBegun());
 }
 

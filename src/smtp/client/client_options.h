@@ -43,7 +43,9 @@ struct ClientOptions {
   // RFC 5321 4.5.3.2, from two minutes to ten, hold where they are shorter.
   std::chrono::seconds timeout{60};
   // Where the way to the servers is lost after it was there, messages wait so long for it, and for each loss anew; then
-  // nothing more is begun (JobSource::WayGivenUp). `way_was_there`: they were reached before this client was made.
+  // nothing more is begun (JobSource::WayGivenUp). Lost it is where no new connection comes about: a server that hangs
+  // up, or is silent, over one message and takes the next connection has only that message failed. `way_was_there`:
+  // they were reached before this client was made.
   std::chrono::seconds network_wait{0};
   bool way_was_there = false;
   std::string ca_file;  // PEM file of trusted authorities; empty for those of the system

@@ -267,6 +267,7 @@ void Connection::TakeEvents() {
 // A message of which a crowded server took nothing has not had its one more connection.
 JobQueue::Again Connection::AgainOf(const Event& event) const {
   if (!event.again) return JobQueue::Again::kNever;
+  if (event.if_lost) return JobQueue::Again::kIfLost;
   return session_.crowded() ? JobQueue::Again::kAnyway : JobQueue::Again::kOnce;
 }
 

@@ -58,7 +58,7 @@ Job* JobQueue::Next() {
   }
   Entry& entry = entries_.Push();
   entry.job = job;
-  entry.moves = 0;
+  entry.moved = false;
   entry.may_go = true;
   entry.log.clear();
   Wait(first_ + entries_.size() - 1);
@@ -73,8 +73,26 @@ Job* JobQueue::NextWaiting() {
   return nullptr;
 }
 
+void JobQueue::WaitAll() {
+  for (const std::uint64_t number : std::exchange(in_doubt_, {})) Wait(number);
+}
+
 void JobQueue::WayLost() {
+  WaitAll();
   for (const std::uint64_t number : waiting_) EntryOf(number).may_go = false;
+  for (std::size_t n = 0; n < entries_.size(); ++n) entries_[n].moved = false;
+}
+
+void JobQueue::WayFound() {
+  for (const std::uint64_t number : std::exchange(in_doubt_, {})) {
+    Entry& entry = EntryOf(number);
+    Tell(entry, Outcome(entry.outcome));
+  }
+}
+
+void JobQueue::Leave() {
+  WaitAll();
+  while (waiting() > 0) Fail(NotBegun());
 }
 
 void JobQueue::Wait(std::uint64_t number) {
@@ -100,7 +118,7 @@ void JobQueue::Submitted(std::size_t lane) {
   told_ = true;
 }
 
-void JobQueue::Move() { ++EntryOf(waiting_.front()).moves; }
+void JobQueue::Move() { EntryOf(waiting_.front()).moved = true; }
 
 // Whoever goes on with the run comes to those of whom nothing is out, whatever ended their connection.
 void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), IsStopped() ? NotBegun() : outcome); }
@@ -108,6 +126,7 @@ void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), IsSto
 void JobQueue::GiveUp(Outcome why) {
   given_up_ = true;
   why.begun = false;
+  WaitAll();
   while (waiting() > 0) Fail(why);
 }
 
@@ -118,17 +137,25 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
   Entry& entry = EntryOf(number);
   if (again == Again::kNever) return Tell(entry, outcome);
   if (IsStopped()) return Tell(entry, NotBegun());
-  if (again == Again::kAnyway || entry.moves < most_moves_) {
-    if (again == Again::kOnce) ++entry.moves;
-    entry.job->message->Rewind();
-    entry.may_go = false;
-    source_->ComesBack(*entry.job);
-    told_ = true;
+  if (again == Again::kAnyway || (again == Again::kOnce && !entry.moved)) {
+    entry.moved = entry.moved || again == Again::kOnce;
+    ComesBack(entry);
     return Wait(number);
   }
   Outcome last = outcome;
   if (last.reply.code / 100 == 4) last.state = State::kDeferred;  // the server asks for another time
-  Tell(entry, last);
+  if (!waits_for_way_ || last.reply.code != 0) return Tell(entry, last);
+  entry.stage = Entry::Stage::kInDoubt;
+  entry.outcome = std::move(last);
+  ComesBack(entry);
+  in_doubt_.push_back(number);
+}
+
+void JobQueue::ComesBack(Entry& entry) {
+  entry.job->message->Rewind();
+  entry.may_go = false;
+  source_->ComesBack(*entry.job);
+  told_ = true;
 }
 
 void JobQueue::Tell(Entry& entry, const Outcome& outcome) {

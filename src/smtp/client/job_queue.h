@@ -34,9 +34,10 @@ class JobQueue {
   // So many jobs are taken at most ahead of the oldest without an outcome: it may be with a server that is slow.
   static constexpr std::size_t kMostAhead = 10'000;
 
-  // A job may lose its connection so often and be sent all the same: a network that goes takes each one once.
-  explicit JobQueue(const platform::CancelToken& cancel, std::size_t lanes = 1, std::size_t most_moves = 1)
-      : cancel_(cancel), lanes_(lanes), most_moves_(most_moves) {}
+  // A job that lost its connection is sent over another one, once. `waits_for_way`: where that is lost as well, whether
+  // the way was lost, or the server does it, is found out before the job fails (IsInDoubt).
+  explicit JobQueue(const platform::CancelToken& cancel, std::size_t lanes = 1, bool waits_for_way = false)
+      : cancel_(cancel), lanes_(lanes), waits_for_way_(waits_for_way) {}
   void Begin(JobSource& source);
 
   // The job to be sent now: one that lost its connection, once its source lets it go, before a new one; nullptr when
@@ -55,14 +56,22 @@ class JobQueue {
   void Move();
   // It has this outcome without having been submitted, unless the person stops: then it was not begun.
   void Fail(const Outcome& outcome);
-  // All that wait may wait long now: whether they may go is asked anew.
+  // Whether there are jobs that lost their connection by themselves, or by the loss of the way: who tries to open
+  // another one can tell.
+  bool IsInDoubt() const { return !in_doubt_.empty(); }
+  // It was the way: they wait for it, and no loss of a connection counts. All that wait may wait long now: whether they
+  // may go is asked anew.
   void WayLost();
+  // It was not: they have their outcome.
+  void WayFound();
+  // All that wait were not begun.
+  void Leave();
   // They have this outcome, not begun, and no further one is taken.
   void GiveUp(Outcome why);
 
   // Whether the server has not taken a message for certain, and another connection may serve it: one that counts as a
-  // move, or one that does not, because nothing of the message went over the last.
-  enum class Again { kNever, kOnce, kAnyway };
+  // move, one that does not, because nothing of the message went over the last, or only if the way was lost.
+  enum class Again { kNever, kOnce, kAnyway, kIfLost };
   // The outcome of the first of those that were submitted over that lane. Where the person stops, one that another
   // connection might serve was not begun.
   void Settle(std::size_t lane, const Outcome& outcome, Again again);
@@ -81,10 +90,10 @@ class JobQueue {
 
  private:
   struct Entry {
-    enum class Stage { kWaiting, kSubmitted, kSettled };
+    enum class Stage { kWaiting, kSubmitted, kInDoubt, kSettled };
     Job* job = nullptr;
     Stage stage = Stage::kWaiting;
-    std::size_t moves = 0;
+    bool moved = false;
     bool may_go = true;  // by its source
     Outcome outcome;
     std::string log;  // lines, each with "\n", that wait for the jobs before
@@ -98,6 +107,8 @@ class JobQueue {
   bool IsStopped() const { return cancel_.Requested() != platform::Stop::kNone; }
   Entry& EntryOf(std::uint64_t number) { return entries_[static_cast<std::size_t>(number - first_)]; }
   Job* NextWaiting();
+  void ComesBack(Entry& entry);
+  void WaitAll();
   void Wait(std::uint64_t number);
   std::uint64_t TakeWaiting();
   void Tell(Entry& entry, const Outcome& outcome);
@@ -109,7 +120,8 @@ class JobQueue {
   std::uint64_t first_ = 0;             // the number of the first of them
   std::vector<std::uint64_t> waiting_;  // a heap, the oldest in front
   std::vector<Lane> lanes_;
-  const std::size_t most_moves_;
+  std::vector<std::uint64_t> in_doubt_;
+  const bool waits_for_way_;
   std::size_t submitted_ = 0;  // over all of them
   std::string between_;        // lines that stand before those of the next job
   Breaker breaker_;

@@ -67,19 +67,35 @@ void Lanes::EndWay(Lane& lane) {
   around_.window.SetConnections(ready);
   if (lane.connection) {
     lost_way_.Found();
+    TellInDoubt(around_.clock.Monotonic() - way->began());
     return limit_.Opened();
   }
   const ConnectionLimit::Now now = Count();
   const auto moment = around_.clock.Monotonic();
   limit_.Failed(way->outcome(), ready + now.leaving, moment);
-  if (now.in_all() > now.leaving || around_.jobs.waiting() == 0) return;
+  if (now.in_all() > now.leaving || (around_.jobs.waiting() == 0 && !around_.jobs.IsInDoubt())) return;
   if (lost_way_.Outlasts(way->outcome(), moment)) {
     around_.jobs.WayLost();
     return around_.source->WayLost(way->outcome(), *lost_way_.again());
   }
-  if (!lost_way_.is_over()) return around_.jobs.Fail(way->outcome());
+  if (!lost_way_.is_over()) {
+    around_.jobs.WayFound();  // by a server that answers
+    if (around_.jobs.waiting() > 0) around_.jobs.Fail(way->outcome());
+    return;
+  }
   around_.source->WayGivenUp(way->outcome());
   around_.jobs.GiveUp(way->outcome());
+}
+
+// One that came about at once says that the way was there. One that took long may have begun while it was not; but a
+// server that always takes long is not to have its messages tried again for ever.
+void Lanes::TellInDoubt(platform::Duration took) {
+  if (took < kQuickWay) {
+    was_slow_ = false;
+    return around_.jobs.WayFound();
+  }
+  if (!around_.jobs.IsInDoubt()) return;
+  std::exchange(was_slow_, true) ? around_.jobs.WayFound() : around_.jobs.WayLost();
 }
 
 void Lanes::EndConnection(Lane& lane) {
@@ -146,11 +162,22 @@ bool Lanes::MayOpen() {
   return limit_.MayOpen(now, around_.clock.Monotonic());
 }
 
-void Lanes::Open() {
+bool Lanes::MayFindOut() {
+  const bool is_being_tried =
+      std::any_of(lanes_.begin(), lanes_.end(), [](const Lane& lane) { return lane.way != nullptr; });
+  return around_.jobs.IsInDoubt() && !is_being_tried && MayOpen();
+}
+
+// One more connection tells whether those that were lost took the way with them; then it is there for whoever is next.
+void Lanes::FindOut() {
   Lane& lane = *std::find_if(lanes_.begin(), lanes_.end(), [](const Lane& one) { return one.free(); });
   lane.way = std::make_unique<WayIn>(around_, NumberOf(lane));
-  opened_for_ = around_.jobs.next_number();
   lost_way_.Tries();
+}
+
+void Lanes::Open() {
+  FindOut();
+  opened_for_ = around_.jobs.next_number();
 }
 
 // A connection that the server closed while there was nothing to say: the job that was for it has had one.
@@ -162,6 +189,7 @@ bool Lanes::IsGone(Lane& lane) {
 }
 
 bool Lanes::HandOut() {
+  if (!around_.Stopped() && MayFindOut()) FindOut();
   while (!around_.Stopped()) {
     Lane* lane = LeastBusy();
     if (lane == nullptr && !MayOpen()) return false;

@@ -49,11 +49,14 @@ class Lanes {
   ConnectionLimit::Now Count() const;
   std::size_t CountReady() const;
   void EndWay(Lane& lane);
+  void TellInDoubt(platform::Duration took);
   void EndConnection(Lane& lane);
   void Leave(Lane& lane);
   Lane* LeastBusy();
   bool MayOpen();
   void Open();
+  bool MayFindOut();
+  void FindOut();
   bool IsGone(Lane& lane);
   Lane* Alone();
   void Poll(const net::Deadline& back);
@@ -64,6 +67,7 @@ class Lanes {
   ConnectionLimit limit_;
   LostWay lost_way_;
   bool is_withdrawn_ = false;  // Withdraw was called
+  bool was_slow_ = false;      // the last connection that told of those in doubt came about late
   std::vector<Lane> lanes_;
   std::optional<std::uint64_t> opened_for_;  // the job that the last one was opened for
   std::vector<pollfd> descriptors_;

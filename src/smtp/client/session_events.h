@@ -29,7 +29,8 @@ struct Event {
   std::size_t place = 0;  // of a log line: how many messages without outcome come before the one that it belongs to
   std::optional<Awaited> asks_for;  // of a line of the client's: the reply that it wants
   Outcome outcome;
-  bool again = false;  // of a message: the server has not taken it for certain, and another connection may serve it
+  bool again = false;    // of a message: the server has not taken it for certain, and another connection may serve it
+  bool if_lost = false;  // and that only where the way to the server is lost
 };
 
 // Oldest first.
@@ -42,7 +43,7 @@ class SessionEvents {
     event.text.clear();
     event.place = 0;
     event.asks_for.reset();
-    event.again = false;
+    event.again = event.if_lost = false;
     return event;
   }
   // What the client said (`place` as above), and what the server did.
@@ -72,6 +73,7 @@ struct SessionEnd {
   Outcome why;
   bool again = false;
   std::string_view missing = {};
+  bool if_lost = false;  // `again` of the oldest, where the way is lost: nobody said anything
 };
 
 }  // namespace quillcast::smtp

@@ -163,7 +163,8 @@ SessionEnd Transfers::OnGivenUp(Outcome why, bool may_wait) {
   const bool overtaxed = (lost || late) && AsksMuch() && wire_.awaits();
   if (overtaxed) window_.GiveUpPipelining();
   if ((lost || late) && !transfers_.empty()) window_.BeCautious();
-  return {std::move(why), lost || overtaxed || (late && may_wait)};
+  const bool if_lost = late && may_wait && !overtaxed;
+  return {std::move(why), lost || overtaxed || if_lost, {}, if_lost};
 }
 
 }  // namespace quillcast::smtp

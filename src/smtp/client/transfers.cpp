@@ -210,6 +210,7 @@ void Transfers::Close(const SessionEnd& end) {
       event.outcome = OutcomeAtEnd(transfer, end, oldest);
       const bool open = !IsOut(transfer) && event.outcome.state == State::kFailed;
       event.again = open && (cancelled || end.again || !oldest);
+      event.if_lost = event.again && oldest && end.if_lost;
     }
     Pop();
   }

@@ -49,21 +49,49 @@ TEST(Breaker, CountsOnlyTheSameInARow) {
   }
 }
 
-// One more connection, or as many as there are where a network that goes may take each.
-TEST(JobQueue, MovesAMessageAsOftenAsItMay) {
-  for (const std::size_t most : {1U, 3U}) {
+// Over one more connection; where a way may be lost, what fails then waits until it is known whether it was.
+TEST(JobQueue, MovesAMessageOnceForEachLoss) {
+  enum class Found { kNothing, kLost, kThere, kStop };
+  using enum JobQueue::Again;
+  struct Case {
+    const char* what;
+    bool waits_for_way;
+    std::vector<JobQueue::Again> losses;
+    Found found;
+    std::string told;  // n not begun, f failed, "" nothing yet
+  };
+  for (const Case& c :
+       std::initializer_list<Case>{{"once", false, {kOnce}, Found::kNothing, ""},
+                                   {"twice", false, {kOnce, kOnce}, Found::kNothing, "f"},
+                                   {"twice, and who knows why", true, {kOnce, kOnce}, Found::kNothing, ""},
+                                   {"by itself", true, {kOnce, kOnce}, Found::kThere, "f"},
+                                   {"by the way", true, {kOnce, kOnce}, Found::kLost, ""},
+                                   {"by silence, and who knows why", true, {kIfLost}, Found::kNothing, ""},
+                                   {"by its silence", true, {kIfLost}, Found::kThere, "f"},
+                                   {"by the silence of the way", true, {kIfLost}, Found::kLost, ""},
+                                   {"a stop comes before that is known", true, {kIfLost}, Found::kStop, "n"}}) {
+    SCOPED_TRACE(c.what);
     const platform::CancelToken cancel;
     Letters letters(1);
-    JobQueue queue(cancel, 1, most);
+    JobQueue queue(cancel, 1, c.waits_for_way);
     queue.Begin(letters);
-    std::size_t times = 0;
-    for (; queue.Next() != nullptr; ++times) {
+    for (const auto again : c.losses) {
+      ASSERT_NE(queue.Next(), nullptr);
       queue.Submitted();
-      queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, JobQueue::Again::kOnce);
+      queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, again);
     }
-    EXPECT_EQ(times, most + 1);
-    ASSERT_EQ(letters.outcomes.size(), 1U);
-    EXPECT_TRUE(letters.outcomes[0].begun);
+    if (c.found == Found::kLost) queue.WayLost();
+    if (c.found == Found::kThere) queue.WayFound();
+    if (c.found == Found::kStop) queue.Leave();
+    std::string told;
+    for (const Outcome& outcome : letters.outcomes) told += outcome.begun ? 'f' : 'n';
+    EXPECT_EQ(told, c.told);
+    EXPECT_EQ(queue.empty(), !c.told.empty());
+    if (c.found != Found::kLost) continue;
+    ASSERT_NE(queue.Next(), nullptr) << "it goes again";
+    queue.Submitted();
+    queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, kOnce);
+    EXPECT_TRUE(letters.outcomes.empty()) << "and may lose its connection once more";
   }
 }
 
