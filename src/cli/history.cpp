@@ -69,6 +69,7 @@ int RunClear(Context& context) {
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto forgotten = run::ForgetFinished(journal);
     if (!forgotten) return forgotten.error();
+    if (const auto went = run::WhatWentOf(*forgotten)) context.output.Note(went->InEnglish());
     for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
     return 0;
   });

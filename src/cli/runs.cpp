@@ -103,8 +103,7 @@ int RunList(Context& context) {
 }
 
 void ShowRow(const Context& context, const run::JournalRow& row) {
-  std::string why = smtp::ReplyText(row.reply);
-  if (!row.reason.empty()) why += (why.empty() ? "" : " ") + platform::Printable(row.reason);
+  const std::string why = smtp::ReplyAndReason(row.reply, platform::Printable(row.reason));
   context.output.Line(fmt::format("#{} {}: {}{}", row.position,
                                   platform::Printable(row.recipient.email(), kLongestAddress), run::StandingOf(row),
                                   why.empty() ? "" : ". " + why));
@@ -129,12 +128,18 @@ int RunShow(Context& context, const ShowOptions& options) {
     const auto mailing = MailingOf(journal, options.run);
     if (!mailing) return mailing.error();
     ShowMailing(context, *mailing);
+    bool is_anybody_shown = false;
     const auto shown = journal.Visit(mailing->id, *choice, 0, [&](const run::JournalRow& row) -> Result<bool> {
+      is_anybody_shown = true;
       ShowRow(context, row);
       return IsWanted(context);
     });
     if (!shown) return shown.error();
-    for (const auto& sentence : run::WhatIsLeft(*mailing)) context.output.Note(sentence.InEnglish());
+    const bool asks_for_some = !options.whom.states.empty() || !options.whom.replies.empty();
+    if (!is_anybody_shown && asks_for_some) context.output.Note(run::NobodyOf(*choice, *mailing).what.InEnglish());
+    if (!asks_for_some) {
+      for (const auto& sentence : run::WhatIsLeft(*mailing)) context.output.Note(sentence.InEnglish());
+    }
     if (const auto whole = EndOfList(context); !whole) return whole.error();
     return 0;
   });
@@ -144,9 +149,7 @@ Result<int> ForgetOne(Context& context, run::RunJournal& journal, std::int64_t r
   const auto mailing = MailingOf(journal, run);
   if (!mailing) return mailing.error();
   if (run::StandingOf(*mailing) == run::MailingStanding::kCanResume) {
-    const auto asked = AskFirst(context, Say("\"{}\" to {} can be resumed. Are you sure you want to forget it?",
-                                             platform::Printable(mailing->subject, kLongestSubject), mailing->group));
-    if (!asked) return asked.error();
+    if (const auto asked = AskFirst(context, run::ForgetQuestion(*mailing)); !asked) return asked.error();
   }
   if (const auto gone = journal.Forget(mailing->id); !gone) return gone.error();
   context.output.Line(fmt::format("Run #{} was forgotten; its report stays in the history.", run));

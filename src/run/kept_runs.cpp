@@ -133,11 +133,12 @@ Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing) {
 
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
   std::vector<Sentence> sentences;
-  if (const auto left = CountOf(mailing, ResultState::kNotTried); left > 0) {
+  const bool goes_on = StandingOf(mailing) == MailingStanding::kGoesOn;
+  if (const auto left = CountOf(mailing, ResultState::kNotTried); left > 0 && !goes_on) {
     sentences.push_back(SayOf(left, "{} recipient was not tried; nothing was sent there.",
                               "{} recipients were not tried; nothing was sent to them."));
   }
-  if (mailing.tried_again > 0) {
+  if (mailing.tried_again > 0 && !goes_on) {
     sentences.push_back(SayOf(
         mailing.tried_again,
         "{} recipient was deferred, not reached, or refused because of the account, and is to be tried again.",
@@ -149,12 +150,23 @@ std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
   return sentences;
 }
 
-Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal) {
+Sentence ForgetQuestion(const MailingEntry& mailing) {
+  const std::string subject = platform::Printable(mailing.subject, kLongestSubject);
+  Sentence which = StandingOf(mailing) == MailingStanding::kCanResume
+                       ? Say("\"{}\" to {} can be resumed.", subject, mailing.group)
+                       : Say("\"{}\" to {} is finished.", subject, mailing.group);
+  for (const Sentence& left : WhatIsLeft(mailing)) which = Say("{} {}", which, left);
+  return Say("{} Are you sure you want to forget it?", which);
+}
+
+Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::optional<RunId>& left) {
   auto all = journal.List();
   if (!all) return all.error();
-  std::erase_if(*all, [](const MailingEntry& mailing) {
-    return !WasCutOff(mailing) ||
-           (StandingOf(mailing) == MailingStanding::kFinished && CountOf(mailing, ResultState::kUnknown) == 0);
+  std::erase_if(*all, [&left](const MailingEntry& mailing) {
+    const bool was_left = !mailing.runs.empty() && left == mailing.runs.back().id;
+    const auto standing = StandingOf(mailing);
+    return !(WasCutOff(mailing) || was_left) || standing == MailingStanding::kGoesOn ||
+           (standing == MailingStanding::kFinished && CountOf(mailing, ResultState::kUnknown) == 0);
   });
   return all;
 }
@@ -175,6 +187,11 @@ Result<Forgotten> ForgetFinished(RunJournal& journal) {
     forgotten.kept.push_back(std::move(mailing));
   }
   return forgotten;
+}
+
+std::optional<Sentence> WhatWentOf(const Forgotten& forgotten) {
+  if (forgotten.mailings == 0) return {};
+  return SayOf(forgotten.mailings, "{} run was forgotten.", "{} runs were forgotten.");
 }
 
 std::vector<Sentence> WhatStayed(const Forgotten& forgotten) {

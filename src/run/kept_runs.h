@@ -39,14 +39,17 @@ RecipientChoice WhoIsLeft();
 std::optional<std::int64_t> KnownCount(const MailingEntry& mailing, const RecipientChoice& choice);
 // How many are chosen. Fails as the journal does.
 Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice);
+// Whether a person means to forget it: which it is, and who never gets it then.
+Sentence ForgetQuestion(const MailingEntry& mailing);
 // Why nothing is done about the chosen ones: there are none. Says whom there are.
 Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing);
-// Of a mailing that can be resumed: how many are left, and of those who are unknown what that means.
+// Of a mailing that can be resumed: how many are left, and of those who are unknown what that means. Of one that goes
+// on the latter alone, for nobody is left yet.
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing);
 
-// Those that a person should be offered to go on with, newest first: cut off, with somebody left or in doubt, and
-// nothing was done about them since.
-Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal);
+// Those that a person should be offered to go on with, newest first: cut off, or `left` by a program that was told to
+// end, with somebody left or in doubt, and nothing was done about them since.
+Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::optional<RunId>& left);
 
 struct Forgotten {
   std::int64_t mailings = 0;
@@ -54,6 +57,8 @@ struct Forgotten {
 };
 // Forgets every finished mailing.
 Result<Forgotten> ForgetFinished(RunJournal& journal);
+// "2 runs were forgotten."; nothing where none was.
+std::optional<Sentence> WhatWentOf(const Forgotten& forgotten);
 // What was kept and why, naming each.
 std::vector<Sentence> WhatStayed(const Forgotten& forgotten);
 

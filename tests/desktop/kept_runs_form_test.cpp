@@ -5,9 +5,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTableView>
 #include <QTest>
 
-#include "desktop/form_rig.h"
+#include "desktop/main_window.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/widgets/row_list.h"
@@ -107,6 +108,8 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(row(0), QString("2"));
     QCOMPARE(row(2), QString("refused"));
     QVERIFY2(row(3).startsWith("550 5.1.1 nobody (Error 8: "), qPrintable(row(3)));
+    auto* table = form.findChild<QTableView*>("PeopleGrid");
+    QVERIFY(table->columnWidth(2) >= table->fontMetrics().horizontalAdvance("deferred, to be tried again"));
     whom->setCurrentText("Everybody");
     QCOMPARE(people->rowCount(), 5);
     QVERIFY2(Status(form).contains("To send to some of these, choose one state"), qPrintable(Status(form)));
@@ -164,8 +167,13 @@ class KeptRunsFormTest : public QObject {
     rig.prompts.files = {rig.folders.RunJournal()};
     Press(form, "SaveListButton");
     QVERIFY2(Status(form).contains("runs.db"), qPrintable(Status(form)));
+    rig.Shown();
     rig.prompts.answers = {platform::Answer::kYes};
     Press(form, "ForgetButton");
+    QCOMPARE(rig.Shown(),
+             QString("ask: \"Hello\" to Readers can be resumed. 1 recipient was not tried; nothing was sent there. 1 "
+                     "recipient is unknown: the message was out and no answer came, so it may have arrived. It is not "
+                     "sent again unless you ask for it. Are you sure you want to forget it?"));
     QCOMPARE(test::RowsOf(form, "KeptRunsGrid").size(), 0);
     QVERIFY(!IsOn(form, "SendToTheseButton") && !IsOn(form, "ForgetButton"));
   }
@@ -186,6 +194,13 @@ class KeptRunsFormTest : public QObject {
                        SendMailForm1::Server::kReal, nullptr);
     form.show();
     QCOMPARE(form.findChild<QLabel*>("HeadingLabel")->text(), QString("“Hello” to Readers, 1 recipient"));
+    // What is other by now can be read before it goes.
+    QTRY_VERIFY(test::RowsOf(form, "NotesList").size() > 2);
+    const QStringList changes = test::RowsOf(form, "NotesList");
+    QCOMPARE(changes[0], QString("The letter goes out as it was when the run began."));
+    QVERIFY2(changes.join('\n').contains("Since then the group Readers was deleted."), qPrintable(changes.join('\n')));
+    QVERIFY2(changes.join('\n').contains("the account's server has changed."), qPrintable(changes.join('\n')));
+    QVERIFY(form.findChild<QWidget*>("NotesList")->isVisible());
     QCOMPARE(form.findChild<QLabel*>("PaceLabel")->text(),
              QString("Pace: 30 a minute (as this run was told before, else the mail account)"));
     test::WhileOpen("RunPaceForm", [](QDialog& pace) {
@@ -235,15 +250,51 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(Status(history), QString("4 of 4 shown."));
   }
 
+  // The run that the notice names is the one that the window opens with, whichever is newer or was put off.
+  void theNoticeOpensTheRunThatItNames() {
+    Scene scene;
+    QVERIFY(test::LeaveCutOff(scene.rig.folders, "Alpha"));
+    QVERIFY(test::LeaveCutOff(scene.rig.folders, "Beta"));
+    scene.Open();
+    QTRY_VERIFY2(scene.Notice().startsWith("The run “Hello” to Beta was cut off."), qPrintable(scene.Notice()));
+    const auto chosen_by_notice = [&] {
+      QString chosen;
+      test::WhileOpen("KeptRunsForm", [&](QDialog& form) {
+        const auto rows = form.findChild<RowList*>("KeptRunsGrid")->Chosen();
+        if (rows.size() == 1) chosen = test::RowsOf(form, "KeptRunsGrid").at(static_cast<qsizetype>(rows[0]));
+      });
+      Press(*scene.window, "GoOnWithRunButton");
+      return chosen;
+    };
+    QVERIFY(chosen_by_notice().contains("to Beta:"));
+    Press(*scene.window, "LaterButton");
+    QTRY_VERIFY2(scene.Notice().startsWith("The run “Hello” to Alpha was cut off."), qPrintable(scene.Notice()));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // the buttons of the notice before
+    QVERIFY(chosen_by_notice().contains("to Alpha:"));
+  }
+
   void clearingTheHistoryKeepsWhatCanBeResumed() {
     test::FormRig rig;
     QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    {
+      const platform::CancelToken none;
+      const auto journal = run::OpenJournal(rig.folders, rig.clock, none);
+      test::FakeRows rows(1);
+      const auto over = (*journal)->Begin({"Over", "Others", "", {}}, rows, {}, {"base"});
+      recipients::Recipient recipient;
+      std::int64_t position = 0;
+      QVERIFY(over && (*over)->Next(recipient, position));
+      (*over)->GoesOut(position);
+      (*over)->Settled(position, {smtp::State::kSent, smtp::ResultCode::kSuccess, {250, "2.0.0", "taken"}, {}});
+      QVERIFY((*over)->End());
+    }
     HistoryManagerForm history(rig.program, nullptr);
     history.show();
     rig.prompts.answers = {platform::Answer::kYes};
     Press(history, "ClearHistoryButton");
     QVERIFY2(history.cleared().contains("The run \"Hello\" to Readers was kept, for it can be resumed."),
              qPrintable(history.cleared()));
+    QVERIFY2(history.cleared().contains("1 run was forgotten."), qPrintable(history.cleared()));
     KeptRunsForm runs(rig.program, nullptr);
     QCOMPARE(test::RowsOf(runs, "KeptRunsGrid").size(), 1);
   }

@@ -22,6 +22,7 @@
 #include "desktop/run/report_view.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/run/shut_down_form.h"
+#include "desktop/shell/main_form.h"
 #include "desktop/widgets/qt_prompts.h"
 #include "platform/file.h"
 #include "platform/text.h"
@@ -393,6 +394,31 @@ class SendFormTest : public QObject {
     QVERIFY(!hold->isVisible());
     QVERIFY(scene.Text("StatusLine").contains("not tried"));
     QCOMPARE(scene.Report().count("Message sent successfully."), static_cast<int>(scene.Arrived()));
+  }
+
+  // As when the system ends the program: the next start offers to go on; a run that the person cancelled is not
+  // offered.
+  void aRunThatItsProgramLeftIsOffered() {
+    for (const bool is_cancelled : {false, true}) {
+      Scene scene(20000);
+      scene.Press("SendButton");
+      QTRY_VERIFY(scene.Arrived() > 0);
+      if (is_cancelled) {
+        scene.rig.prompts.answers = {platform::Answer::kYes};
+        scene.Press("SendButton");
+        QTRY_COMPARE(scene.Caption(), QString("Close"));
+      }
+      scene.form.reset();
+      QVERIFY(scene.Arrived() < 20000);
+      MainForm next(scene.rig.program);
+      next.Load();
+      next.show();
+      const auto is_offered = [notice = next.findChild<QWidget*>("NoticeBar")] {
+        return notice->isVisible() && notice->findChild<QLabel*>("NoticeLabel")->text().contains("was cut off.");
+      };
+      if (is_cancelled) QTest::qWait(500);  // longer than the window takes to look
+      QTRY_COMPARE(is_offered(), !is_cancelled);
+    }
   }
 
   void whatWasSavedStaysToldWhileItRuns() {

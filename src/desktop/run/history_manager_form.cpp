@@ -123,6 +123,7 @@ QStringList HistoryManagerForm::ForgetFinished() {
   const auto forgotten = journal ? run::ForgetFinished(**journal) : Result<run::Forgotten>(journal.error());
   if (!forgotten) return {InWords(forgotten.error())};
   QStringList sentences;
+  if (const auto went = run::WhatWentOf(*forgotten)) sentences << InWords(*went);
   for (const auto& sentence : run::WhatStayed(*forgotten)) sentences << InWords(sentence);
   return sentences;
 }

@@ -66,7 +66,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
           "KeptRunsGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this)),
       people_(new RowList(
           "PeopleGrid", tr("Recipients"),
-          {{tr("#"), 8, true}, {tr("Recipient"), 28}, {tr("State"), 12}, {tr("What the server said")}},
+          {{tr("#"), 8, true}, {tr("Recipient"), 28}, {tr("State"), 27}, {tr("What the server said")}},
           [this](std::size_t row, int column) { return TextOfOne(row, column); }, this)),
       states_(new QComboBox(this)),
       reply_(new QLineEdit(this)),
@@ -143,6 +143,15 @@ void KeptRunsForm::Fill() {
       std::find_if(lines_.begin(), lines_.end(), [&](const auto& line) { return mailings_[line.mailing].id == stays; });
   if (!lines_.empty()) grid_->Choose(same == lines_.end() ? 0 : static_cast<std::size_t>(same - lines_.begin()));
   EnableButtons();
+}
+
+void KeptRunsForm::Choose(run::RunId run) {
+  for (std::size_t row = 0; row < lines_.size(); ++row) {
+    const auto& runs = mailings_[lines_[row].mailing].runs;
+    if (std::ranges::find(runs, run, &run::RunEntry::id) == runs.end()) continue;
+    grid_->Choose(row);  // its first line
+    return;
+  }
 }
 
 // A mailing by its first run, with where its recipients are now; those that went on with it below.
@@ -347,7 +356,7 @@ void KeptRunsForm::WriteReport() {
 void KeptRunsForm::Forget() {
   const run::MailingEntry* mailing = Chosen();
   if (mailing == nullptr ||
-      program_.prompts.Ask("Are you sure you want to forget this run?") != platform::Answer::kYes) {
+      program_.prompts.Ask(FromQt(InWords(run::ForgetQuestion(*mailing)))) != platform::Answer::kYes) {
     return;
   }
   const platform::CancelToken none;

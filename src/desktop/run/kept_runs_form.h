@@ -28,6 +28,9 @@ class KeptRunsForm final : public QDialog {
  public:
   KeptRunsForm(const profile::Program& program, QWidget* parent);
 
+  // The mailing of this run; where there is none any more, the newest stays chosen.
+  void Choose(run::RunId run);
+
   // Opens the sending window for it, and returns when that has closed.
   std::function<void(const GoOnRequest&)> go_on;
 

@@ -6,6 +6,7 @@
 #include "account/account_settings.h"
 #include "desktop/widgets/qt_text.h"
 #include "message/message_template.h"
+#include "run/left_run.h"
 #include "run/partial_range.h"
 #include "run/run_words.h"
 
@@ -18,6 +19,7 @@ constexpr auto kPatience = std::chrono::seconds(2);  // for the message that is 
 
 RunWorker::~RunWorker() {
   if (!thread_.joinable()) return;
+  const bool is_ended_by_person = cancel_.Requested() != platform::Stop::kNone;
   cancel_.Request();
   {
     std::unique_lock lock(mutex_);
@@ -27,6 +29,7 @@ RunWorker::~RunWorker() {
   }
   cancel_.Request();
   thread_.join();
+  if (left_ != 0 && !is_ended_by_person) IgnoreErrors(run::KeepLeftRun(program_.settings, left_));
 }
 
 void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
@@ -60,6 +63,7 @@ void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
     {
       const std::lock_guard lock(mutex_);
       ended_ = true;
+      if (*summary && !(*summary)->reached_its_end()) left_ = (*summary)->run;
       progress_.Ends();
     }
     changed_.notify_all();

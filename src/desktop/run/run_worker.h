@@ -38,7 +38,8 @@ class RunWorker final : public QObject, private run::RunListener {
  public:
   RunWorker(const profile::Program& program, QObject* parent)
       : QObject(parent), program_(program), progress_(program.clock) {}
-  // Starts nothing new, gives the message under way two seconds, and waits for the run's last step.
+  // Starts nothing new, gives the message under way two seconds, and waits for the run's last step. A run that nobody
+  // cancelled is then to be offered at the next start.
   ~RunWorker() override;
 
   // Once. The account and its settings are read anew; `pace` counts before them.
@@ -98,6 +99,7 @@ class RunWorker final : public QObject, private run::RunListener {
   std::optional<bool> answer_;
   bool ending_ = false;  // the window goes
   bool ended_ = false;   // the run has
+  run::RunId left_ = 0;  // with somebody left, as it ended
 };
 
 }  // namespace quillcast::desktop

@@ -9,6 +9,7 @@
 #include "desktop/document/editor_command.h"
 #include "desktop/shell/command_table.h"
 #include "document/merge_fields.h"
+#include "run/journal/run_journal.h"
 
 namespace quillcast::desktop {
 
@@ -87,7 +88,8 @@ void PreviewInside(Shell& shell);
 void Send(Shell& shell);
 void ShowHistory(Shell& shell);
 // Those that are kept, to go on with; also from the history and the notice.
-void ShowKeptRuns(Shell& shell);
+// Opens with the mailing of this run chosen.
+void ShowKeptRuns(Shell& shell, run::RunId run);
 
 // tools_commands.cpp
 void EditAccount(Shell& shell);

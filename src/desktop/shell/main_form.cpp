@@ -183,7 +183,8 @@ void MainForm::ConnectHeader() {
 void MainForm::ConnectNotices() {
   connect(notices_, &Notices::RestorePressed, this, [this] { AtWork([this] { RestoreDraft(*shell_); }); });
   connect(notices_, &Notices::PracticePressed, this, [this] { AtWork([this] { ShowPracticeMailbox(*shell_); }); });
-  connect(notices_, &Notices::RunsPressed, this, [this] { AtWork([this] { ShowKeptRuns(*shell_); }); });
+  connect(notices_, &Notices::RunsPressed, this,
+          [this](run::RunId run) { AtWork([this, run] { ShowKeptRuns(*shell_, run); }); });
   connect(notices_, &Notices::AccountPressed, this, [this] { Dispatch(CommandId::kAccount); });
   connect(notices_, &Notices::PracticeChanged, this, [this] { shell_->ShowSender(); });
   connect(notices_, &Notices::PracticeEnded, this, &MainForm::Say);

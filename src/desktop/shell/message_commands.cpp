@@ -1,6 +1,7 @@
 // The commands of the Message menu.
 #include <QApplication>
 #include <functional>
+#include <optional>
 
 #include "desktop/document/body_view.h"
 #include "desktop/document/editor_document.h"
@@ -114,26 +115,27 @@ void GoOnWithRun(Shell& shell, const GoOnRequest& request) {
 
 namespace {
 
-void ShowRuns(Shell& shell, const std::function<void()>& sent) {
+void ShowRuns(Shell& shell, std::optional<run::RunId> run, const std::function<void()>& sent) {
   QWidget* parent = QApplication::activeWindow();
   KeptRunsForm form(shell.program, parent == nullptr ? &shell.window : parent);
   form.go_on = [&shell, &sent](const GoOnRequest& request) {
     GoOnWithRun(shell, request);
     sent();
   };
+  if (run) form.Choose(*run);
   form.exec();
   shell.notices.LookForCutOff();
 }
 
 }  // namespace
 
-void ShowKeptRuns(Shell& shell) {
-  ShowRuns(shell, [] {});
+void ShowKeptRuns(Shell& shell, run::RunId run) {
+  ShowRuns(shell, run, [] {});
 }
 
 void ShowHistory(Shell& shell) {
   HistoryManagerForm form(shell.program, &shell.window);
-  form.show_runs = [&shell](const std::function<void()>& sent) { ShowRuns(shell, sent); };
+  form.show_runs = [&shell](const std::function<void()>& sent) { ShowRuns(shell, {}, sent); };
   form.exec();
   if (!form.cleared().isEmpty()) shell.Say(form.cleared());
 }

@@ -11,6 +11,7 @@
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
 #include "run/kept_runs.h"
+#include "run/left_run.h"
 
 namespace quillcast::desktop {
 namespace {
@@ -70,7 +71,8 @@ void Notices::LookForCutOff() {
   if (std::filesystem::exists(program_.folders.RunJournal(), IgnoreErrors())) {
     const platform::CancelToken none;
     const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-    auto mailings = journal ? run::CutOffMailings(**journal) : Result<std::vector<run::MailingEntry>>(journal.error());
+    auto mailings = journal ? run::CutOffMailings(**journal, run::LeftRun(program_.settings))
+                            : Result<std::vector<run::MailingEntry>>(journal.error());
     if (!mailings) {
       emit Failed(mailings.error());
     } else {
@@ -87,9 +89,11 @@ void Notices::ShowCutOff() {
                                .arg(ToQt(platform::Printable(cut_off_->subject, kLongestShown)),
                                     ToQt(platform::Printable(cut_off_->group, kLongestShown)))};
   for (const auto& sentence : run::WhatIsLeft(*cut_off_)) sentences << InWords(sentence);
-  bar_->Show(sentences.join(' '), {{tr("&Go on…"), "GoOnWithRunButton", [this] { emit RunsPressed(); }},
-                                   {tr("Later"), "LaterButton", [this] {
-                                      left_for_later_.insert(cut_off_->runs.back().id);
+  // Each is about the run that it stands beside, whatever is looked for meanwhile.
+  const run::RunId last = cut_off_->runs.back().id;
+  bar_->Show(sentences.join(' '), {{tr("&Go on…"), "GoOnWithRunButton", [this, last] { emit RunsPressed(last); }},
+                                   {tr("Later"), "LaterButton", [this, last] {
+                                      left_for_later_.insert(last);
                                       LookForCutOff();
                                     }}});
 }

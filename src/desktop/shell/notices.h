@@ -44,7 +44,8 @@ class Notices final : public QWidget {
   void RestorePressed();
   void AccountPressed();
   void PracticePressed();
-  void RunsPressed();
+  // To go on with this one.
+  void RunsPressed(quillcast::run::RunId run);
   void PracticeChanged();  // and with it the account
   void PracticeEnded(const QString& how);
   void Failed(const quillcast::Error& error);
