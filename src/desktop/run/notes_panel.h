@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <QWidget>
 
+#include "desktop/run/go_on_request.h"
 #include "desktop/widgets/background_task.h"
 #include "document/message_document.h"
 #include "profile/program.h"
@@ -23,11 +24,13 @@ class NotesPanel final : public QWidget {
   void AddQuestion(QWidget* question);
   // Looks, and shows what there is to say; anew when it is called again.
   void LookAt(const document::MessageDocument& document, const run::ChosenGroup& group);
+  // The same for a kept run: what is other by now than it was when it began.
+  void LookAt(const GoOnRequest& request);
   // The run begins: what was not found by now is told by the run.
   void Close();
 
  private:
-  void Show(const QStringList& troubles, const QStringList& pictures);
+  void Show(const QStringList& troubles, const QStringList& others);
 
   const profile::Program& program_;
   BackgroundTask* look_;

@@ -107,7 +107,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, const GoOnRequest&
   setWindowTitle(tr("Go On with a Run"));
   range_->hide();
   heading_->GoesOnWith(request.pace);
-  before_->Close();
+  before_->LookAt(request);
 }
 
 void SendMailForm1::BuildWindow() {
