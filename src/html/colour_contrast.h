@@ -8,6 +8,4 @@ namespace quillcast::html {
 // From 1, of the same, to 21, of black and white (WCAG 2.1, "contrast ratio"). Colours are 0xRRGGBB.
 double ContrastOf(std::uint32_t one, std::uint32_t other);
 
-inline constexpr double kLeastSeen = 1.2;  // what letters need to be seen at all
-
 }  // namespace quillcast::html

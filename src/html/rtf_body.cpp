@@ -17,7 +17,9 @@ constexpr int kHanging = 360;  // twips that the sign of an item stands before i
 constexpr std::size_t kMostFonts = 200;
 constexpr std::size_t kMostColours = 5000;
 
-// What letters need where it is not known what they stood on (WCAG 2.1, 1.4.3, of large ones).
+// What letters need to be seen, as the page has it, and to be read where it is not known what they stood on (WCAG 2.1,
+// 1.4.3, of large ones).
+constexpr double kLeastSeen = 1.2;
 constexpr double kLeastRead = 3;
 
 void AppendUnit(std::string& out, char32_t unit) {

@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "html/colour_contrast.h"
 #include "html/colour_names.h"
 #include "html/old_colour.h"
 #include "html/safe_page.h"
@@ -110,20 +109,14 @@ std::string AttributeColour(std::string_view value) {
   return colour.empty() && value.starts_with('#') ? OldColour(value) : colour;
 }
 
-bool IsSeen(std::string_view colour, const Told& told) {
-  const auto read = ReadColour(colour);
-  return !read || ContrastOf(*read, told.behind) >= kLeastSeen;
-}
-
 // One declaration, "color:red", as it may be kept; empty where not.
-std::string SimpleDeclaration(std::string_view property, std::string_view given, const Told& told) {
+std::string SimpleDeclaration(std::string_view property, std::string_view given, double points) {
   const bool is_ground = property == "background" || property == "background-color";
   const std::string_view name = is_ground ? "background-color" : property;
   std::string value(given);
-  if (name == "color" && !IsSeen(given, told)) return {};
   if (is_ground || name == "color") value = SimpleColour(is_ground ? GroundIn(given) : given);
   if (name.starts_with("margin-") || name == "text-indent") {
-    const auto pixels = ReadLength(given, told.points, kUsualPoints);
+    const auto pixels = ReadLength(given, points, kUsualPoints);
     value = pixels ? fmt::format("{:.0f}px", *pixels) : std::string();
   }
   std::replace(value.begin(), value.end(), '"', '\'');
@@ -135,7 +128,7 @@ std::string SimpleDeclaration(std::string_view property, std::string_view given,
 std::string SimpleStyle(std::string_view style, const Told& told) {
   std::string kept = told.size.empty() ? "" : "font-size:" + told.size;
   EachDeclaration(style, [&](std::string_view property, std::string_view value) {
-    const std::string declaration = SimpleDeclaration(property, value, told);
+    const std::string declaration = SimpleDeclaration(property, value, told.points);
     if (!declaration.empty()) kept.append(kept.empty() ? "" : ";").append(declaration);
   });
   return kept;
@@ -166,8 +159,7 @@ bool IsLongSpan(const HtmlTokenizer& page, const HtmlAttribute& attribute) {
 }
 
 std::string OwnGround(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written) {
-  const bool hears_attribute = written == "div" || written == "table" || written == "tr" || written == "td" ||
-                               written == "th" || written == "body";
+  const bool hears_attribute = written == "div" || written == "table" || written == "tr" || written == "td";
   std::string ground = hears_attribute ? AttributeColour(page.Value(tag, "bgcolor")) : std::string();
   EachDeclaration(page.Value(tag, "style"), [&](std::string_view property, std::string_view value) {
     if (property != "background" && property != "background-color") return;
@@ -231,7 +223,6 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
     if ((name == "width" && width) || (name == "height" && height)) continue;
     if (name == "bgcolor" || name == "color") value = AttributeColour(value);
     if (value.empty() && (name == "bgcolor" || name == "color")) continue;
-    if (name == "color" && !IsSeen(value, told)) continue;
     if (name == "style") {
       const std::string style = SimpleStyle(value, told);
       if (!style.empty()) Append(kept, name, style);

@@ -15,12 +15,11 @@ enum class Spans : std::uint8_t { kFew, kMany };  // over how many columns and r
 // What an element that becomes `written` has behind it by its own attributes, as a style has it; empty for nothing.
 std::string OwnGround(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written);
 
-// What an element has to be told of what it stands in, since the view would not know it, and what is known of that.
+// What an element has to be told of what it stands in, since the view would not know it.
 struct Told {
-  std::string ground = {};          // as a style has it
-  std::string size = {};            // of its letters
-  double points = kUsualPoints;     // that "em" is in it
-  std::uint32_t behind = 0xFFFFFF;  // its letters: colours that nobody sees there are left out
+  std::string ground = {};       // as a style has it
+  std::string size = {};         // of its letters
+  double points = kUsualPoints;  // that "em" is in it
 };
 
 // What says it of an element that has no attributes. The view hears the ground of a table as an attribute, that of

@@ -9,7 +9,6 @@
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
 #include "html/simple_attributes.h"
-#include "html/style_values.h"
 #include "html/table_shapes.h"
 
 namespace quillcast::html {
@@ -20,8 +19,6 @@ constexpr std::size_t kMostTables = 3;    // within each other
 constexpr std::size_t kMostItems = 1000;  // of a list; more are another list
 constexpr std::size_t kMostPictures = 500;
 constexpr std::size_t kLongestWord = 100;  // bytes without a place to break
-
-constexpr std::uint32_t kPaper = 0xFFFFFF;
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
@@ -52,7 +49,6 @@ class SimpleWriter {
     std::size_t items = 0;      // of a list
     Spans spans = Spans::kFew;  // of a table
     LetterSize size = {};
-    std::uint32_t behind = kPaper;
     std::string ground = {};  // that the view would paint behind these words alone, and not behind all that is in it
   };
 
@@ -116,21 +112,19 @@ void SimpleWriter::Push(const std::string& name, std::string_view written, const
   const bool is_of_table = written == "table" || written == "tr" || written == "td" || written == "th";
   const bool is_block = IsBlock(RoleOf(written));
   const std::string around = Ground();
-  const std::string own = token != nullptr && !written.empty() ? OwnGround(page_, *token, written) : std::string();
+  const std::string own = token != nullptr && is_block ? OwnGround(page_, *token, written) : std::string();
   const bool paints_all = is_of_table || written == "body";
   const LetterSize size_around = open_.empty() ? LetterSize() : open_.back().size;
   LetterSize size = token != nullptr && !written.empty() ? SizeWithin(page_, *token, size_around) : size_around;
   Told told{.ground = is_block && own.empty() ? around : "",
             .size = size.value == size_around.value ? "" : size.value,
-            .points = size.points,
-            .behind = ReadColour(own).value_or(open_.empty() ? kPaper : open_.back().behind)};
+            .points = size.points};
   open_.push_back({.name = name,
                    .written = written,
                    .size = std::move(size),
-                   .behind = told.behind,
-                   .ground = paints_all                 ? std::string()
-                             : is_block && !own.empty() ? own
-                                                        : around});
+                   .ground = paints_all    ? ""
+                             : own.empty() ? around
+                                           : own});
   if (written.empty()) return;
   begins_pre_ = written == "pre";
   if (is_block) behind_ = {};

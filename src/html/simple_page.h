@@ -18,8 +18,7 @@ struct SimplePage {
 // cannot do in time that grows with the page is taken away: its layout takes twice as long for each table within
 // another, so tables that only arrange the page become paragraphs, as do those within three others; elements within a
 // hundred others stand beside the innermost; words without an end are given places to break; what stands on a ground
-// that the view would not paint there is told it, and letters in a colour that nobody sees on what is painted have
-// the usual one; sizes beyond a page, and cells over many rows, are left out. Style
+// that the view would not paint there is told it; sizes beyond a page, and cells over many rows, are left out. Style
 // sheets, scripts, forms and whatever would be fetched are left out. Linear in the page.
 SimplePage Simplify(std::string_view html, std::size_t most);
 

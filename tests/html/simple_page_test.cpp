@@ -125,15 +125,6 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<body style='background:#000'><div>a<table><tr><td>b<td style='background:#fff'><p>c</table></div>",
        "<body style=\"background-color:#000\"><div>a<table><tr><td>b</td><td style=\"background-color:#fff\"><p>c</p>"
        "</td></tr></table></div></body>"},
-      // Colours that nobody sees on what is painted there
-      {"<p style='color:#fff'>a<b style='color:#eee;font-weight:bold'>b</b><font color=white>c</font>"
-       "<span style='background:#000;color:#fff'>d</span>",
-       "<p>a<b style=\"font-weight:bold\">b</b><font>c</font><span "
-       "style=\"background-color:#000;color:#fff\">d</span></p>"},
-      {"<body bgcolor=#000000 text=white><table><tr><th bgcolor=white><font color=white>a</font><td><p "
-       "style='color:#fff'>b",
-       "<body style=\"color:white\" bgcolor=\"#000000\"><table><tr><th bgcolor=\"white\"><font>a</font></th>"
-       "<td><p style=\"color:#fff\">b</p></td></tr></table></body>"},
       // Colours that a text view would take for black
       {"<table><tr><td bgcolor=ffff00>a<td bgcolor=none>b<font color=00ff00>c</font><font color=red>d</table>",
        "<table><tr><td bgcolor=\"#ffff00\">a</td><td>b<font color=\"#00ff00\">c</font><font color=\"red\">d</font></td>"
