@@ -97,8 +97,7 @@ std::string SimpleColour(std::string_view value) {
   const auto colour = ReadColour(value);
   if (!colour) return {};
   const bool is_short = value.starts_with('#') && (value.size() == 4 || value.size() == 7);
-  const bool is_read = is_short || (value.starts_with("rgb(") && IsPlainValue(value)) ||
-                       NamedColour(platform::AsciiLower(value)).has_value();
+  const bool is_read = is_short || NamedColour(platform::AsciiLower(value)).has_value();
   return is_read ? std::string(value) : fmt::format("#{:06x}", *colour);
 }
 

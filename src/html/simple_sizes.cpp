@@ -25,13 +25,11 @@ constexpr std::array kSteps = {Step{"h1", 2},    Step{"h2", 1.5},  Step{"h3", 1.
 
 constexpr double kPointsOfPixel = 0.75;
 
-// Whole points where they are, and are the pixels too.
+// Whole points where they are, else those of the nearest pixel. Never in pixels: where a size in another unit stands
+// around it, the view goes by that one.
 std::string InWords(double points) {
-  const long pixels = std::max(std::lround(points / kPointsOfPixel), 1L);
-  for (const double candidate : {points, static_cast<double>(pixels) * kPointsOfPixel}) {
-    if (candidate == std::floor(candidate)) return fmt::format("{:.0f}pt", candidate);
-  }
-  return fmt::format("{}px", pixels);
+  if (points == std::floor(points) && points > 0) return fmt::format("{:.0f}pt", points);
+  return fmt::format("{}pt", static_cast<double>(std::max(std::lround(points / kPointsOfPixel), 1L)) * kPointsOfPixel);
 }
 
 // By what it is.

@@ -65,7 +65,8 @@ std::optional<std::uint32_t> ReadRgb(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_of("0123456789"), text.size()));
     const auto number = TakeNumber(text);
     if (!number) return {};
-    value = value << 8 | static_cast<std::uint32_t>(std::clamp(*number, 0.0, 255.0));
+    const double share = text.starts_with('%') ? *number * 2.55 : *number;
+    value = value << 8 | static_cast<std::uint32_t>(std::lround(std::clamp(share, 0.0, 255.0)));
   }
   text.remove_prefix(std::min(text.find_first_of("0123456789."), text.size()));
   const auto cover = TakeNumber(text);

@@ -272,7 +272,7 @@ TEST(StyleValues, AreReadAsMailWritesThem) {
         Row{"rgba(1,2,3,.5)", 0x010203}, Row{"rgba(1,2,3,.4)", -1}, Row{"rgb(1 2 3 / 49%)", -1},
         Row{" Navy ", 0x000080}, Row{"transparent", -1}, Row{"#12", -1}, Row{"rebeccapurple", 0x663399},
         Row{"yellowgreen", 0x9ACD32}, Row{"#0007", -1}, Row{"#12345680", 0x123456}, Row{"", -1}, Row{"rgb(1)", -1},
-        Row{"#ggg", -1}}) {
+        Row{"rgb(100%, 20%,0%)", 0xFF3300}, Row{"#ggg", -1}}) {
     const auto read = ReadColour(value);
     EXPECT_EQ(read ? std::int64_t{*read} : -1, colour) << value;
   }

@@ -70,7 +70,7 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "onclick=x class=y background=z bgcolor=red>a",
        "<p style=\"color:#FF0000;margin-left:-20px\" bgcolor=\"red\">a</p>"},
       {"<p style=\"font-family:&quot;A B&quot;, C;color:rgb(1, 2, 3);width:expression(x)\">a",
-       "<p style=\"font-family:'A B', C;color:rgb(1, 2, 3)\">a</p>"},
+       "<p style=\"font-family:'A B', C;color:#010203\">a</p>"},
       {"<form action=x><section><nav>a</nav><input value=y><button>b</button></section></form>",
        "<div><div><div>a</div><div>b</div></div></div>"},
       {"<link rel=stylesheet href=x><base href=file:///><iframe src=x></iframe><object data=x></object><video src=x>a",
@@ -88,18 +88,18 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "<div style=\"background-color:red;background-color:green\">a</div></div></div>"},
       // Sizes and lengths in the one unit that a text view reads
       {"<p style='font:italic bold 14px/1.5 &quot;A B&quot;, serif;text-indent:1em'>a<p style='font:9pt'>b",
-       "<p style=\"font-size:14px;font-style:italic;font-weight:bold;font-family:'A B', serif;text-indent:14px\">a</p>"
+       "<p style=\"font-size:10.5pt;font-style:italic;font-weight:bold;font-family:'A B', serif;text-indent:14px\">a</p>"
        "<p style=\"font-size:9pt;font-style:normal;font-weight:normal\">b</p>"},
       {"<div style='font-size:1.2em'>a<h1>b</h1><small>c</small><font size=2>d</font><p style='font-size:50%'>e"
        "<p style='font-size:larger'>f<p style='font-size:1rem'>g</div><h3>h<i style='font-size:.5em'>i</i></h3>",
        "<div style=\"font-size:12pt\">a<h1 style=\"font-size:24pt\">b</h1><div><small "
        "style=\"font-size:10pt\">c</small>"
-       "<font style=\"font-size:11px\" size=\"2\">d</font></div><p style=\"font-size:6pt\">e</p>"
-       "<p style=\"font-size:19px\">f</p><p style=\"font-size:10pt\">g</p></div>"
+       "<font style=\"font-size:8.25pt\" size=\"2\">d</font></div><p style=\"font-size:6pt\">e</p>"
+       "<p style=\"font-size:14.25pt\">f</p><p style=\"font-size:10pt\">g</p></div>"
        "<h3>h<i style=\"font-size:6pt\">i</i></h3>"},
       {"<h1 style='font-size:20.4px;font-size:0;font-size:500px'>a</h1><table><tr "
        "style='font-size:small'><td>b</table>",
-       "<h1 style=\"font-size:15pt\">a</h1><div><div style=\"font-size:11px\"><div>b</div></div></div>"},
+       "<h1 style=\"font-size:15pt\">a</h1><div><div style=\"font-size:8.25pt\"><div>b</div></div></div>"},
       {"<p style='margin:0 auto 9pt;text-indent:-2em'>a<p style='margin: 1px 2em 50%'>b",
        "<p style=\"margin-top:0px;margin-bottom:12px;text-indent:-27px\">a</p>"
        "<p style=\"margin-top:1px;margin-right:27px;margin-left:27px\">b</p>"},
