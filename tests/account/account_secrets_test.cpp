@@ -330,6 +330,9 @@ TEST_F(AccountSecretsTest, WaitsForWhoElseSavesTheAccount) {
   EXPECT_FALSE(practice.Begin([] {}));
   EXPECT_EQ(Stored(), "Settings:old");
   held = Error{};
+  auto without_server = From("Settings", "old");
+  without_server.Set(kServer, "");
+  ASSERT_TRUE(without_server.Save(settings_));  // else practice has no place
   EXPECT_TRUE(practice.Begin([] {}));
   EXPECT_FALSE(secrets_.Save(change, settings_, cancel_)) << "the account has another server by now";
   const AccountChange name_alone(From("Settings", "old"), [] {

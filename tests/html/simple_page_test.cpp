@@ -88,7 +88,8 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "<div style=\"background-color:red;background-color:green\">a</div></div></div>"},
       // Sizes and lengths in the one unit that a text view reads
       {"<p style='font:italic bold 14px/1.5 &quot;A B&quot;, serif;text-indent:1em'>a<p style='font:9pt'>b",
-       "<p style=\"font-size:10.5pt;font-style:italic;font-weight:bold;font-family:'A B', serif;text-indent:14px\">a</p>"
+       "<p style=\"font-size:10.5pt;font-style:italic;font-weight:bold;font-family:'A B', "
+       "serif;text-indent:14px\">a</p>"
        "<p style=\"font-size:9pt;font-style:normal;font-weight:normal\">b</p>"},
       {"<div style='font-size:1.2em'>a<h1>b</h1><small>c</small><font size=2>d</font><p style='font-size:50%'>e"
        "<p style='font-size:larger'>f<p style='font-size:1rem'>g</div><h3>h<i style='font-size:.5em'>i</i></h3>",
