@@ -18,10 +18,9 @@ inline constexpr std::array<std::string_view, 3> kThreadModes = {"No", "Single",
 enum class ThreadProtocol { kSmtp, kPop3, kImap4 };
 inline constexpr std::array<std::string_view, 3> kThreadSections = {"SMTP-Thread", "POP3-Thread", "IMAP4-Thread"};
 
-// What there is to say of them.
+// What there is to say of them until a run has threads to choose from.
 inline constexpr std::string_view kThreadModesNote =
-    "SMTP: with No, messages are made and sent on one thread; with Single and Second they are made on one of their own "
-    "while others are sent. The modes of POP3 and IMAP4 are kept, and have no effect.";
+    "The modes are kept, and have no effect yet: messages are made and sent on one thread.";
 
 // All three, read and written together; "Second" where nothing is stored.
 class ThreadModes {

@@ -124,9 +124,8 @@ void MessageTemplate::CompileBare(const std::vector<std::string>& attachments, c
   for (const fs::path file : attachments) {
     TakeFile(files.OpenAttachment(file), [&](int fd) { return files_.AddUuencoded(fd, file); });
     if (trouble_) return;
-    const std::size_t number = file_parts_.size();
-    file_parts_.push_back({files_.FormOf(number), files_.SizeOf(number)});
-    layout_.AddFile(number, true);
+    file_parts_.emplace_back();
+    layout_.AddFile(file_parts_.size() - 1, true);
   }
 }
 
@@ -162,7 +161,7 @@ void MessageTemplate::AddFilePart(std::string_view media_type, std::string_view 
                                   std::string_view content_id) {
   const std::size_t number = file_parts_.size();
   const WireForm form = files_.FormOf(number);
-  FilePart part{form, files_.SizeOf(number), FilePartHeader(media_type, disposition, file, content_id, form)};
+  FilePart part{FilePartHeader(media_type, disposition, file, content_id, form), {}};
   if (form == WireForm::kEightBit) {
     part.seven_bit_header = FilePartHeader(media_type, disposition, file, content_id, WireForm::kBase64);
   }
@@ -253,10 +252,11 @@ bool MessageTemplate::AppendText(const TextPart& part, const document::MergeValu
 void MessageTemplate::AppendFile(std::size_t file, RenderedMessage& out) const {
   const FilePart& part = file_parts_[file];
   const std::size_t header = out.pieces.count();
+  const WireForm form = files_.FormOf(file);
   out.pieces.AddShared(part.header);
-  out.pieces.AddFile(file, part.size);
-  if (IsAsItStands(part.form)) out.SetAsItStands();
-  if (part.form == WireForm::kEightBit) out.AddEightBitPart(header, part.seven_bit_header, WireForm::kBase64);
+  out.pieces.AddFile(file, files_.SizeOf(file));
+  if (IsAsItStands(form)) out.SetAsItStands();
+  if (form == WireForm::kEightBit) out.AddEightBitPart(header, part.seven_bit_header, WireForm::kBase64);
   if (options_.is_bare) out.ExtendEightBitPart();  // without MIME there is one body, and this belongs to it
 }
 

@@ -28,8 +28,7 @@
 
 namespace quillcast::message {
 
-// Rendered by several threads at a time, where they wish. The messages are read by one, for which the encoded files may
-// grow.
+// For one thread, though rendering is const: the encoded files grow while it goes on.
 class MessageTemplate {
  public:
   // `scratch_folder` takes large attachments in their encoded form. Files that cannot be read do not fail it: see
@@ -71,10 +70,8 @@ class MessageTemplate {
     MergedBody body;
   };
   struct FilePart {
-    WireForm form = WireForm::kSevenBit;
-    std::uint64_t size = 0;  // octets as encoded
-    std::string header = {};
-    std::string seven_bit_header = {};  // for one that holds octets above 127
+    std::string header;
+    std::string seven_bit_header;  // for one that holds octets above 127
   };
 
   // What the constructor is made of. A file that cannot be taken in is noted: see trouble() and picture_troubles().

@@ -17,7 +17,7 @@ const smtp::Outcome kNotBegun{smtp::State::kFailed, smtp::ResultCode::kCancelled
 
 Result<bool> InTurn::NextOfList(recipients::Recipient& recipient, std::int64_t& position) {
   if (at_end_) return false;
-  auto next = list_.Next(recipient, position);
+  auto next = run_.Next(recipient, position);
   at_end_ = !next || !*next;
   return next;
 }
@@ -37,7 +37,7 @@ Result<bool> InTurn::NextOfAll(recipients::Recipient& recipient, std::int64_t& p
   while (kept_back_.size() < kMostKeptBack && order_.size() < kMostAhead) {
     auto next = NextOfList(recipient, position);
     if (!next || !*next) return next;
-    order_.Take(position, recipient.email(), list_.before());
+    order_.Take(position, recipient.email(), run_.before());
     if (!HasPace()) return true;
     const auto address = smtp::EnvelopeAddress(recipient.email());
     if (!address) return true;

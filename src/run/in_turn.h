@@ -9,7 +9,6 @@
 #include "platform/result.h"
 #include "recipients/recipient.h"
 #include "run/journal/run_journal.h"
-#include "run/letters_ahead.h"
 #include "run/pace/turns.h"
 #include "run/results_in_order.h"
 #include "run/retries.h"
@@ -20,8 +19,8 @@ class InTurn {
  public:
   // `turns` is null where nothing waits for a turn, because nothing is sent. Each row that is read is taken into
   // `order`; whom `retries` gives, again.
-  InTurn(JournalledRun& run, LettersAhead& list, Turns* turns, ResultsInOrder& order, Retries& retries)
-      : run_(run), list_(list), turns_(turns), order_(order), retries_(retries) {}
+  InTurn(JournalledRun& run, Turns* turns, ResultsInOrder& order, Retries& retries)
+      : run_(run), turns_(turns), order_(order), retries_(retries) {}
 
   // The next recipient, whose turn is taken where there is a pace and it has an address. False where there is none now:
   // then wait() says until when.
@@ -47,7 +46,6 @@ class InTurn {
   void WaitFor(const Wait& wait);
 
   JournalledRun& run_;
-  LettersAhead& list_;  // over it
   Turns* turns_;
   ResultsInOrder& order_;
   Retries& retries_;

@@ -123,8 +123,6 @@ class PreparedRun {
   Result<RunSummary> RunOver(Carrier& carrier, const std::optional<PartialRange>& range, RunListener& listener,
                              const BeginRun& begin, Turns* turns);
   bool WayWasThere() const;
-  // By the threading mode.
-  Result<LettersAhead::On> WhereLettersAreMade() const;
   PaceTexts PaceOptions() const;
   Result<PaceTexts> TextsOfPace();
   Result<std::string> PaceToFreeze();

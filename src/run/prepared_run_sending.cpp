@@ -8,7 +8,6 @@
 #include "account/account_connection.h"
 #include "account/account_message.h"
 #include "account/account_pace.h"
-#include "account/thread_modes.h"
 #include "platform/text.h"
 #include "run/carrier.h"
 #include "run/history.h"
@@ -191,21 +190,12 @@ Result<Turns> PreparedRun::TurnsOf(RunListener& listener) {
                [&listener](const Error& error) { listener.Note(AsSentence(error)); });
 }
 
-Result<LettersAhead::On> PreparedRun::WhereLettersAreMade() const {
-  const auto modes = account::ThreadModes::Load(place_.Settings());
-  if (!modes) return modes.error();
-  const bool is_one = (*modes)[account::ThreadProtocol::kSmtp] == account::ThreadMode::kNo;
-  return is_one ? LettersAhead::On::kCallersThread : LettersAhead::On::kOwnThread;
-}
-
 Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<PartialRange>& range,
                                         RunListener& listener, const BeginRun& begin, Turns* turns) {
   const auto message = Message();
   if (!message) return message.error();
   const auto pace = Pace();
   if (!pace) return pace.error();
-  const auto make_letters = WhereLettersAreMade();
-  if (!make_letters) return make_letters.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
   const RunParts parts{.message = **message,
@@ -218,8 +208,7 @@ Result<RunSummary> PreparedRun::RunOver(Carrier& carrier, const std::optional<Pa
                        .clock = place_.clock,
                        .turns = turns,
                        .retries = pace->retries,
-                       .slow_down = pace->slow_down,
-                       .make_letters = *make_letters};
+                       .slow_down = pace->slow_down};
   return SendLetters(parts, std::move(*entry), listener);
 }
 
@@ -233,8 +222,6 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
   if (!turns) return turns.error();
   auto frozen_pace = PaceToFreeze();
   if (!frozen_pace) return frozen_pace.error();
-  const auto make_letters = WhereLettersAreMade();
-  if (!make_letters) return make_letters.error();
   auto entry = BeginHistoryEntry(place_.folders.History(), place_.clock, document_.subject);
   if (!entry) return entry.error();
   auto run = going_on_->journal->GoOn(going_on_->mailing.id, going_on_->kind, going_on_->choice,
@@ -253,8 +240,7 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
                        .clock = place_.clock,
                        .turns = &*turns,
                        .retries = pace->retries,
-                       .slow_down = pace->slow_down,
-                       .make_letters = *make_letters};
+                       .slow_down = pace->slow_down};
   return SendLetters(parts, std::move(*entry), listener);
 }
 

@@ -30,6 +30,11 @@ bool IsOfTheAccount(smtp::ResultCode code) {
 // How often whoever holds a run is asked whether it goes on.
 constexpr std::chrono::milliseconds kHeldFor{500};
 
+// The report's name for a failure of ours, before any server was asked.
+smtp::Outcome FailureOfOurs(smtp::ResultCode code, const Error& error) {
+  return {.state = smtp::State::kFailed, .code = code, .reply = {}, .reason = Describe(error)};
+}
+
 // A recipient's message on its way. Once its outcome is known the message itself goes to another letter: thousands may
 // wait to be told of behind one that a slow connection has.
 struct Letter : smtp::Job {
@@ -95,7 +100,8 @@ class Run final : public smtp::JobSource {
   bool IsHeldUp();
   std::optional<platform::Instant> WaitUntil(platform::Instant due, const Sentence& why);
   bool NextLeft();
-  std::optional<smtp::Outcome> TakeLetter(Letter& letter);
+  void TakeMessage(Letter& letter);
+  std::optional<smtp::Outcome> RenderRow(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
   void TellThoseReady();
   void Tell(const RecipientInOrder& recipient);
@@ -125,21 +131,21 @@ class Run final : public smtp::JobSource {
   ResultsInOrder order_;
   Retries retries_;
   std::optional<SlowDown> slow_down_;
-  std::int64_t not_out_ = 0;  // of those with the carrier
-  bool held_ = false;         // by a person, when NextJob was asked last
-  bool held_up_ = false;      // by it, when NextJob was asked last
-  std::int64_t taken_ = 0;    // of the list
-  bool lines_told_ = false;   // in the report: of the first with the carrier, whose result comes right behind them
-  std::optional<LettersAhead> letters_of_list_;  // over run_
-  std::optional<InTurn> in_turn_;                // over both
-  bool broken_ = false;                          // the journal
+  std::int64_t not_out_ = 0;       // of those with the carrier
+  bool held_ = false;              // by a person, when NextJob was asked last
+  bool held_up_ = false;           // by it, when NextJob was asked last
+  std::int64_t taken_ = 0;         // of the list
+  bool lines_told_ = false;        // in the report: of the first with the carrier, whose result comes right behind them
+  std::optional<InTurn> in_turn_;  // over run_
+  bool broken_ = false;            // the journal
   recipients::Recipient row_;
   std::int64_t position_ = 0;                     // of row_
   std::vector<std::unique_ptr<Letter>> letters_;  // all that were ever needed at a time
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
-  std::deque<Letter*> with_carrier_;              // in the order in which it took them
-  std::vector<Left> left_;                        // by a stop
-  std::vector<Retry> refused_alike_;              // the last in a row, by what is the account's fault and not theirs
+  std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
+  std::deque<Letter*> with_carrier_;  // in the order in which it took them
+  std::vector<Left> left_;            // by a stop
+  std::vector<Retry> refused_alike_;  // the last in a row, by what is the account's fault and not theirs
   smtp::ResultCode refused_by_ = smtp::ResultCode::kSuccess;
   bool refused_too_often_ = false;  // nobody wanted to go on
   bool first_message_kept_ = false;
@@ -154,10 +160,7 @@ RunSummary Run::Execute() {
   TellProgress(0, 0);
   TellAboutPictures();
   Flush();  // what cannot be recorded is not begun
-  if (run_) {
-    parts_.carrier.Carry(*this);
-    letters_of_list_->EndMaking();
-  }
+  if (run_) parts_.carrier.Carry(*this);
   if (!summary_.stopped) summary_.stopped = parts_.carrier.trouble();
   NameThoseNotTried();
   End();
@@ -177,10 +180,7 @@ bool Run::Begin() {
   }
   run_ = std::move(*run);
   summary_.run = run_->id();
-  // Where turns are waited for the list is read ahead as they come, and nothing has to be quick.
-  const bool has_pace = parts_.turns != nullptr && parts_.turns->HasPace();
-  letters_of_list_.emplace(*run_, parts_.message, has_pace ? LettersAhead::On::kCallersThread : parts_.make_letters);
-  in_turn_.emplace(*run_, *letters_of_list_, parts_.turns, order_, retries_);
+  in_turn_.emplace(*run_, parts_.turns, order_, retries_);
   TakeSize();
   return true;
 }
@@ -230,7 +230,7 @@ smtp::Job* Run::NextJob() {
   held_up_ = false;
   while (MayGoOn() && !IsHeld() && !IsHeldUp() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
     if (order_.At(position_).tries == 1) ++taken_;
-    auto failure = TakeLetter(*letter);
+    auto failure = RenderRow(*letter);
     if (!failure) {
       if (slow_down_) slow_down_->Taken();
       free_letters_.pop_back();
@@ -275,7 +275,6 @@ bool Run::IsHeldUp() {
 }
 
 std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sentence& why) {
-  letters_of_list_->Forget();
   const auto until = parts_.clock.Now() + (due - parts_.clock.Monotonic());
   TellWait(why, std::chrono::time_point_cast<Moment::duration>(until));
   return due;
@@ -286,7 +285,6 @@ std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
   if (held_) {
     if (progress_told_ != Done()) TellProgress(0, 0);
-    letters_of_list_->Forget();
     listener_.Held(std::ssize(with_carrier_));
     return parts_.clock.Monotonic() + kHeldFor;  // soon: the connections are kept as in any short wait
   }
@@ -303,19 +301,26 @@ std::optional<platform::Instant> Run::NextDue() {
   return turn;
 }
 
-// Takes the row's letter; or says why it failed before any server was asked.
-std::optional<smtp::Outcome> Run::TakeLetter(Letter& letter) {
-  MadeLetter made = letters_of_list_->Take(row_, position_);
-  if (made.failure) {
-    letters_of_list_->GiveBack(std::move(made.message));
-    return made.failure;
-  }
-  KeepFirstMessage(*made.message);
-  letter.rendered = std::move(made.message);
+void Run::TakeMessage(Letter& letter) {
+  if (letter.rendered) return;
+  if (free_messages_.empty()) free_messages_.push_back(std::make_unique<message::RenderedMessage>());
+  letter.rendered = std::move(free_messages_.back());
+  free_messages_.pop_back();
+}
+
+// Makes the row's letter; or says why it failed before any server was asked.
+std::optional<smtp::Outcome> Run::RenderRow(Letter& letter) {
+  if (const auto& trouble = parts_.message.trouble()) return FailureOfOurs(trouble->code, trouble->error);
+  const auto address = smtp::EnvelopeAddress(row_.email());
+  if (!address) return FailureOfOurs(smtp::ResultCode::kRecipientRefused, address.error());
+  TakeMessage(letter);
+  const auto rendered = parts_.message.Render(row_, *address, position_, *letter.rendered);
+  if (!rendered) return FailureOfOurs(smtp::ResultCode::kOutOfMemory, rendered.error());
+  KeepFirstMessage(*letter.rendered);
   letter.envelope = letter.rendered->envelope;
   letter.message = letter.rendered.get();
   letter.position = position_;
-  letter.turn.domain = made.domain;
+  letter.turn.domain = DomainOf(address->domain());
   return {};
 }
 
@@ -359,7 +364,7 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) run_->IsTriedAgain(letter.position, tries);
   recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
   letter.message = nullptr;
-  letters_of_list_->GiveBack(std::move(letter.rendered));
+  free_messages_.push_back(std::move(letter.rendered));
   if (!slow_down_) return;
   if (const auto slower = slow_down_->Decided(outcome)) listener_.Note(*slower);
 }

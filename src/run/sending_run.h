@@ -19,7 +19,6 @@
 #include "run/carrier.h"
 #include "run/history.h"
 #include "run/journal/run_journal.h"
-#include "run/letters_ahead.h"
 #include "run/pace/turns.h"
 #include "run/retries.h"
 #include "run/run_report.h"
@@ -108,7 +107,6 @@ struct RunParts {
   Turns* turns = nullptr;  // none where nothing is sent
   RetryRules retries = {};
   bool slow_down = false;  // where the server asks for fewer messages
-  LettersAhead::On make_letters = LettersAhead::On::kCallersThread;
 };
 
 // Sends. The failures of one recipient never stop the run; a report or a journal that cannot be written any more does,

@@ -227,8 +227,7 @@ class Account(Case):
             self.assertIn(told, err)
 
     def test_threads(self):
-        note = ("SMTP: with No, messages are made and sent on one thread; with Single and Second they are made on one of their "
-                "own while others are sent. The modes of POP3 and IMAP4 are kept, and have no effect.")
+        note = "The modes are kept, and have no effect yet: messages are made and sent on one thread."
         modes = {"SMTP-Thread": "Second", "POP3-Thread": "Second", "IMAP4-Thread": "Second"}
         self.assertEqual(self.ok("account", "threads"), "".join(f"{key}={mode}\n" for key, mode in modes.items()) + note + "\n")
         self.assertEqual(json.loads(self.ok("--json", "account", "threads")), {**modes, "effect": False, "note": note})

@@ -63,9 +63,7 @@ class SendingRun : public ::testing::Test {
     carrier.is_out = [this](std::int64_t position) {
       EXPECT_EQ(kept_.states[position], ResultState::kInFlight) << "#" << position << " was out and not recorded";
     };
-    RunParts parts{template_, counted, setting.range, begin, rows, carrier, cancel, clock_};
-    // By turns: what comes of it is the same.
-    parts.make_letters = ++runs_ % 2 == 0 ? LettersAhead::On::kOwnThread : LettersAhead::On::kCallersThread;
+    const RunParts parts{template_, counted, setting.range, begin, rows, carrier, cancel, clock_};
     {
       const Room room(setting.room);
       summary_ = SendLetters(parts, std::move(*entry), told_);
@@ -155,7 +153,6 @@ class SendingRun : public ::testing::Test {
   Kept kept_;
   std::vector<std::int64_t> carried_;
   std::size_t messages_ = 0;  // that were made at a time
-  int runs_ = 0;
   std::string report_;
 };
 

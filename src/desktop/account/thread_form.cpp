@@ -40,9 +40,7 @@ ThreadForm::ThreadForm(profile::SettingsStore& settings, QWidget* parent) : QDia
     column->Add(box);
   }
   auto* note = column->Add(new StatusLine(this, "NoteLabel"));
-  note->Say(
-      tr("SMTP: with No, messages are made and sent on one thread; with Single and Second they are made on one of "
-         "their own while others are sent. The modes of POP3 and IMAP4 are kept, and have no effect."));
+  note->Say(tr("The modes are kept, and have no effect yet: messages are made and sent on one thread."));
   if (!stored) note->Fail(stored.error());
   column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
 }
