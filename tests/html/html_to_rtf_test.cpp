@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <algorithm>
+#include <array>
+#include <cstdio>
 
 #include "html/colour_contrast.h"
 #include "html/rtf_body.h"
@@ -116,17 +118,27 @@ TEST(HtmlToRtf, WritesWhatAPageShows) {
 std::string InColours(std::string_view page) {
   const std::string rtf = HtmlToRtf(page, FindPicture).text;
   std::vector<std::string> colours = {"none"};
-  const std::regex entry(R"(\\red(\d+)\\green(\d+)\\blue(\d+);)");
-  for (std::sregex_iterator at(rtf.begin(), rtf.end(), entry); at != std::sregex_iterator(); ++at) {
+  for (std::size_t at = rtf.find("\\red"); at != std::string::npos; at = rtf.find("\\red", at + 1)) {
+    unsigned red = 0;
+    unsigned green = 0;
+    unsigned blue = 0;
+    if (std::sscanf(rtf.c_str() + at, "\\red%u\\green%u\\blue%u;", &red, &green, &blue) != 3) continue;
     char name[16];
-    std::snprintf(name, sizeof name, "#%02x%02x%02x", std::stoi((*at)[1]), std::stoi((*at)[2]), std::stoi((*at)[3]));
+    std::snprintf(name, sizeof name, "#%02x%02x%02x", red & 0xFF, green & 0xFF, blue & 0xFF);
     colours.emplace_back(name);
   }
-  std::string body = BodyOf(rtf);
-  std::smatch found;
-  while (std::regex_search(body, found, std::regex(R"((\\(?:cf|cb|chcbpat|clcbpat|cbpat))(\d+))")))
-    body = found.prefix().str() + found[1].str() + colours.at(std::stoul(found[2])) + found.suffix().str();
-  return body;
+  const std::string body = BodyOf(rtf);
+  std::string out;
+  for (std::size_t i = 0; i < body.size();) {
+    out += body[i++];
+    const bool is_colour = std::ranges::any_of(std::array{"\\cf", "\\cb", "\\cbpat", "\\chcbpat", "\\clcbpat"},
+                                               [&](const char* word) { return out.ends_with(word); });
+    const std::size_t end = std::min(body.find_first_not_of("0123456789", i), body.size());
+    if (!is_colour || end == i) continue;
+    out += colours.at(std::stoul(body.substr(i, end - i)));
+    i = end;
+  }
+  return out;
 }
 
 TEST(HtmlToRtf, WordsHaveTheirColoursAndCanBeReadOnTheGroundThatIsWritten) {
