@@ -60,9 +60,7 @@ AccountSettings GivenBack(AccountSettings account, std::string_view port, const 
   const AccountSettings found = account;
   const AccountSettings left = PointedAt(port, before);
   for (const auto& [key, practices, fills_in, chosen_with] : kTaken) {
-    const bool is_made_up = fills_in && before[key].empty();
-    if (found[key] == left[key] && (is_made_up || found[chosen_with] == left[chosen_with]))
-      account.Set(key, before[key]);
+    if (found[key] == left[key] && found[chosen_with] == left[chosen_with]) account.Set(key, before[key]);
   }
   return account;
 }
