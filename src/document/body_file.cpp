@@ -66,12 +66,12 @@ bool IsUtf8(std::string_view bytes) {
                                      !platform::StartsWithIgnoringAsciiCase(DeclaredCharset(bytes), "iso-2022-"));
 }
 
-BodyEncoding EncodingOf(std::string_view bytes) {
+BodyEncoding EncodingOf(std::string_view bytes, bool is_plain) {
   if (bytes.starts_with(kUtf8Mark)) return BodyEncoding::kUtf8WithMark;
   if (bytes.starts_with(kLittleMark)) return BodyEncoding::kUtf16Little;
   if (bytes.starts_with(kBigMark)) return BodyEncoding::kUtf16Big;
-  if (IsUtf8(bytes)) return BodyEncoding::kUtf8;
-  const std::string declared = DeclaredCharset(bytes);
+  if (is_plain ? platform::IsUtf8(bytes) : IsUtf8(bytes)) return BodyEncoding::kUtf8;
+  const std::string declared = is_plain ? std::string() : DeclaredCharset(bytes);
   if (IsUtf8Label(declared)) return BodyEncoding::kUtf8;
   return charset::IsPageCharset(declared) ? BodyEncoding::kDeclared : BodyEncoding::kWindows1252;
 }
@@ -129,10 +129,14 @@ bool IsText(std::string_view text) {
 
 }  // namespace
 
+bool IsPlainTextName(const std::filesystem::path& file) {
+  return platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt");
+}
+
 Result<BodyFile> ReadBodyFile(const std::filesystem::path& file) {
   auto bytes = platform::ReadFile(file, kLongestBody);
   if (!bytes) return bytes.error();
-  const BodyEncoding encoding = EncodingOf(*bytes);
+  const BodyEncoding encoding = EncodingOf(*bytes, IsPlainTextName(file));
   std::string text = Decode(*bytes, encoding);
   return BodyFile{std::move(*bytes), std::move(text), encoding};
 }

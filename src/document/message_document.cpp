@@ -27,7 +27,7 @@ Result<void> LoadBody(MessageDocument& document, const std::filesystem::path& fi
   std::string& body = read->text;
   // Where the current folder is gone, the document lies nowhere.
   document.base_folder = std::filesystem::absolute(file, IgnoreErrors()).parent_path();
-  if (platform::EqualsIgnoringAsciiCase(file.extension().string(), ".txt")) {
+  if (IsPlainTextName(file)) {
     document.format = Format::kText;
     document.html = HtmlFromText(body);
     document.text = std::move(body);

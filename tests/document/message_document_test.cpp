@@ -235,6 +235,7 @@ TEST(BodyFile, GoesBackInTheEncodingItCameIn) {
     BodyEncoding encoding;
     std::string bytes;   // as in the file
     std::string edited;  // with a Greek letter and an emoji at its end
+    const char* name = "body.html";
   };
   using namespace std::string_literals;
   for (const Case& c : std::initializer_list<Case>{
@@ -246,8 +247,12 @@ TEST(BodyFile, GoesBackInTheEncodingItCameIn) {
            {BodyEncoding::kDeclared, "<meta charset=windows-1253>\xE1", "<meta charset=windows-1253>\xE1\xD9&#128512;"},
            {BodyEncoding::kDeclared, "<meta charset=shift_jis>\x83\x65",
             "<meta charset=shift_jis>\x83\x65\x83\xB6&#128512;"},
+           {BodyEncoding::kWindows1252, "<meta charset=koi8-r> caf\xE9", "<meta charset=koi8-r> caf\xE9&#937;&#128512;",
+            "notes.TXT"},
+           {BodyEncoding::kUtf8, "<meta charset=iso-2022-jp> \x1B(B",
+            "<meta charset=iso-2022-jp> \x1B(B\xCE\xA9\xF0\x9F\x98\x80", "notes.txt"},
        }) {
-    const auto file = ReadBodyFile(folder.Write("body.html", c.bytes));
+    const auto file = ReadBodyFile(folder.Write(c.name, c.bytes));
     ASSERT_TRUE(file);
     EXPECT_EQ(file->encoding, c.encoding);
     EXPECT_EQ(file->bytes, c.bytes);
