@@ -15,8 +15,8 @@ constexpr const char* kBeforeSection = "Practice";  // what the account had, by 
 constexpr const char* kHost = "127.0.0.1";
 constexpr const char* kAddress = "practice@quillcast.example";
 
-// What practice takes of the account, and gives back. Whoever sets an address, or a port, has chosen the sender, or the
-// way to the server, and what belongs to it.
+// What practice takes of the account, and gives back. Whoever sets a port has chosen the way to the server, and what
+// belongs to it; nobody chooses a name by setting an address.
 struct TakenKey {
   AccountKey key;
   const char* practices;  // empty for the mailbox's port
@@ -24,7 +24,7 @@ struct TakenKey {
   AccountKey chosen_with;
 };
 constexpr auto kTaken = std::to_array<TakenKey>({
-    {kName, "Practice", true, kEmail},
+    {kName, "Practice", true, kName},
     {kEmail, kAddress, true, kEmail},
     {kServer, kHost, false, kPort},
     {kPort, "", false, kPort},
@@ -69,8 +69,18 @@ AccountSettings GivenBack(AccountSettings account, std::string_view port, const 
 
 Sentence InWords(const PracticeEnd& end) {
   if (!end.has_other_server) return "Practice has ended.";
-  if (!end.lacks_sender) return "Practice has ended: the account names a server of its own now.";
-  return "Practice has ended: the account names a server of its own now. It still lacks an address of your own.";
+  if (end.lacks_name && end.lacks_address) {
+    return "Practice has ended: the account names a server of its own now. It still lacks a name and an address of "
+           "your "
+           "own.";
+  }
+  if (end.lacks_name) {
+    return "Practice has ended: the account names a server of its own now. It still lacks a name of your own.";
+  }
+  if (end.lacks_address) {
+    return "Practice has ended: the account names a server of its own now. It still lacks an address of your own.";
+  }
+  return "Practice has ended: the account names a server of its own now.";
 }
 
 std::vector<std::string> PracticeMessages(const std::filesystem::path& folder) {
@@ -161,7 +171,8 @@ Result<PracticeEnd> Practice::End() {
   if (!written) return written.error();
   Stop();
   const bool has_other = !Names(*account, port) && !(*account)[kServer].empty();
-  return PracticeEnd{.has_other_server = has_other, .lacks_sender = has_other && own[kEmail].empty()};
+  return PracticeEnd{
+      .has_other_server = has_other, .lacks_name = own[kName].empty(), .lacks_address = own[kEmail].empty()};
 }
 
 Result<std::optional<PracticeEnd>> Practice::EndWhereLeft() {

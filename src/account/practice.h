@@ -22,7 +22,8 @@ std::vector<std::string> PracticeMessages(const std::filesystem::path& folder);
 // What became of the account when practice ended.
 struct PracticeEnd {
   bool has_other_server = false;  // which somebody has named meanwhile, and which stays
-  bool lacks_sender = false;      // practice's own was taken back from it
+  bool lacks_name = false;        // practice's own was taken back from it, as its address was
+  bool lacks_address = false;
 };
 Sentence InWords(const PracticeEnd& end);
 

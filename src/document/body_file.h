@@ -33,7 +33,8 @@ inline constexpr std::uint64_t kLongestBody = 64ULL * 1024 * 1024;
 bool IsPlainTextName(const std::filesystem::path& file);
 
 // A byte-order mark decides, else what is UTF-8 counts as UTF-8, all other as the set that it names, or as
-// Windows-1252. Plain text names none, whatever markup it speaks of. In what names UTF-8 each byte that is none counts as Windows-1252 by itself.
+// Windows-1252. Plain text names none, whatever markup it speaks of. In what names UTF-8 each byte that is none counts
+// as Windows-1252 by itself.
 Result<BodyFile> ReadBodyFile(const std::filesystem::path& file);
 
 // The same of a letter that a person names. kBadData for what is neither HTML nor text, such as a picture, or a word

@@ -40,6 +40,10 @@ struct Profile {
 constexpr const char* kEnded = "Practice has ended.";
 constexpr const char* kOwnServer = "Practice has ended: the account names a server of its own now.";
 constexpr const char* kNoSender =
+    "Practice has ended: the account names a server of its own now. It still lacks a name and an address of your own.";
+constexpr const char* kNoName =
+    "Practice has ended: the account names a server of its own now. It still lacks a name of your own.";
+constexpr const char* kNoAddress =
     "Practice has ended: the account names a server of its own now. It still lacks an address of your own.";
 
 TEST(Practice, BorrowsFromTheAccountAndGivesBackWhatNobodyElseHasSet) {
@@ -77,6 +81,24 @@ TEST(Practice, BorrowsFromTheAccountAndGivesBackWhatNobodyElseHasSet) {
        {{kName, "Ada"}, {kEmail, "ada@a.example"}},
        "Ada|ada@a.example||25|0|Automatic",
        kEnded},
+      {"an address of one's own alone",
+       {},
+       "Practice <practice@quillcast.example>",
+       {{kEmail, "ada@a.example"}},
+       "|ada@a.example||25|0|Automatic",
+       kEnded},
+      {"an address of one's own, and a server",
+       {},
+       "Practice <practice@quillcast.example>",
+       {{kEmail, "ada@a.example"}, {kServer, "mail.a.example"}},
+       "|ada@a.example|mail.a.example|25|0|Automatic",
+       kNoName},
+      {"a name of one's own, and a server",
+       {},
+       "Practice <practice@quillcast.example>",
+       {{kName, "Ada"}, {kServer, "mail.a.example"}},
+       "Ada||mail.a.example|25|0|Automatic",
+       kNoAddress},
       {"a server of one's own, and nothing of the way to it",
        {{kName, "Ada"}, {kEmail, "ada@a.example"}, {kPort, "465"}, {kAuth, "1"}, {kSecurity, "TLS"}},
        "Ada <ada@a.example>",

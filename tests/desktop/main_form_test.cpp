@@ -1317,19 +1317,28 @@ class MainFormTest : public QObject {
   }
 
   void practiceEndsWhereAnotherProgramNamesAServer_data() {
+    QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("email");
     QTest::addColumn<bool>("looks");  // before the watch does
     QTest::addColumn<QString>("notice");
     QTest::addColumn<QString>("said");
     const QString ended = "Practice has ended: the account names a server of its own now.";
-    QTest::newRow("the whole account") << "ada@real.example" << false << "" << ended;
-    QTest::newRow("the server alone") << "" << false
-                                      << "There is no mail account yet. Fill it in, or practise first with a mailbox "
-                                         "on this machine."
-                                      << ended + " It still lacks an address of your own.";
-    QTest::newRow("just before sending") << "ada@real.example" << true << "" << ended;
+    const QString incomplete =
+        "The mail account is not complete yet. Fill in what it lacks, or practise first with a mailbox on this "
+        "machine.";
+    QTest::newRow("the whole account") << "Ada"
+                                       << "ada@real.example" << false << "" << ended;
+    QTest::newRow("all but the name") << ""
+                                      << "ada@real.example" << false << incomplete
+                                      << ended + " It still lacks a name of your own.";
+    QTest::newRow("the server alone") << ""
+                                      << "" << false << incomplete
+                                      << ended + " It still lacks a name and an address of your own.";
+    QTest::newRow("just before sending") << "Ada"
+                                         << "ada@real.example" << true << "" << ended;
   }
   void practiceEndsWhereAnotherProgramNamesAServer() {
+    QFETCH(QString, name);
     QFETCH(QString, email);
     QFETCH(bool, looks);
     QFETCH(QString, notice);
@@ -1339,6 +1348,7 @@ class MainFormTest : public QObject {
     QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
     QVERIFY(scene.Notice().contains("nowhere else"));
     profile::SettingsStore theirs(scene.rig.folders.settings);
+    if (!name.isEmpty()) QVERIFY(theirs.Write("Account", "Name", name.toStdString()));
     if (!email.isEmpty()) QVERIFY(theirs.Write("Account", "Email", email.toStdString()));
     const auto named = [&theirs] { return static_cast<bool>(theirs.Write("Account", "Server", "mail.real.example")); };
     if (looks) {
@@ -1368,6 +1378,7 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Notice(), notice);
     QVERIFY(scene.rig.settings.Read("Options", "Practice", "")->empty());
     QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.real.example");
+    QCOMPARE(ToQt(*scene.rig.settings.Read("Account", "Name", "")), name);
     QCOMPARE(ToQt(*scene.rig.settings.Read("Account", "Email", "")), email);
   }
 
@@ -1421,7 +1432,7 @@ class MainFormTest : public QObject {
       form.reject();
     });
     QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
-    QTRY_VERIFY(scene.Notice().contains("no mail account"));
+    QTRY_VERIFY(scene.Notice().contains("not complete yet"));
   }
 
   void thePracticeMailboxIsLookedThroughWhole() {
@@ -1516,7 +1527,7 @@ class MainFormTest : public QObject {
     QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.real.example"));
     scene.Open();
     QVERIFY2(scene.Status().startsWith("Practice has ended: the account names"), qPrintable(scene.Status()));
-    QVERIFY(scene.Notice().contains("no mail account"));
+    QVERIFY(scene.Notice().contains("not complete yet"));
     QCOMPARE(scene.Box("FromComboBox"), QString());
     QCOMPARE(scene.rig.settings.Read("Account", "Email", "")->c_str(), "");
   }

@@ -120,7 +120,11 @@ void Notices::ShowAccount() {
     bar_->hide();
     return;
   }
-  bar_->Show(tr("There is no mail account yet. Fill it in, or practise first with a mailbox on this machine."),
+  const bool names_server = !IgnoreErrors(program_.settings.Read(account::kAccountSection, "Server", ""), "").empty();
+  bar_->Show(names_server ? tr("The mail account is not complete yet. Fill in what it lacks, or practise first with a "
+                               "mailbox on this machine.")
+                          : tr("There is no mail account yet. Fill it in, or practise first with a mailbox on this "
+                               "machine."),
              {{tr("Fill i&n the account…"), "FillInButton", [this] { emit AccountPressed(); }},
               {tr("&Practise"), "PractiseButton", [this] { BeginPractice(); }}});
 }
