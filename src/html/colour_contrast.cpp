@@ -6,6 +6,10 @@
 namespace quillcast::html {
 namespace {
 
+// What letters need to be seen, as the page has it, and to be read (WCAG 2.1, 1.4.3, of large ones).
+constexpr double kLeastSeen = 1.2;
+constexpr double kLeastRead = 3;
+
 double LightOf(std::uint32_t colour) {
   const auto part = [&](unsigned shift) {
     const double value = (colour >> shift & 255) / 255.0;
@@ -19,6 +23,10 @@ double LightOf(std::uint32_t colour) {
 double ContrastOf(std::uint32_t one, std::uint32_t other) {
   const auto [dark, light] = std::minmax({LightOf(one), LightOf(other)});
   return (light + 0.05) / (dark + 0.05);
+}
+
+bool AreSeen(std::uint32_t letters, std::uint32_t ground, bool are_over_picture) {
+  return ContrastOf(letters, ground) >= (are_over_picture ? kLeastRead : kLeastSeen);
 }
 
 }  // namespace quillcast::html

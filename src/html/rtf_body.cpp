@@ -17,11 +17,6 @@ constexpr int kHanging = 360;  // twips that the sign of an item stands before i
 constexpr std::size_t kMostFonts = 200;
 constexpr std::size_t kMostColours = 5000;
 
-// What letters need to be seen, as the page has it, and to be read where it is not known what they stood on (WCAG 2.1,
-// 1.4.3, of large ones).
-constexpr double kLeastSeen = 1.2;
-constexpr double kLeastRead = 3;
-
 void AppendUnit(std::string& out, char32_t unit) {
   fmt::format_to(std::back_inserter(out), "\\u{}?", static_cast<std::int16_t>(unit));
 }
@@ -76,8 +71,7 @@ std::size_t RtfBody::ColourNumber(std::uint32_t colour) {
 }
 
 bool RtfBody::IsReadable(const RtfLetters& letters) const {
-  const double least = letters.are_over_picture ? kLeastRead : kLeastSeen;
-  return ContrastOf(*letters.colour, letters.ground.value_or(ground_)) >= least;
+  return AreSeen(*letters.colour, letters.ground.value_or(ground_), letters.are_over_picture);
 }
 
 void RtfBody::AppendLetters(const RtfLetters& letters) {

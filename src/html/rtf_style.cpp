@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "html/said_colours.h"
 #include "html/style_values.h"
 #include "platform/text.h"
 
@@ -75,20 +76,8 @@ void ApplyDecoration(RtfLetters& letters, const RtfLetters& around, std::string_
   letters.struck = around.struck || lower.find("line-through") != std::string::npos;
 }
 
-// What an element has behind it.
-struct Ground {
-  std::optional<std::uint32_t> colour = {};
-  bool has_picture = false;
-};
-
-void ApplyDeclaration(RtfStyle& style, const RtfLetters& around, Ground& ground, std::string_view property,
-                      std::string_view value) {
+void ApplyDeclaration(RtfStyle& style, const RtfLetters& around, std::string_view property, std::string_view value) {
   RtfLetters& letters = style.letters;
-  if (property == "color") SetIfRead(letters.colour, ReadColour(value));
-  if (property == "color" && platform::EqualsIgnoringAsciiCase(value, "inherit")) letters.colour = around.colour;
-  if (property == "background" || property == "background-color") SetIfRead(ground.colour, ReadColour(GroundIn(value)));
-  if (property == "background" || property == "background-image")
-    ground.has_picture = ground.has_picture || NamesPicture(value);
   if (property == "font-size") SetIfRead(letters.size, ReadLetterSize(value, letters.size));
   if (property == "font-family") letters.font = ReadFontFamily(value);
   if (property == "font-weight") ApplyWeight(letters, value);
@@ -97,14 +86,16 @@ void ApplyDeclaration(RtfStyle& style, const RtfLetters& around, Ground& ground,
   if (property == "text-align") SetIfRead(style.paragraph.alignment, AlignmentOf(value));
 }
 
-void ApplyGround(RtfStyle& style, const Ground& ground, bool is_of_lines) {
-  if (!ground.colour && !ground.has_picture) return;
-  style.letters.are_over_picture = !ground.colour;
+void ApplyColours(RtfStyle& style, const RtfLetters& around, const SaidColours& said, bool is_of_lines) {
+  if (said.letters || said.has_letters_of_around)
+    style.letters.colour = said.has_letters_of_around ? around.colour : said.letters;
+  if (!said.ground && !said.has_picture) return;
+  style.letters.are_over_picture = !said.ground;
   if (is_of_lines) {
-    if (ground.colour) style.ground = ground.colour;
+    if (said.ground) style.ground = said.ground;
     style.letters.ground.reset();
-  } else if (ground.colour) {
-    style.letters.ground = ground.colour;
+  } else if (said.ground) {
+    style.letters.ground = said.ground;
   }
 }
 
@@ -125,25 +116,20 @@ void ApplyBlock(RtfStyle& style, HtmlRole role, const HtmlToken& token) {
 
 void ApplyAttributes(RtfStyle& style, const RtfLetters& around, HtmlRole role, const HtmlTokenizer& tokenizer,
                      const HtmlToken& token) {
-  Ground ground;
   if (token.name == "font") {
-    SetIfRead(style.letters.colour, ReadColour(tokenizer.Value(token, "color")));
     SetIfRead(style.letters.size, ReadFontSize(tokenizer.Value(token, "size")));
     const std::string family = ReadFontFamily(tokenizer.Value(token, "face"));
     if (!family.empty()) style.letters.font = family;
   }
-  if (token.name == "body") SetIfRead(style.letters.colour, ReadColour(tokenizer.Value(token, "text")));
   const bool has_lines = IsBlock(role) || token.name == "html";
-  if (has_lines) {
-    ground = {ReadColour(tokenizer.Value(token, "bgcolor")), !tokenizer.Value(token, "background").empty()};
-    if (role != HtmlRole::kTable) SetIfRead(style.paragraph.alignment, AlignmentOf(tokenizer.Value(token, "align")));
-  }
+  if (has_lines && role != HtmlRole::kTable)
+    SetIfRead(style.paragraph.alignment, AlignmentOf(tokenizer.Value(token, "align")));
   if (const std::string direction = tokenizer.Value(token, "dir"); !direction.empty())
     style.paragraph.is_right_to_left = platform::EqualsIgnoringAsciiCase(direction, "rtl");
   EachDeclaration(tokenizer.Value(token, "style"), [&](std::string_view property, std::string_view value) {
-    ApplyDeclaration(style, around, ground, property, value);
+    ApplyDeclaration(style, around, property, value);
   });
-  ApplyGround(style, ground, has_lines);
+  ApplyColours(style, around, SaidColoursOf(tokenizer, token, has_lines), has_lines);
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "html/colour_names.h"
-#include "html/old_colour.h"
 #include "html/safe_page.h"
+#include "html/said_colours.h"
 #include "html/style_values.h"
 #include "platform/text.h"
 
@@ -98,14 +98,14 @@ std::string SimpleColour(std::string_view value) {
   if (!colour) return {};
   const bool is_short = value.starts_with('#') && (value.size() == 4 || value.size() == 7);
   const bool is_read = is_short || NamedColour(platform::AsciiLower(value)).has_value();
-  return is_read ? std::string(value) : fmt::format("#{:06x}", *colour);
+  return is_read ? std::string(value) : ColourInWords(*colour);
 }
 
-// The same of an attribute. Browsers make a colour of whatever it says, a nearly black one of "none".
 std::string AttributeColour(std::string_view value) {
   value = platform::Trim(value);
-  std::string colour = SimpleColour(value);
-  return colour.empty() && value.starts_with('#') ? OldColour(value) : colour;
+  std::string simple = SimpleColour(value);
+  const auto colour = simple.empty() ? ReadAttributeColour(value) : std::nullopt;
+  return colour ? ColourInWords(*colour) : simple;
 }
 
 // One declaration, "color:red", as it may be kept; empty where not.
@@ -126,6 +126,7 @@ std::string SimpleDeclaration(std::string_view property, std::string_view given,
 
 std::string SimpleStyle(std::string_view style, const Told& told) {
   std::string kept = told.size.empty() ? "" : "font-size:" + told.size;
+  if (!told.letters.empty()) kept.append(kept.empty() ? "" : ";").append("color:").append(told.letters);
   EachDeclaration(style, [&](std::string_view property, std::string_view value) {
     const std::string declaration = SimpleDeclaration(property, value, told.points);
     if (!declaration.empty()) kept.append(kept.empty() ? "" : ";").append(declaration);
@@ -152,19 +153,11 @@ constexpr auto kFewSpans = std::to_array<Known>({{"colspan", 12}, {"rowspan", 4}
 
 }  // namespace
 
+std::string ColourInWords(std::uint32_t colour) { return fmt::format("#{:06x}", colour); }
+
 bool IsLongSpan(const HtmlTokenizer& page, const HtmlAttribute& attribute) {
   const Known* known = FindIn(kFewSpans, platform::AsciiLower(page.RawName(attribute)));
   return known != nullptr && !IsWithin(page.RawValue(attribute), known->most);
-}
-
-std::string OwnGround(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written) {
-  const bool hears_attribute = written == "div" || written == "table" || written == "tr" || written == "td";
-  std::string ground = hears_attribute ? AttributeColour(page.Value(tag, "bgcolor")) : std::string();
-  EachDeclaration(page.Value(tag, "style"), [&](std::string_view property, std::string_view value) {
-    if (property != "background" && property != "background-color") return;
-    if (std::string colour = SimpleColour(GroundIn(value)); !colour.empty()) ground = std::move(colour);
-  });
-  return ground;
 }
 
 std::string ToldAttributes(std::string_view written, const Told& told) {
@@ -203,7 +196,7 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
   // The view paints the ground of a division by its style alone.
   std::string own = written == "div" ? AttributeColour(page.Value(tag, "bgcolor")) : std::string();
   if (own.empty() && !has_ground) own = told.ground;
-  const bool has_style = tag.name == "body" || !own.empty() || !told.size.empty();  // made of other attributes too
+  const bool has_style = tag.name == "body" || !own.empty() || !told.size.empty() || !told.letters.empty();  // of other attributes too
   if (has_style) {
     const std::string text = tag.name == "body" ? AttributeColour(page.Value(tag, "text")) : std::string();
     const std::string style =

@@ -12,12 +12,13 @@ namespace quillcast::html {
 
 enum class Spans : std::uint8_t { kFew, kMany };  // over how many columns and rows a cell may go
 
-// What an element that becomes `written` has behind it by its own attributes, as a style has it; empty for nothing.
-std::string OwnGround(const HtmlTokenizer& page, const HtmlToken& tag, std::string_view written);
+// 0xRRGGBB as styles and attributes have it.
+std::string ColourInWords(std::uint32_t colour);
 
 // What an element has to be told of what it stands in, since the view would not know it.
 struct Told {
   std::string ground = {};       // as a style has it
+  std::string letters = {};      // their colour, where it says that it is that of what is around it
   std::string size = {};         // of its letters
   double points = kUsualPoints;  // that "em" is in it
 };

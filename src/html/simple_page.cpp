@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "html/hidden_element.h"
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
+#include "html/said_colours.h"
 #include "html/simple_attributes.h"
+#include "html/simple_colours.h"
 #include "html/table_shapes.h"
 
 namespace quillcast::html {
@@ -35,6 +38,8 @@ bool IsAmong(std::string_view name, const Names& names) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+bool IsCell(std::string_view written) { return written == "td" || written == "th"; }
+
 class SimpleWriter {
  public:
   SimpleWriter(std::string_view html, std::size_t most) : page_(html), shapes_(TableShapesOf(html)), most_(most) {}
@@ -49,7 +54,9 @@ class SimpleWriter {
     std::size_t items = 0;      // of a list
     Spans spans = Spans::kFew;  // of a table
     LetterSize size = {};
-    std::string ground = {};  // that the view would paint behind these words alone, and not behind all that is in it
+    WordColours colours = {};
+    // That the view would paint behind these words alone, and not behind all that is in it.
+    std::optional<std::uint32_t> ground = {};
   };
 
   void Take(const HtmlToken& token);
@@ -68,7 +75,7 @@ class SimpleWriter {
   void CloseLoose();
   std::size_t Last(std::string_view name) const;
   bool IsInGrid() const;
-  std::string Ground() const { return open_.empty() ? std::string() : open_.back().ground; }
+  std::optional<std::uint32_t> Ground() const { return open_.empty() ? std::nullopt : open_.back().ground; }
   std::size_t PicturesLeftOut() const { return pictures_ - std::min(pictures_, kMostPictures); }
 
   HtmlTokenizer page_;
@@ -109,22 +116,26 @@ void SimpleWriter::CloseTo(std::size_t open) {
 // The view paints the ground of a table or cell behind all that is in it, and of other blocks behind their own words:
 // what stands in those is told it.
 void SimpleWriter::Push(const std::string& name, std::string_view written, const HtmlToken* token) {
-  const bool is_of_table = written == "table" || written == "tr" || written == "td" || written == "th";
+  const bool is_cell = IsCell(written);
+  const bool paints_all = is_cell || written == "table" || written == "tr" || written == "body";
   const bool is_block = IsBlock(RoleOf(written));
-  const std::string around = Ground();
-  const std::string own = token != nullptr && is_block ? OwnGround(page_, *token, written) : std::string();
-  const bool paints_all = is_of_table || written == "body";
-  const LetterSize size_around = open_.empty() ? LetterSize() : open_.back().size;
-  LetterSize size = token != nullptr && !written.empty() ? SizeWithin(page_, *token, size_around) : size_around;
-  Told told{.ground = is_block && own.empty() ? around : "",
-            .size = size.value == size_around.value ? "" : size.value,
+  const bool is_shown = token != nullptr && !written.empty();
+  const auto around = Ground();
+  const Open outer = open_.empty() ? Open() : open_.back();
+  const SaidColours said =
+      is_shown ? SaidColoursOf(page_, *token, paints_all || written == "div") : SaidColours();
+  const WordColours colours = ColoursWithin(said, outer.colours, written == "a");
+  LetterSize size = is_shown ? SizeWithin(page_, *token, outer.size) : outer.size;
+  Told told{.ground = is_block && !said.ground && around ? ColourInWords(*around) : "",
+            .letters = written == "a" && said.has_letters_of_around ? ColourInWords(colours.letters) : "",
+            .size = size.value == outer.size.value ? "" : size.value,
             .points = size.points};
+  const auto ground = is_block && said.ground ? said.ground : around;
   open_.push_back({.name = name,
                    .written = written,
                    .size = std::move(size),
-                   .ground = paints_all    ? ""
-                             : own.empty() ? around
-                                           : own});
+                   .colours = colours,
+                   .ground = paints_all ? std::nullopt : ground});
   if (written.empty()) return;
   begins_pre_ = written == "pre";
   if (is_block) behind_ = {};
@@ -188,7 +199,7 @@ void SimpleWriter::CloseBefore(const std::string& name) {
 // The view would go on in the line of the block before, with pictures and behind a "div" with words too; and it would
 // paint no ground behind them.
 void SimpleWriter::LeaveBlock(bool is_text) {
-  const bool goes_on = is_text && behind_ != "div" && Ground().empty();
+  const bool goes_on = is_text && behind_ != "div" && !Ground();
   if (behind_.empty() || goes_on || open_.size() >= kMostOpen) return;
   Push(std::string(kLoose), "div", nullptr);
 }
@@ -221,7 +232,7 @@ void SimpleWriter::Start(const HtmlToken& token) {
     const std::string attributes = SimpleAttributes(page_, token, name);
     const bool is_away = name == "img" && attributes.find(" src=\"") == std::string::npos;
     if (is_away || (name == "img" && ++pictures_ > kMostPictures)) return Text(page_.Value(token, "alt"));
-    const bool has_ground = !Ground().empty();
+    const bool has_ground = Ground().has_value();
     if (name == "img" || (name == "br" && has_ground)) LeaveBlock(false);
     behind_ = name == "hr" && has_ground ? "hr" : "";
     out_.append("<").append(name).append(attributes).append(">");
@@ -257,9 +268,11 @@ void SimpleWriter::Text(std::string_view text) {
   ComeIntoCell();
   if (!is_blank) LeaveBlock(true);
   if (!is_blank) behind_ = {};
+  const auto ink = is_blank || open_.empty() ? std::nullopt : InkInstead(open_.back().colours);
+  if (ink) out_.append("<span style=\"color:").append(ColourInWords(*ink)).append("\">");
   bool in_reference = false;
   for (const char c : text) {
-    if (out_.size() > most_) return;
+    if (out_.size() > most_) break;
     const bool is_break = c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f';
     const bool begins = (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // a character
     in_reference = (in_reference || c == '&') && c != ';' && !is_break;
@@ -276,6 +289,7 @@ void SimpleWriter::Text(std::string_view text) {
       out_ += c;
     }
   }
+  if (ink) out_ += "</span>";
 }
 
 void SimpleWriter::Take(const HtmlToken& token) {

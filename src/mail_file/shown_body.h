@@ -4,9 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "html/simple_colours.h"
 #include "mail_file/mail_message.h"
 
 namespace quillcast::mail_file {
+
+// Of links that say no colour, in a page that is cut down.
+using html::kLinkInk;
 
 struct ShownPicture {
   std::string type;   // the media type, by its content

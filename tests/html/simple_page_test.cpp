@@ -110,22 +110,44 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "</table>"},
       // Grounds reach down to what a text view would paint without one
       {"<div style='background:#000;color:#fff'><table><tr><td>a<td><p>b</table>c<ul><li>d</ul>e<br>f</div>g",
-       "<div style=\"background-color:#000;color:#fff\"><table bgcolor=\"#000\"><tr><td>a</td><td><p>b</p></td></tr>"
-       "</table><div style=\"background-color:#000\">c</div><ul style=\"background-color:#000\">"
-       "<li style=\"background-color:#000\">d</li></ul><div style=\"background-color:#000\">e<br>f</div></div>"
+       "<div style=\"background-color:#000;color:#fff\"><table bgcolor=\"#000000\"><tr><td>a</td><td><p>b</p></td></tr>"
+       "</table><div style=\"background-color:#000000\">c</div><ul style=\"background-color:#000000\">"
+       "<li style=\"background-color:#000000\">d</li></ul><div style=\"background-color:#000000\">e<br>f</div></div>"
        "<div>g</div>"},
-      {"<table bgcolor=#000000><tr><td><table style='background:navy'><tr><td>a<td><div>b</table>"
+      {"<table bgcolor=#333333><tr><td><table style='background:navy'><tr><td>a<td><div>b</table>"
        "<table><tr><td>c<td>d</table></table>",
-       "<div style=\"background-color:#000000\"><div style=\"background-color:#000000\">"
+       "<div style=\"background-color:#333333\"><div style=\"background-color:#333333\">"
        "<table style=\"background-color:navy\"><tr><td>a</td><td><div>b</div></td></tr></table>"
-       "<table bgcolor=\"#000000\"><tr><td>c</td><td>d</td></tr></table></div></div>"},
+       "<table bgcolor=\"#333333\"><tr><td>c</td><td>d</td></tr></table></div></div>"},
       {"<table><tr style='background:red'><td><font color=white><p>a</font><hr><br>b</table>",
-       "<div><div style=\"background-color:red\"><div style=\"background-color:red\"><font color=\"white\">"
-       "<p style=\"background-color:red\">a</p></font><hr><div style=\"background-color:red\"><br>b</div></div></div>"
+       "<div><div style=\"background-color:red\"><div style=\"background-color:#ff0000\"><font color=\"white\">"
+       "<p style=\"background-color:#ff0000\">a</p></font><hr><div style=\"background-color:#ff0000\"><br>b</div></div></div>"
        "</div>"},
-      {"<body style='background:#000'><div>a<table><tr><td>b<td style='background:#fff'><p>c</table></div>",
-       "<body style=\"background-color:#000\"><div>a<table><tr><td>b</td><td style=\"background-color:#fff\"><p>c</p>"
+      {"<body style='background:#333'><div>a<table><tr><td>b<td style='background:#fff'><p>c</table></div>",
+       "<body style=\"background-color:#333\"><div>a<table><tr><td>b</td><td style=\"background-color:#fff\"><p>c</p>"
        "</td></tr></table></div></body>"},
+      // Words that nobody would see where they stand
+      {"<p style='color:#fff'>a<b style='color:#eee'>b</b><span style='background:#000'>c<a href=http://x.org>d</a>"
+       "</span> ",
+       "<p style=\"color:#fff\"><span style=\"color:#000000\">a</span><b style=\"color:#eee\"><span "
+       "style=\"color:#000000\">b</span></b><span style=\"background-color:#000\">c<a href=\"http://x.org\">d</a></span> "
+       "</p>"},
+      {"<font color=white><table bgcolor=#003366><tr><td>a<th bgcolor=#ffffff>b<td style='background:url(x) #036'>c"
+       "</table></font>",
+       "<font color=\"white\"><table bgcolor=\"#003366\"><tr><td>a</td><th bgcolor=\"#ffffff\"><span "
+       "style=\"color:#000000\">b</span></th><td style=\"background-color:#036\">c</td></tr></table></font>"},
+      {"<a href=http://x.org style='color:#fff'><span style='background:#06c'>a</span></a><table background=x><tr><td>"
+       "<font color=#aaaaaa>b</font><td style='background:#000;color:#aaa'>c<div style='background:#0b57d0'>"
+       "<a href=http://x.org>d</a></div></table>",
+       "<a style=\"color:#fff\" href=\"http://x.org\"><span style=\"background-color:#06c\">a</span></a><table><tr><td>"
+       "<font color=\"#aaaaaa\"><span style=\"color:#000000\">b</span></font></td><td style=\"background-color:#000;"
+       "color:#aaa\">c<div style=\"background-color:#0b57d0\"><a href=\"http://x.org\"><span "
+       "style=\"color:#ffffff\">d</span></a></div></td></tr></table>"},
+      {"<body text=#ffffff bgcolor=#111111>a<p style='color:#000'>b<div style='background:#fff'>c<a style='color:inherit' "
+       "href=http://x.org>d</a></div>",
+       "<body style=\"color:#ffffff\" bgcolor=\"#111111\">a<p style=\"color:#000\"><span style=\"color:#ffffff\">b</span>"
+       "</p><div style=\"background-color:#fff\"><span style=\"color:#000000\">c</span><a style=\"color:#ffffff\" "
+       "href=\"http://x.org\"><span style=\"color:#000000\">d</span></a></div></body>"},
       // Colours that a text view would take for black
       {"<table><tr><td bgcolor=ffff00>a<td bgcolor=none>b<font color=00ff00>c</font><font color=red>d</table>",
        "<table><tr><td bgcolor=\"#ffff00\">a</td><td>b<font color=\"#00ff00\">c</font><font color=\"red\">d</font></td>"

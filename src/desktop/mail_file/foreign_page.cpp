@@ -45,7 +45,8 @@ std::vector<QImage> DecodePictures(const std::vector<mail_file::ShownPicture>& p
 ForeignPage::ForeignPage(const QString& html, std::vector<QImage> pictures, QObject* parent)
     : QTextDocument(parent), pictures_(std::move(pictures)) {
   setUndoRedoEnabled(false);
-  setDefaultStyleSheet("a { color: #0b57d0 }");  // on paper, whatever the window's colours are
+  // On paper, whatever the window's colours are.
+  setDefaultStyleSheet(QStringLiteral("a { color: #%1 }").arg(mail_file::kLinkInk, 6, 16, QLatin1Char('0')));
   SetPage(html);
 }
 
