@@ -25,6 +25,8 @@ constexpr std::size_t kLongestWord = 100;  // bytes without a place to break
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
+constexpr std::string_view kNothingSeen = "<span style=\"font-size:1pt\">&#8203;</span>";  // a very low line
+
 constexpr std::string_view kLoose = "(loose)";  // what stands behind a block and in none
 
 // What the view knows under the same name.
@@ -55,6 +57,8 @@ class SimpleWriter {
     Spans spans = Spans::kFew;  // of a table
     LetterSize size = {};
     WordColours colours = {};
+    std::size_t begins = 0;  // of a cell, what is in it, as long as all of that stands on one ground; else 0
+    std::optional<std::uint32_t> first_ground = {};
     // That the view would paint behind these words alone, and not behind all that is in it.
     std::optional<std::uint32_t> ground = {};
   };
@@ -76,6 +80,7 @@ class SimpleWriter {
   std::size_t Last(std::string_view name) const;
   bool IsInGrid() const;
   std::optional<std::uint32_t> Ground() const { return open_.empty() ? std::nullopt : open_.back().ground; }
+  void KeepGroundsApart();
   std::size_t PicturesLeftOut() const { return pictures_ - std::min(pictures_, kMostPictures); }
 
   HtmlTokenizer page_;
@@ -113,6 +118,20 @@ void SimpleWriter::CloseTo(std::size_t open) {
   }
 }
 
+// The view paints the ground of what is first in a cell behind all of the cell: where something follows on another
+// one, nothing that has a ground is the first. Something seen comes here.
+void SimpleWriter::KeepGroundsApart() {
+  const auto cell = std::find_if(open_.rbegin(), open_.rend(), [](const Open& open) { return IsCell(open.written); });
+  if (cell == open_.rend() || cell->begins == 0) return;
+  const auto ground = Ground();
+  if (ground && ground == cell->first_ground.value_or(*ground)) {
+    cell->first_ground = ground;
+    return;
+  }
+  if (cell->first_ground) out_.insert(cell->begins, kNothingSeen);
+  cell->begins = 0;
+}
+
 // The view paints the ground of a table or cell behind all that is in it, and of other blocks behind their own words:
 // what stands in those is told it.
 void SimpleWriter::Push(const std::string& name, std::string_view written, const HtmlToken* token) {
@@ -144,6 +163,7 @@ void SimpleWriter::Push(const std::string& name, std::string_view written, const
   const Spans spans = table == kNone ? Spans::kFew : open_[table].spans;
   out_ += token != nullptr ? SimpleAttributes(page_, *token, written, told, spans) : ToldAttributes(written, told);
   out_ += '>';
+  if (is_cell) open_.back().begins = out_.size();
 }
 
 // Whether the innermost table is written as one.
@@ -159,6 +179,7 @@ void SimpleWriter::StartTable(const HtmlToken& token) {
   CloseBefore("p");
   CloseLoose();
   open_grids_ += is_grid ? 1 : 0;
+  if (is_grid) KeepGroundsApart();
   Push("table", is_grid ? "table" : "div", &token);
   open_.back().spans = shapes_[tables_ - 1].spans;
 }
@@ -235,6 +256,7 @@ void SimpleWriter::Start(const HtmlToken& token) {
     const bool has_ground = Ground().has_value();
     if (name == "img" || (name == "br" && has_ground)) LeaveBlock(false);
     behind_ = name == "hr" && has_ground ? "hr" : "";
+    if (name == "img") KeepGroundsApart();
     out_.append("<").append(name).append(attributes).append(">");
     word_ = 0;
     return;
@@ -268,6 +290,7 @@ void SimpleWriter::Text(std::string_view text) {
   ComeIntoCell();
   if (!is_blank) LeaveBlock(true);
   if (!is_blank) behind_ = {};
+  if (!is_blank) KeepGroundsApart();
   const auto ink = is_blank || open_.empty() ? std::nullopt : InkInstead(open_.back().colours);
   if (ink) out_.append("<span style=\"color:").append(ColourInWords(*ink)).append("\">");
   bool in_reference = false;

@@ -18,9 +18,10 @@ struct SimplePage {
 // cannot do in time that grows with the page is taken away: its layout takes twice as long for each table within
 // another, so tables that only arrange the page become paragraphs, as do those within three others; elements within a
 // hundred others stand beside the innermost; words without an end are given places to break; what stands on a ground
-// that the view would not paint there is told it; words that nobody would see on what is painted, since their own
-// ground is a picture or in a style sheet, are black or white; sizes beyond a page, and cells over many rows, are left
-// out. Style sheets, scripts, forms and whatever would be fetched are left out. Linear in the page.
+// that the view would not paint there is told it, and that of a first block is kept from the rest of its cell; words
+// that nobody would see on what is painted, since their own ground is a picture or in a style sheet, are black or
+// white; sizes beyond a page, and cells over many rows, are left out. Style sheets, scripts, forms and whatever would be
+// fetched are left out. Linear in the page.
 SimplePage Simplify(std::string_view html, std::size_t most);
 
 }  // namespace quillcast::html

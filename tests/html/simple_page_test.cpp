@@ -126,6 +126,24 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<body style='background:#333'><div>a<table><tr><td>b<td style='background:#fff'><p>c</table></div>",
        "<body style=\"background-color:#333\"><div>a<table><tr><td>b</td><td style=\"background-color:#fff\"><p>c</p>"
        "</td></tr></table></div></body>"},
+      // What is first in a cell, and whose ground a text view would paint behind all of it, has something before it where
+      // more stands on another ground
+      {"<table><tr><td><div><p style='background:#036'>a</p></div>b<td>c<p style='background:#036'>d"
+       "<td bgcolor=red><p>e<div style='background:#036'>f<td><h2 bgcolor=#036>g<td><b></b> <h2 style='background:#eee'>"
+       "h</h2>i<td><img src=cid:0><p style='background:#036'>j<td><div style='background:#036'>k<p>l</div><tr><td>"
+       "<div style='background:#036'>m</div><table><tr><td>n<td>o</table></table>",
+       "<table><tr><td><span style=\"font-size:1pt\">&#8203;</span><div><p style=\"background-color:#036\">a</p></div>"
+       "<div>b</div></td><td>c<p style=\"background-color:#036\">d</p></td><td bgcolor=\"red\"><p>e</p>"
+       "<div style=\"background-color:#036\">f</div></td><td><h2 bgcolor=\"#036\">g</h2></td><td>"
+       "<span style=\"font-size:1pt\">&#8203;</span><b></b> <h2 style=\"background-color:#eee\">h</h2>i</td>"
+       "<td><img src=\"cid:0\"><p style=\"background-color:#036\">j</p></td><td><div style=\"background-color:#036\">k"
+       "<p style=\"background-color:#003366\">l</p></div></td></tr><tr><td><span style=\"font-size:1pt\">&#8203;</span>"
+       "<div style=\"background-color:#036\">m</div><table><tr><td>n</td><td>o</td></tr></table></td></tr></table>"},
+      {"<table><tr><td><table style='background:#036'><tr><td>a<td>b</table>c<td><table><tr><td bgcolor=#036>d<tr><td>e"
+       "</table></table>",
+       "<table><tr><td><table style=\"background-color:#036\"><tr><td>a</td><td>b</td></tr></table>c</td><td>"
+       "<span style=\"font-size:1pt\">&#8203;</span><div><div style=\"background-color:#036\">d</div><div>e</div></div></td></tr>"
+       "</table>"},
       // Words that nobody would see where they stand
       {"<p style='color:#fff'>a<b style='color:#eee'>b</b><span style='background:#000'>c<a href=http://x.org>d</a>"
        "</span> ",
