@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "html/hidden_element.h"
+#include "html/hidden_words.h"
 #include "html/html_elements.h"
 #include "html/html_list.h"
 #include "html/html_tokenizer.h"
@@ -63,9 +64,10 @@ class Reader {
         Start(token);
       } else if (token.kind == HtmlTokenKind::kEndTag) {
         dropping_ = false;
+        hidden_words_.Take(tokenizer_, token);
         End(token.name);
       } else if (!dropping_ && token.kind == HtmlTokenKind::kText) {
-        AddText(DecodeCharacterReferences(tokenizer_.Source(token)));
+        if (!hidden_words_.Hold(tokenizer_.Source(token))) AddText(DecodeCharacterReferences(tokenizer_.Source(token)));
       } else if (!dropping_ && token.kind == HtmlTokenKind::kRawText) {
         AddText(tokenizer_.Source(token));
       }
@@ -93,7 +95,10 @@ class Reader {
     if (dropping_) return;
     if (IsHidden(tokenizer_, token)) {
       if (!HasNoContent(token.name)) hidden_.Begin(token);
-    } else if (role == HtmlRole::kPicture) {
+      return;
+    }
+    hidden_words_.Take(tokenizer_, token);
+    if (role == HtmlRole::kPicture) {
       AddPicture(token);
     } else if (role == HtmlRole::kBreak) {
       AddLineBreak();
@@ -339,6 +344,7 @@ class Reader {
   RtfBody body_;
   RtfPage page_;
   HiddenElement hidden_;
+  HiddenWords hidden_words_;
   std::vector<Open> open_;
   RtfStyle style_;
   std::string link_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "html/hidden_element.h"
+#include "html/hidden_words.h"
 #include "html/html_elements.h"
 #include "html/html_link.h"
 #include "html/html_list.h"
@@ -37,9 +38,10 @@ class Reader {
         Start(token);
       } else if (token.kind == HtmlTokenKind::kEndTag) {
         dropping_ = false;
+        hidden_words_.Take(tokenizer_, token);
         if (!word_list_.End(token)) End(token);
       } else if (!dropping_ && token.kind == HtmlTokenKind::kText) {
-        AddEncoded(tokenizer_.Source(token));
+        if (!hidden_words_.Hold(tokenizer_.Source(token))) AddEncoded(tokenizer_.Source(token));
       } else if (!dropping_ && token.kind == HtmlTokenKind::kRawText) {
         AddText(tokenizer_.Source(token));
       }
@@ -158,6 +160,7 @@ class Reader {
       if (!HasNoContent(token.name)) hidden_.Begin(token);
       return;
     }
+    hidden_words_.Take(tokenizer_, token);
     if (word_list_.Start(tokenizer_, token)) return;
     is_raised_ = token.name == "sup";
     if (IsStacked(role)) return StartStacked(role, token);
@@ -284,6 +287,7 @@ class Reader {
   TextLinks links_{tokenizer_, layout_};
   WordList word_list_{layout_};
   HiddenElement hidden_;
+  HiddenWords hidden_words_;
   std::vector<Open> open_;
   std::array<std::size_t, kStackedRoles> open_counts_{};
   bool dropping_ = false;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "html/hidden_element.h"
+#include "html/hidden_words.h"
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
 #include "html/said_colours.h"
@@ -90,6 +91,7 @@ class SimpleWriter {
   std::size_t open_grids_ = 0;  // written as tables
   std::size_t pictures_ = 0;
   std::vector<Open> open_;
+  HiddenWords hidden_words_;
   bool has_body_ = false;
   bool begins_pre_ = false;  // just now
   bool drops_text_ = false;  // of a title, which is not the page's
@@ -318,14 +320,16 @@ void SimpleWriter::Text(std::string_view text) {
 void SimpleWriter::Take(const HtmlToken& token) {
   switch (token.kind) {
     case HtmlTokenKind::kText:
-      if (!drops_text_) Text(page_.Source(token));
+      if (!drops_text_ && !hidden_words_.Hold(page_.Source(token))) Text(page_.Source(token));
       break;
     case HtmlTokenKind::kStartTag:
+      hidden_words_.Take(page_, token);
       drops_text_ = RoleOf(token.name) == HtmlRole::kDropped;
       if (!drops_text_) Start(token);
       break;
     case HtmlTokenKind::kEndTag:
       drops_text_ = false;
+      hidden_words_.Take(page_, token);
       End(token.name);
       break;
     case HtmlTokenKind::kRawText:

@@ -104,7 +104,9 @@ TEST(HtmlToRtf, WritesWhatAPageShows) {
                "{b}\\cell\n"
                "\\row\n"},
            Row{"<td>a<td>b", "\\pard {a}\\par\n\\pard {b}\\par\n"},
-           Row{"<script>a</script><style>b</style><title>c</title><p style=display:none>d</p>e", "\\pard {e}\\par\n"},
+           Row{"<script>a</script><style>b</style><title>c</title><p style=display:none>d</p>e"
+               "<span style='font-size:0'>f</span>",
+               "\\pard {e}\\par\n"},
            Row{"a\x01"
                "0\x01\x02"
                "b",
