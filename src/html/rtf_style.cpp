@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* kFixedFont = "Courier New";
 constexpr std::uint32_t kLinkColour = 0x0000EE;
-constexpr std::array kHeadingSizes = {48, 36, 28, 24, 20, 16};  // half points, of h1 to h6
+constexpr std::array kHeadingSizes = {48, 36, 28, 24, 20, 16};  // half points, of h1 to h6 among usual letters
 constexpr int kBelowParagraph = 160;                            // twips
 constexpr int kAboveHeading = 240;
 constexpr int kBelowHeading = 120;
@@ -78,7 +78,7 @@ void ApplyDecoration(RtfLetters& letters, const RtfLetters& around, std::string_
 
 void ApplyDeclaration(RtfStyle& style, const RtfLetters& around, std::string_view property, std::string_view value) {
   RtfLetters& letters = style.letters;
-  if (property == "font-size") SetIfRead(letters.size, ReadLetterSize(value, letters.size));
+  if (property == "font-size") SetIfRead(letters.size, ReadLetterSize(value, around.size));
   if (property == "font-family") letters.font = ReadFontFamily(value);
   if (property == "font-weight") ApplyWeight(letters, value);
   if (property == "font-style") letters.italic = platform::EqualsIgnoringAsciiCase(value, "italic");
@@ -108,7 +108,8 @@ void ApplyBlock(RtfStyle& style, HtmlRole role, const HtmlToken& token) {
     paragraph.above = kAboveHeading;
     paragraph.below = kBelowHeading;
     style.letters.bold = true;
-    style.letters.size = kHeadingSizes.at(static_cast<std::size_t>(token.name[1] - '1'));
+    const int usual = kHeadingSizes.at(static_cast<std::size_t>(token.name[1] - '1'));
+    style.letters.size = std::clamp(style.letters.size * usual / kUsualHalfPoints, 2, 800);
   }
   if (role == HtmlRole::kPreformatted) style.is_preformatted = true;
   if (token.name == "center" || token.name == "th") paragraph.alignment = RtfAlignment::kCentred;

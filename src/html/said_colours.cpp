@@ -39,9 +39,8 @@ SaidColours SaidColoursOf(const HtmlTokenizer& page, const HtmlToken& tag, bool 
     said.ground = ReadAttributeColour(page.Value(tag, "bgcolor"));
     said.has_picture = !page.Value(tag, "background").empty();
   }
-  EachDeclaration(page.Value(tag, "style"), [&](std::string_view property, std::string_view value) {
-    Hear(said, property, value);
-  });
+  EachDeclaration(page.Value(tag, "style"),
+                  [&](std::string_view property, std::string_view value) { Hear(said, property, value); });
   return said;
 }
 

@@ -196,7 +196,8 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
   // The view paints the ground of a division by its style alone.
   std::string own = written == "div" ? AttributeColour(page.Value(tag, "bgcolor")) : std::string();
   if (own.empty() && !has_ground) own = told.ground;
-  const bool has_style = tag.name == "body" || !own.empty() || !told.size.empty() || !told.letters.empty();  // of other attributes too
+  const bool has_style =
+      tag.name == "body" || !own.empty() || !told.size.empty() || !told.letters.empty();  // of other attributes too
   if (has_style) {
     const std::string text = tag.name == "body" ? AttributeColour(page.Value(tag, "text")) : std::string();
     const std::string style =

@@ -143,8 +143,7 @@ void SimpleWriter::Push(const std::string& name, std::string_view written, const
   const bool is_shown = token != nullptr && !written.empty();
   const auto around = Ground();
   const Open outer = open_.empty() ? Open() : open_.back();
-  const SaidColours said =
-      is_shown ? SaidColoursOf(page_, *token, paints_all || written == "div") : SaidColours();
+  const SaidColours said = is_shown ? SaidColoursOf(page_, *token, paints_all || written == "div") : SaidColours();
   const WordColours colours = ColoursWithin(said, outer.colours, written == "a");
   LetterSize size = is_shown ? SizeWithin(page_, *token, outer.size) : outer.size;
   Told told{.ground = is_block && !said.ground && around ? ColourInWords(*around) : "",

@@ -20,8 +20,8 @@ struct SimplePage {
 // hundred others stand beside the innermost; words without an end are given places to break; what stands on a ground
 // that the view would not paint there is told it, and that of a first block is kept from the rest of its cell; words
 // that nobody would see on what is painted, since their own ground is a picture or in a style sheet, are black or
-// white; sizes beyond a page, and cells over many rows, are left out. Style sheets, scripts, forms and whatever would be
-// fetched are left out. Linear in the page.
+// white; sizes beyond a page, and cells over many rows, are left out. Style sheets, scripts, forms and whatever would
+// be fetched are left out. Linear in the page.
 SimplePage Simplify(std::string_view html, std::size_t most);
 
 }  // namespace quillcast::html

@@ -107,6 +107,10 @@ TEST(HtmlToRtf, WritesWhatAPageShows) {
            Row{"<script>a</script><style>b</style><title>c</title><p style=display:none>d</p>e"
                "<span style='font-size:0'>f</span>",
                "\\pard {e}\\par\n"},
+           Row{"<div style='font-size:10px'><h1>a</h1><h3 style='font-size:2em'>b</h3></div><h1 style='font-size:1em'>c"
+               "</h1><h2 style='font-size:50%'>d<small style='font-size:1em'>e</small></h2>",
+               "\\pard\\sb240\\sa120 {\\b\\fs30 a}\\par\n\\pard\\sb240\\sa120 {\\b\\fs30 b}\\par\n"
+               "\\pard\\sb240\\sa120 {\\b c}\\par\n\\pard\\sb240\\sa120 {\\b\\fs12 d}{\\b\\fs12 e}\\par\n"},
            Row{"a\x01"
                "0\x01\x02"
                "b",

@@ -126,12 +126,15 @@ constexpr Page kPages[] = {
      "<p style='opacity:0.9;font-size:0.9em;max-height:0.5em;x-display:none'>shown</p><noscript>d</noscript>",
      "shown\n"},
     {"hidden by their letters",
-     "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i style='font-size:2em'>x</i>"
-     "</span><td style='font:bold .5px Arial'>x&zwnj;&nbsp;<p style='color:Transparent'>x<br>x <b style='color:red'>a</b>"
+     "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i "
+     "style='font-size:2em'>x</i>"
+     "</span><td style='font:bold .5px Arial'>x&zwnj;&nbsp;<p style='color:Transparent'>x<br>x <b "
+     "style='color:red'>a</b>"
      "<u style='font-size:9pt'>x</u></p>b",
      "a\n\nb\n"},
     {"of a size that others may give",
-     "<table><tr><td style='font-size:0px'><p>a</p><div style='font-size:13px'>b</div><span style='font-size:14px'>c</span>"
+     "<table><tr><td style='font-size:0px'><p>a</p><div style='font-size:13px'>b</div><span "
+     "style='font-size:14px'>c</span>"
      "<u class=x>d</u><font size=2>e</font><td style='font-size:1px'>&nbsp;<table><tr><td>f</table></table>"
      "<h1 style='background:linear-gradient(red,blue);color:transparent'>g</h1><span style='font-size:0'><p>h",
      "a\n\nb\ncde\n\nf\n\ng\n\nh\n"},

@@ -62,7 +62,8 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"</p></table>a", "a"},
       {"a<3 &lt;b&gt; <!-- c --><script>d</script><style>e</style><title>f</title>", "a&lt;3 &lt;b&gt; "},
       {"<div style='display:none'>x<b>y</b></div>z", "z"},
-      {"<div style='font-size:0;color:#fff'>x<img src=cid:0></div><td style='font-size:1px'>&nbsp;<img src=x alt=a></td>"
+      {"<div style='font-size:0;color:#fff'>x<img src=cid:0></div><td style='font-size:1px'>&nbsp;<img src=x "
+       "alt=a></td>"
        "<span style='color:transparent'>x</span>b",
        "<div style=\"color:#fff\"><img src=\"cid:0\"></div><div>&nbsp;a<span></span>b</div>"},
       {"<a href='javascript:x'>a</a><a href=' HTTPS://x.org/?a=1&amp;b=\"'>b</a><a href=\"mailto:a@b.c\">c</a>",
@@ -124,15 +125,17 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "<table bgcolor=\"#333333\"><tr><td>c</td><td>d</td></tr></table></div></div>"},
       {"<table><tr style='background:red'><td><font color=white><p>a</font><hr><br>b</table>",
        "<div><div style=\"background-color:red\"><div style=\"background-color:#ff0000\"><font color=\"white\">"
-       "<p style=\"background-color:#ff0000\">a</p></font><hr><div style=\"background-color:#ff0000\"><br>b</div></div></div>"
+       "<p style=\"background-color:#ff0000\">a</p></font><hr><div "
+       "style=\"background-color:#ff0000\"><br>b</div></div></div>"
        "</div>"},
       {"<body style='background:#333'><div>a<table><tr><td>b<td style='background:#fff'><p>c</table></div>",
        "<body style=\"background-color:#333\"><div>a<table><tr><td>b</td><td style=\"background-color:#fff\"><p>c</p>"
        "</td></tr></table></div></body>"},
-      // What is first in a cell, and whose ground a text view would paint behind all of it, has something before it where
-      // more stands on another ground
+      // What is first in a cell, and whose ground a text view would paint behind all of it, has something before it
+      // where more stands on another ground
       {"<table><tr><td><div><p style='background:#036'>a</p></div>b<td>c<p style='background:#036'>d"
-       "<td bgcolor=red><p>e<div style='background:#036'>f<td><h2 bgcolor=#036>g<td><b></b> <h2 style='background:#eee'>"
+       "<td bgcolor=red><p>e<div style='background:#036'>f<td><h2 bgcolor=#036>g<td><b></b> <h2 "
+       "style='background:#eee'>"
        "h</h2>i<td><img src=cid:0><p style='background:#036'>j<td><div style='background:#036'>k<p>l</div><tr><td>"
        "<div style='background:#036'>m</div><table><tr><td>n<td>o</table></table>",
        "<table><tr><td><span style=\"font-size:1pt\">&#8203;</span><div><p style=\"background-color:#036\">a</p></div>"
@@ -145,13 +148,15 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<table><tr><td><table style='background:#036'><tr><td>a<td>b</table>c<td><table><tr><td bgcolor=#036>d<tr><td>e"
        "</table></table>",
        "<table><tr><td><table style=\"background-color:#036\"><tr><td>a</td><td>b</td></tr></table>c</td><td>"
-       "<span style=\"font-size:1pt\">&#8203;</span><div><div style=\"background-color:#036\">d</div><div>e</div></div></td></tr>"
+       "<span style=\"font-size:1pt\">&#8203;</span><div><div "
+       "style=\"background-color:#036\">d</div><div>e</div></div></td></tr>"
        "</table>"},
       // Words that nobody would see where they stand
       {"<p style='color:#fff'>a<b style='color:#eee'>b</b><span style='background:#000'>c<a href=http://x.org>d</a>"
        "</span> ",
        "<p style=\"color:#fff\"><span style=\"color:#000000\">a</span><b style=\"color:#eee\"><span "
-       "style=\"color:#000000\">b</span></b><span style=\"background-color:#000\">c<a href=\"http://x.org\">d</a></span> "
+       "style=\"color:#000000\">b</span></b><span style=\"background-color:#000\">c<a "
+       "href=\"http://x.org\">d</a></span> "
        "</p>"},
       {"<font color=white><table bgcolor=#003366><tr><td>a<th bgcolor=#ffffff>b<td style='background:url(x) #036'>c"
        "</table></font>",
@@ -164,9 +169,11 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "<font color=\"#aaaaaa\"><span style=\"color:#000000\">b</span></font></td><td style=\"background-color:#000;"
        "color:#aaa\">c<div style=\"background-color:#0b57d0\"><a href=\"http://x.org\"><span "
        "style=\"color:#ffffff\">d</span></a></div></td></tr></table>"},
-      {"<body text=#ffffff bgcolor=#111111>a<p style='color:#000'>b<div style='background:#fff'>c<a style='color:inherit' "
+      {"<body text=#ffffff bgcolor=#111111>a<p style='color:#000'>b<div style='background:#fff'>c<a "
+       "style='color:inherit' "
        "href=http://x.org>d</a></div>",
-       "<body style=\"color:#ffffff\" bgcolor=\"#111111\">a<p style=\"color:#000\"><span style=\"color:#ffffff\">b</span>"
+       "<body style=\"color:#ffffff\" bgcolor=\"#111111\">a<p style=\"color:#000\"><span "
+       "style=\"color:#ffffff\">b</span>"
        "</p><div style=\"background-color:#fff\"><span style=\"color:#000000\">c</span><a style=\"color:#ffffff\" "
        "href=\"http://x.org\"><span style=\"color:#000000\">d</span></a></div></body>"},
       // Colours that a text view would take for black
