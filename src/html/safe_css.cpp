@@ -27,7 +27,9 @@ std::string ColourOfGround(std::string_view piece) {
   const std::size_t colon = std::min(piece.find(':'), piece.size());
   if (!platform::EqualsIgnoringAsciiCase(platform::Trim(piece.substr(0, colon)), "background")) return {};
   const auto colour = ReadColour(GroundIn(platform::Trim(piece.substr(std::min(colon + 1, piece.size())))));
-  return colour ? fmt::format("background-color:#{:06x}", *colour) : std::string();
+  const std::size_t mark = std::min(piece.rfind('!'), piece.size() - 1);
+  const bool outweighs = platform::EqualsIgnoringAsciiCase(platform::Trim(piece.substr(mark + 1)), "important");
+  return colour ? fmt::format("background-color:#{:06x}{}", *colour, outweighs ? " !important" : "") : std::string();
 }
 
 std::string WithoutComments(std::string_view css) {

@@ -79,6 +79,7 @@ TEST(SafeCss, KeepsWhatLoadsNothing) {
            Row{"background:URL(http://x);color:red", ";color:red"},
            Row{"background:u\\72l(http://x)", ""},
            Row{" Background : #000 url('http://x') no-repeat;color:red", "background-color:#000000;color:red"},
+           Row{"background:#036 url(x) ! Important", "background-color:#003366 !important"},
            Row{"a{background:url(http://x?a=#111)/cover\n RGB(1, 2,3)}", "a{background-color:#010203}"},
            Row{"a:'background:url(x) red'", ""},
            Row{"background:ur/**/l(x);a:b/* url( */c", "background:ur l(x);a:b c"},
