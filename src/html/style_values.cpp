@@ -30,6 +30,18 @@ constexpr double kLeastPoints = 1;
 constexpr double kMostPoints = 400;
 constexpr double kStep = 1.2;  // from a size to a larger one
 constexpr double kPixelsOfPoint = 4.0 / 3;
+constexpr double kPixelsOfInch = 96;
+struct Unit {
+  std::string_view name;
+  double pixels;
+};
+constexpr std::array kUnits = {Unit{"px", 1},
+                               Unit{"pt", kPixelsOfPoint},
+                               Unit{"in", kPixelsOfInch},
+                               Unit{"cm", kPixelsOfInch / 2.54},
+                               Unit{"mm", kPixelsOfInch / 25.4},
+                               Unit{"pc", kPixelsOfInch / 6}};
+constexpr std::string_view kUnitsOfHue = "d, ";  // degrees, by name or none
 constexpr std::string_view kBlanks = " \t\r\n\f";
 constexpr std::size_t kLongestGround = 4000;  // bytes
 constexpr double kLeastCover = 0.5;           // of what is behind
@@ -41,6 +53,12 @@ std::optional<double> TakeNumber(std::string_view& text) {
   if (failed != std::errc() || !std::isfinite(number)) return {};
   text.remove_prefix(static_cast<std::size_t>(end - text.data()));
   return number;
+}
+
+// Of one of a fixed length; 0 for another.
+double PixelsOf(std::string_view unit) {
+  const auto* const known = std::ranges::find(kUnits, unit, &Unit::name);
+  return known == kUnits.end() ? 0 : known->pixels;
 }
 
 std::optional<std::uint32_t> ReadHexadecimal(std::string_view digits) {
@@ -59,6 +77,13 @@ std::optional<std::uint32_t> ReadHexadecimal(std::string_view digits) {
   return (value >> 8) * 0x110000 + (value >> 4 & 15) * 0x1100 + (value & 15) * 0x11;
 }
 
+// By what follows the three parts of a colour.
+bool LetsThrough(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_of("0123456789."), text.size()));
+  const auto cover = TakeNumber(text);
+  return cover && *cover < (text.starts_with('%') ? kLeastCover * 100 : kLeastCover);
+}
+
 std::optional<std::uint32_t> ReadRgb(std::string_view text) {
   std::uint32_t value = 0;
   for (int i = 0; i < 3; ++i) {
@@ -68,9 +93,28 @@ std::optional<std::uint32_t> ReadRgb(std::string_view text) {
     const double share = text.starts_with('%') ? *number * 2.55 : *number;
     value = value << 8 | static_cast<std::uint32_t>(std::lround(std::clamp(share, 0.0, 255.0)));
   }
-  text.remove_prefix(std::min(text.find_first_of("0123456789."), text.size()));
-  const auto cover = TakeNumber(text);
-  if (cover && *cover < (text.starts_with('%') ? kLeastCover * 100 : kLeastCover)) return {};
+  return LetsThrough(text) ? std::nullopt : std::optional(value);
+}
+
+// CSS Color 4, 7: "hsl(210deg, 50%, 40%)".
+std::optional<std::uint32_t> ReadHsl(std::string_view text) {
+  std::array<double, 3> parts = {};
+  for (double& part : parts) {
+    text.remove_prefix(std::min(text.find_first_of("0123456789.-"), text.size()));
+    const auto number = TakeNumber(text);
+    const bool is_other_angle = &part == parts.data() && kUnitsOfHue.find(text.substr(0, 1)) == std::string_view::npos;
+    if (!number || is_other_angle) return {};
+    part = *number;
+  }
+  if (LetsThrough(text)) return {};
+  const double light = std::clamp(parts[2] / 100, 0.0, 1.0);
+  const double most = std::clamp(parts[1] / 100, 0.0, 1.0) * std::min(light, 1 - light);
+  std::uint32_t value = 0;
+  for (const double turn : {0.0, 8.0, 4.0}) {
+    const double place = std::fmod(std::fmod(turn + parts[0] / 30, 12) + 12, 12);
+    const double share = light - most * std::clamp(std::min(place - 3, 9 - place), -1.0, 1.0);
+    value = value << 8 | static_cast<std::uint32_t>(std::lround(share * 255));
+  }
   return value;
 }
 
@@ -145,6 +189,7 @@ std::optional<std::uint32_t> ReadColour(std::string_view value) {
   const std::string lower = platform::AsciiLower(platform::Trim(value.substr(0, 100)));
   if (lower.starts_with('#')) return ReadHexadecimal(std::string_view(lower).substr(1));
   if (lower.starts_with("rgb")) return ReadRgb(lower);
+  if (lower.starts_with("hsl")) return ReadHsl(lower);
   if (lower == "windowtext") return 0;
   if (const auto named = NamedColour(lower)) return named;
   return lower.size() == 6 ? ReadHexadecimal(lower) : std::nullopt;
@@ -176,9 +221,7 @@ std::optional<double> ReadPoints(std::string_view value, double current, double 
   std::string_view unit = lower;
   const auto number = TakeNumber(unit);
   if (!number || *number <= 0) return {};
-  double points = 0;
-  if (unit == "pt") points = *number;
-  if (unit == "px") points = *number / kPixelsOfPoint;
+  double points = *number * PixelsOf(unit) / kPixelsOfPoint;
   if (unit == "em" || unit == "rem") points = *number * (unit == "em" ? current : usual);
   if (unit == "%") points = *number * current / 100;
   if (points == 0) return {};
@@ -195,8 +238,8 @@ std::optional<double> ReadLength(std::string_view value, double current, double 
   std::string_view unit = lower;
   const auto number = TakeNumber(unit);
   if (!number) return {};
-  if (unit == "px" || (unit.empty() && *number == 0)) return *number;
-  if (unit == "pt") return *number * kPixelsOfPoint;
+  if (unit.empty() && *number == 0) return 0;
+  if (const double pixels = PixelsOf(unit); pixels > 0) return *number * pixels;
   if (unit == "em" || unit == "rem") return *number * kPixelsOfPoint * (unit == "em" ? current : usual);
   return {};
 }

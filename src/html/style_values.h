@@ -14,8 +14,8 @@ namespace quillcast::html {
 void EachDeclaration(std::string_view style,
                      const std::function<void(std::string_view property, std::string_view value)>& take);
 
-// 0xRRGGBB of "#f00", "#ff0000", "ff0000", "rgb(255, 0, 0)" or a name; nothing of what lets more than half of what is
-// behind it through.
+// 0xRRGGBB of "#f00", "#ff0000", "ff0000", "rgb(255, 0, 0)", "hsl(0, 100%, 50%)" or a name; nothing of what lets more
+// than half of what is behind it through.
 std::optional<std::uint32_t> ReadColour(std::string_view value);
 
 // The colour in the value of "background", as in "#000 url(x.png) no-repeat"; empty where it has none.
@@ -32,7 +32,7 @@ std::optional<int> ReadLetterSize(std::string_view value, int current);
 std::optional<int> ReadFontSize(std::string_view value);
 inline constexpr int kUsualHalfPoints = 24;
 
-// A distance in pixels, of "9pt", "12px", "-2em" or "0"; nothing for one that depends on the room there is.
+// A distance in pixels, of "9pt", "12px", "1.5cm", "-2em" or "0"; nothing for one that depends on the room there is.
 std::optional<double> ReadLength(std::string_view value, double current, double usual);
 
 // Pixels of "120" or "120px"; nothing for what is relative.

@@ -285,12 +285,33 @@ TEST(StyleValues, AreReadAsMailWritesThem) {
     const char* value;
     std::int64_t colour;  // -1: none
   };
-  for (const auto& [value, colour] :
-       {Row{"#fff", 0xFFFFFF}, Row{"#12aB9f", 0x12AB9F}, Row{"12ab9f", 0x12AB9F}, Row{"RGB(255, 0,16)", 0xFF0010},
-        Row{"rgba(1,2,3,.5)", 0x010203}, Row{"rgba(1,2,3,.4)", -1}, Row{"rgb(1 2 3 / 49%)", -1},
-        Row{" Navy ", 0x000080}, Row{"transparent", -1}, Row{"#12", -1}, Row{"rebeccapurple", 0x663399},
-        Row{"yellowgreen", 0x9ACD32}, Row{"#0007", -1}, Row{"#12345680", 0x123456}, Row{"", -1}, Row{"rgb(1)", -1},
-        Row{"rgb(100%, 20%,0%)", 0xFF3300}, Row{"#ggg", -1}}) {
+  for (const auto& [value, colour] : {Row{"#fff", 0xFFFFFF},
+                                      Row{"#12aB9f", 0x12AB9F},
+                                      Row{"12ab9f", 0x12AB9F},
+                                      Row{"RGB(255, 0,16)", 0xFF0010},
+                                      Row{"rgba(1,2,3,.5)", 0x010203},
+                                      Row{"rgba(1,2,3,.4)", -1},
+                                      Row{"rgb(1 2 3 / 49%)", -1},
+                                      Row{" Navy ", 0x000080},
+                                      Row{"transparent", -1},
+                                      Row{"#12", -1},
+                                      Row{"rebeccapurple", 0x663399},
+                                      Row{"yellowgreen", 0x9ACD32},
+                                      Row{"#0007", -1},
+                                      Row{"#12345680", 0x123456},
+                                      Row{"", -1},
+                                      Row{"rgb(1)", -1},
+                                      Row{"rgb(100%, 20%,0%)", 0xFF3300},
+                                      Row{"#ggg", -1},
+                                      Row{"rgb(1 2 3)", 0x010203},
+                                      Row{"hsl(0,100%,50%)", 0xFF0000},
+                                      Row{"HSL(210 50% 40%)", 0x336699},
+                                      Row{"hsla(-150deg, 50%, 40%, .9)", 0x336699},
+                                      Row{"hsl(570 50% 40%)", 0x336699},
+                                      Row{"hsl(9 900% 900%)", 0xFFFFFF},
+                                      Row{"hsl(1 2% 3% / 10%)", -1},
+                                      Row{"hsl(.5turn 50% 40%)", -1},
+                                      Row{"hsl(50%)", -1}}) {
     const auto read = ReadColour(value);
     EXPECT_EQ(read ? std::int64_t{*read} : -1, colour) << value;
   }
@@ -301,7 +322,8 @@ TEST(StyleValues, AreReadAsMailWritesThem) {
   for (const auto& [value, half_points] :
        {SizeRow{"12pt", 24}, SizeRow{"16px", 24}, SizeRow{"1.5em", 30}, SizeRow{"50%", 10}, SizeRow{"x-large", 36},
         SizeRow{"larger", 24}, SizeRow{"Smaller", 17}, SizeRow{"9999pt", 800}, SizeRow{"0", 0}, SizeRow{"-3pt", 0},
-        SizeRow{"1e9pt", 0}, SizeRow{"calc(1)", 0}}) {
+        SizeRow{"1e9pt", 0}, SizeRow{".5IN", 72}, SizeRow{"1cm", 57}, SizeRow{"10mm", 57}, SizeRow{"1pc", 24},
+        SizeRow{"calc(1)", 0}}) {
     EXPECT_EQ(ReadLetterSize(value, 20).value_or(0), half_points) << value;
   }
   EXPECT_EQ(ReadFontSize("+2"), 36);

@@ -105,9 +105,11 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<h1 style='font-size:20.4px;font-size:0;font-size:500px'>a</h1><table><tr "
        "style='font-size:small'><td>b</table>",
        "<h1 style=\"font-size:15pt\">a</h1><div><div style=\"font-size:8.25pt\"><div>b</div></div></div>"},
-      {"<p style='margin:0 auto 9pt;text-indent:-2em'>a<p style='margin: 1px 2em 50%'>b",
+      {"<p style='margin:0 auto 9pt;text-indent:-2em'>a<p style='margin: 1px 2em 50%'>b"
+       "<p style='margin-left:.5in;margin-right:1.27cm;text-indent:-10mm;margin-top:1pc'>c",
        "<p style=\"margin-top:0px;margin-bottom:12px;text-indent:-27px\">a</p>"
-       "<p style=\"margin-top:1px;margin-right:27px;margin-left:27px\">b</p>"},
+       "<p style=\"margin-top:1px;margin-right:27px;margin-left:27px\">b</p>"
+       "<p style=\"margin-left:48px;margin-right:48px;text-indent:-38px;margin-top:16px\">c</p>"},
       {"<table width=5% style='width:600px'><tr><td style='width:33.4%' width=9>a<td style='width:auto' width=7>b"
        "<img src=cid:0 height=900 width=500 style='width:100px;height:auto'></table>",
        "<table width=\"600\"><tr><td width=\"33%\">a</td><td width=\"7\">b<img width=\"100\" src=\"cid:0\"></td></tr>"
