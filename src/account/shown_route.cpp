@@ -1,6 +1,7 @@
 #include "account/shown_route.h"
 
 #include "account/account_connection.h"
+#include "platform/text.h"
 
 namespace quillcast::account {
 
@@ -18,6 +19,14 @@ bool ShownRoute::IsStillSo() {
   server_ = Server::kReal;
   servers_ = std::move(now);
   return false;
+}
+
+Result<void> CheckRoute(const AccountSettings& account, const std::string& servers) {
+  const std::string now = ServersText(account);
+  if (now == servers || !ServersOf(account)) return {};
+  return Error{Failure::kNotPermitted,
+               Say("Nothing was sent: the account names another server by now, {}.", platform::Printable(now, 200)),
+               "Look whether that is right, and send once more."};
 }
 
 }  // namespace quillcast::account

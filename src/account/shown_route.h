@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "account/account_settings.h"
 #include "profile/settings_store.h"
 
 namespace quillcast::account {
@@ -15,10 +16,11 @@ class ShownRoute {
   ShownRoute(const profile::SettingsStore& settings, Server server);
 
   bool is_practice() const { return server_ == Server::kPractice; }
-  // "mail.example.org, port 587, or mx.example.org, port 25"; empty where they cannot be read, which sending tells.
+  // "mail.example.org, port 587, or mx.example.org, port 25"; empty where there are none, or they cannot be read.
   const std::string& servers() const { return servers_; }
-  // Whether the account still names those: another window or program may have named others meanwhile. Those are to be
-  // shown from then on; one that was not there at first is no practice.
+  // Whether the account still names those, as far as can be read: another window or program may have named others
+  // meanwhile. Those are to be shown from then on; one that was not there at first is no practice. What is sent is held
+  // to servers() by CheckRoute, whoever names others behind this.
   bool IsStillSo();
 
  private:
@@ -28,5 +30,9 @@ class ShownRoute {
   Server server_;
   std::string servers_;
 };
+
+// kNotPermitted for an account that leads elsewhere than to these servers, as ShownRoute has them: nothing goes where the
+// person was not told of. One that leads nowhere is for sending itself to refuse.
+Result<void> CheckRoute(const AccountSettings& account, const std::string& servers);
 
 }  // namespace quillcast::account

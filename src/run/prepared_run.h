@@ -68,6 +68,9 @@ class PreparedRun {
   // be read do not fail it: see MessageTemplate::trouble.
   Result<const message::MessageTemplate*> Message();
 
+  // Holds it to the servers that the person was shown: sent over others it fails as account::CheckRoute does.
+  void GoOnlyOver(std::string servers) { servers_ = std::move(servers); }
+
   // How fast it goes: as the account says now, and where these say something, by them; of one that goes on, between the
   // two, as the options of its last run said. Fails with kUsage for what says nothing of the kind, with kNotConfigured
   // where it is the account's, which it names, and as Account does.
@@ -139,6 +142,7 @@ class PreparedRun {
   document::MessageDocument document_;
   ChosenGroup group_;
   RunPlace place_;
+  std::optional<std::string> servers_;  // that it is held to
   PaceTexts pace_;
   std::optional<account::AccountSettings> account_;
   std::optional<message::MessageOptions> options_;

@@ -8,6 +8,7 @@
 #include "account/account_connection.h"
 #include "account/account_message.h"
 #include "account/account_pace.h"
+#include "account/shown_route.h"
 #include "platform/text.h"
 #include "run/carrier.h"
 #include "run/history.h"
@@ -90,6 +91,8 @@ Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
 Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
   const auto account = Account();
   if (!account) return account.error();
+  const auto leads_there = servers_ ? account::CheckRoute(**account, *servers_) : Result<void>();
+  if (!leads_there) return leads_there.error();
   const auto pace = Pace();
   if (!pace) return pace.error();
   auto options = place_.Secrets().SignInOptionsOf(**account, place_.cancel);

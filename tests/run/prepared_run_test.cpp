@@ -1,8 +1,10 @@
 // What a prepared run answers, out of a real store and settings file, and that nothing changes under it. No server.
 #include "run/prepared_run.h"
 
+#include "account/shown_route.h"
 #include "message/related_pictures.h"
 #include "recipients/store_fixture.h"
+#include "run/fake_sending.h"
 #include "support/fake_clock.h"
 #include "support/fake_keyring.h"
 #include "support/temporary_folder.h"
@@ -71,6 +73,26 @@ TEST_F(PreparedRunTest, KeepsTheAccountThatItsFirstQuestionFound) {
   EXPECT_EQ((**prepared.Account())[account::AccountKey::kEmail], "early@example.org");
   auto anew = Prepare(letter_, prepared.group(), Place());
   EXPECT_NE(MessageOf(anew).find("From: Ada <late@example.org>"), std::string::npos);
+}
+
+// Another program may name another server behind the last look of the window, or while none is possible.
+TEST_F(PreparedRunTest, GoesOverNoOtherServersThanThePersonWasShown) {
+  const profile::SettingsStore settings(folders_.settings);
+  Set("Server", "mail.example.org");
+  account::ShownRoute shown(settings, account::ShownRoute::Server::kPractice);
+  Told told;
+  Set("Server", "mail.example.net");
+  auto late = Prepared();
+  late.GoOnlyOver(shown.servers());
+  const auto ended = late.Run({}, told);
+  ASSERT_FALSE(ended);
+  EXPECT_EQ(ended.error().failure, Failure::kNotPermitted);
+  EXPECT_NE(InOneLine(ended.error()).find("another server by now, mail.example.net, port 25."), std::string::npos);
+  EXPECT_FALSE(shown.IsStillSo() || shown.is_practice());
+  Set("Server", "mail.example.org:no-port");
+  auto broken = Prepared();
+  broken.GoOnlyOver(shown.servers());
+  EXPECT_EQ(broken.Run({}, told).error().failure, Failure::kNotConfigured);
 }
 
 TEST_F(PreparedRunTest, AnswersForOneRecipient) {

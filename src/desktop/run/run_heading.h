@@ -7,6 +7,7 @@
 #include <string>
 
 #include "account/shown_route.h"
+#include "desktop/run/run_worker.h"
 #include "profile/program.h"
 #include "run/pace/pace_rules.h"
 #include "run/prepared_run.h"
@@ -29,8 +30,8 @@ class RunHeading final : public QWidget {
   void GoesOnWith(const run::PaceTexts& told);
   // Whether the account still names the servers that are shown here; from then on those that it names are.
   bool ServersAreAsShown();
-  // What the person chose for this run.
-  const run::PaceTexts& pace() const { return pace_; }
+  // The servers that are shown, and what the person chose for this run.
+  RunWorker::Way way() const { return {shown_.servers(), pace_}; }
   // From then on there is nothing to choose.
   void Begins();
 

@@ -33,21 +33,23 @@ RunWorker::~RunWorker() {
 }
 
 void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
-                      const std::optional<run::PartialRange>& range, const run::PaceTexts& pace) {
+                      const std::optional<run::PartialRange>& range, const Way& way) {
   progress_.Begins(range ? run::SizeOf(*range) : group.recipients);  // until the run knows better
-  Run([this, document, group, range, pace] {
+  Run([this, document, group, range, way] {
     auto prepared = run::Prepare(document, group, run::PlaceOf(program_, cancel_));
-    prepared.Ask(pace);
+    prepared.GoOnlyOver(way.servers);
+    prepared.Ask(way.pace);
     return prepared.Run(range, *this);
   });
 }
 
-void RunWorker::GoOnWith(const GoOnRequest& request, const run::PaceTexts& pace) {
+void RunWorker::GoOnWith(const GoOnRequest& request, const Way& way) {
   progress_.Begins(request.recipients);
-  Run([this, request, pace]() -> Result<run::RunSummary> {
+  Run([this, request, way]() -> Result<run::RunSummary> {
     auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, run::PlaceOf(program_, cancel_));
     if (!prepared) return prepared.error();
-    prepared->Ask(pace);
+    prepared->GoOnlyOver(way.servers);
+    prepared->Ask(way.pace);
     const auto changed = prepared->WhatChangedSince();
     if (!changed) return changed.error();
     for (const auto& sentence : *changed) Note(sentence);

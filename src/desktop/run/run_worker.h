@@ -42,11 +42,16 @@ class RunWorker final : public QObject, private run::RunListener {
   // cancelled is then to be offered at the next start.
   ~RunWorker() override;
 
-  // Once. The account and its settings are read anew; `pace` counts before them.
+  // How a run goes, as the window showed it: the account and its settings are read anew, and `pace` counts before them.
+  struct Way {
+    std::string servers;
+    run::PaceTexts pace;
+  };
+  // Once.
   void Start(const document::MessageDocument& document, const run::ChosenGroup& group,
-             const std::optional<run::PartialRange>& range, const run::PaceTexts& pace);
+             const std::optional<run::PartialRange>& range, const Way& way);
   // The same for a kept run, whose message and list are its own; what is other by now is noted first.
-  void GoOnWith(const GoOnRequest& request, const run::PaceTexts& pace);
+  void GoOnWith(const GoOnRequest& request, const Way& way);
   // The first time nothing new is started; the second time the message under way is given up.
   void Stop() { cancel_.Request(); }
   // Nothing new begins until it goes on; what is under way comes to its end. The computer may sleep meanwhile.

@@ -232,9 +232,10 @@ void SupportForm::Send() {
   if (sent_ == request) return status_->Say(tr("This request was sent. Change something in it to send another."));
   if (!GoesWhereItWasTold()) return;
   status_->Say(tr("Sending to %1…").arg(ToQt(to->text())));
-  task_->Start([this, &program = program_, request, facts = facts_, to = *to](const platform::CancelToken& cancel) {
+  task_->Start([this, &program = program_, request, facts = facts_, to = *to,
+                servers = route_.servers()](const platform::CancelToken& cancel) {
     const auto place = run::PlaceOf(program, cancel);
-    const auto end = std::make_shared<Result<smtp::Outcome>>(support::SendRequest(request, facts, to, place));
+    const auto end = std::make_shared<Result<smtp::Outcome>>(support::SendRequest(request, facts, to, place, servers));
     return [this, request, end] { ShowEnd(request, *end); };
   });
   EnableControls();
