@@ -115,15 +115,18 @@ Result<void> Practice::Write(const AccountSettings& account, const Note& note) {
   return settings_.WriteAll(values);
 }
 
-bool Practice::WasOn() const {
+Result<bool> Practice::WasOn() const {
   const auto account = AccountSettings::Load(settings_);
+  if (!account) return account.error();
   const auto note = Noted();
-  return account && note && Names(*account, note->port);
+  if (!note) return note.error();
+  return Names(*account, note->port);
 }
 
 bool Practice::Serves() const {
   const auto account = AccountSettings::Load(settings_);
-  return is_on() && account && Names(*account, mailbox_->port());
+  if (account) served_ = is_on() && Names(*account, mailbox_->port());
+  return is_on() && served_;
 }
 
 Result<platform::FolderLock> Practice::Lock() const {

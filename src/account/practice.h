@@ -35,8 +35,8 @@ class Practice {
   Practice(profile::SettingsStore& settings, const platform::Clock& clock, std::filesystem::path folder)
       : settings_(settings), clock_(clock), folder_(std::move(folder)) {}
 
-  // An earlier session was practising, and the account still names its mailbox.
-  bool WasOn() const;
+  // An earlier session was practising, and the account still names its mailbox. Fails where that cannot be read.
+  Result<bool> WasOn() const;
   // Starts the mailbox and makes it the account's server; the sender's name and address are filled in where they are
   // missing. `arrived` is called for each message, on the mailbox's thread. kNotPermitted where there is an account by
   // then; kTryAgain while somebody else saves it, here and at the end. Nothing is changed then.
@@ -52,7 +52,7 @@ class Practice {
 
   // Its mailbox runs; whether the account still names it, Serves tells.
   bool is_on() const { return mailbox_ != nullptr; }
-  // It is on, and is the account's server: what is sent goes nowhere else.
+  // It is on, and is the account's server: what is sent goes nowhere else. What cannot be read is as it was.
   bool Serves() const;
   const std::filesystem::path& folder() const { return folder_; }
 
@@ -66,6 +66,7 @@ class Practice {
   const platform::Clock& clock_;
   const std::filesystem::path folder_;
   std::unique_ptr<smtp::RunningMailbox> mailbox_;
+  mutable bool served_ = false;  // when that could be read last
 };
 
 }  // namespace quillcast::account

@@ -31,8 +31,8 @@ class ShownRoute {
   std::string servers_;
 };
 
-// kNotPermitted for an account that leads elsewhere than to these servers, as ShownRoute has them: nothing goes where the
-// person was not told of. One that leads nowhere is for sending itself to refuse.
+// kNotPermitted for an account that leads elsewhere than to these servers, as ShownRoute has them: nothing goes where
+// the person was not told of. One that leads nowhere is for sending itself to refuse.
 Result<void> CheckRoute(const AccountSettings& account, const std::string& servers);
 
 }  // namespace quillcast::account

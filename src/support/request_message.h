@@ -30,8 +30,8 @@ Result<HiddenPassword> PasswordToHide(const run::RunPlace& place);
 
 // Sends it once, over the account as it is stored and as every other message goes, in "Windows-1252" or, where that
 // lacks a character, UTF-8. An attachment that cannot be taken is an outcome, and so is a cancel, whenever it comes; an
-// account that cannot be used, and a disk that is full, are errors: nothing was sent then. Where `servers` are given, it
-// is held to those as by account::CheckRoute.
+// account that cannot be used, and a disk that is full, are errors: nothing was sent then. Where `servers` are given,
+// it is held to those as by account::CheckRoute.
 Result<smtp::Outcome> SendRequest(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
                                   const run::RunPlace& place, const std::optional<std::string>& servers = {});
 

@@ -139,10 +139,10 @@ TEST(Practice, BorrowsFromTheAccountAndGivesBackWhatNobodyElseHasSet) {
       Profile profile;
       profile.Set(c.before);
       Practice practice = profile.Session();
-      EXPECT_FALSE(practice.WasOn() || practice.Serves());
+      EXPECT_FALSE(*practice.WasOn() || practice.Serves());
 
       ASSERT_TRUE(practice.Begin([] {}));
-      EXPECT_TRUE(practice.is_on() && practice.WasOn() && practice.Serves());
+      EXPECT_TRUE(practice.is_on() && *practice.WasOn() && practice.Serves());
       EXPECT_EQ(profile.Sender(), c.sender);
       const auto during = *AccountSettings::Load(profile.settings);
       EXPECT_EQ(during[kServer] + " " + during[kAuth] + " " + during[kSecurity], "127.0.0.1 0 Automatic");
@@ -150,7 +150,7 @@ TEST(Practice, BorrowsFromTheAccountAndGivesBackWhatNobodyElseHasSet) {
       Practice next = profile.Session();
       if (end == End::kNextSession) {
         practice.Stop();
-        EXPECT_TRUE(next.WasOn());
+        EXPECT_TRUE(*next.WasOn());
         ASSERT_TRUE(next.Begin([] {}));
         EXPECT_TRUE(next.Serves());
       }
@@ -174,7 +174,7 @@ TEST(Practice, BorrowsFromTheAccountAndGivesBackWhatNobodyElseHasSet) {
         ASSERT_TRUE(ended);
         EXPECT_EQ(InWords(*ended).InEnglish(), c.said);
       }
-      EXPECT_FALSE(last.is_on() || last.WasOn());
+      EXPECT_FALSE(last.is_on() || *last.WasOn());
       EXPECT_EQ(profile.Account(), c.left);
     }
   }
@@ -189,7 +189,7 @@ TEST(Practice, LeavesAnAccountThatIsThereByThen) {
   ASSERT_FALSE(begun);
   EXPECT_TRUE(begun.error().what.InEnglish().starts_with("There is a mail account already"));
   EXPECT_EQ(profile.Account(), account);
-  EXPECT_FALSE(practice.is_on() || practice.WasOn());
+  EXPECT_FALSE(practice.is_on() || *practice.WasOn());
 }
 
 // Cut off in between, the account would name a mailbox that nobody serves and nobody ends.
@@ -202,7 +202,7 @@ TEST(Practice, IsNotedWithTheAccountOrNotAtAll) {
                         "PRIMARY KEY (Application, Section, Key), CHECK (Key <> 'Practice' OR Value = ''))"));
   Practice practice = profile.Session();
   EXPECT_FALSE(practice.Begin([] {}));
-  EXPECT_FALSE(practice.is_on() || practice.WasOn());
+  EXPECT_FALSE(practice.is_on() || *practice.WasOn());
   EXPECT_EQ(profile.Account(), "|||25|0|Automatic");
 }
 

@@ -42,6 +42,7 @@
 #include "desktop/run/preview_form.h"
 #include "desktop/shell/command_bar.h"
 #include "desktop/shell/message_header.h"
+#include "desktop/shell/notices.h"
 #include "desktop/shell/practice_form.h"
 #include "desktop/shell/single_instance.h"
 #include "desktop/shell/splash_form.h"
@@ -1530,6 +1531,28 @@ class MainFormTest : public QObject {
     QVERIFY(scene.Notice().contains("not complete yet"));
     QCOMPARE(scene.Box("FromComboBox"), QString());
     QCOMPARE(scene.rig.settings.Read("Account", "Email", "")->c_str(), "");
+  }
+
+  // What cannot be read for a moment has not ended.
+  void practiceOutlastsSettingsThatAreLockedForAMoment() {
+    Scene scene;
+    scene.Open();
+    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    QVERIFY(scene.Notice().contains("nowhere else"));
+    auto other = platform::Database::Open(scene.rig.folders.settings, platform::OpenMode::kReadWrite);
+    QVERIFY(other && other->Execute("BEGIN EXCLUSIVE"));
+    scene.window->findChild<Notices*>()->LookAtPractice();
+    QVERIFY(scene.Notice().contains("nowhere else"));
+    QVERIFY(other->Execute("COMMIT"));
+    scene.window->skip_save_prompt = true;
+    scene.window->close();
+    scene.window.reset();
+    QVERIFY(other->Execute("BEGIN EXCLUSIVE"));
+    scene.Open();
+    QCOMPARE(scene.Box("PriorityComboBox"), QString("Normal"));
+    QVERIFY(!scene.Notice().contains("nowhere else"));
+    QVERIFY(other->Execute("COMMIT"));
+    QTRY_VERIFY(scene.Notice().contains("nowhere else"));
   }
 
   void theSplashStandsForASecondBeforeTheWindow() {

@@ -204,8 +204,7 @@ void SendMailForm1::StartRun() {
     waits_for_password_ = !first.isEmpty();
     if (waits_for_password_) Say(first);
   }
-  request_ ? worker_->GoOnWith(*request_, heading_->way())
-           : worker_->Start(document_, group_, *range, heading_->way());
+  request_ ? worker_->GoOnWith(*request_, heading_->way()) : worker_->Start(document_, group_, *range, heading_->way());
 }
 
 void SendMailForm1::HoldOrGoOn() {

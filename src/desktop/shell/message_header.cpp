@@ -88,6 +88,7 @@ void MessageHeader::FillBoxes() {
   receipt_->setObjectName("RRRCheckBox");
   AddItems(method_, profile::kSendingMethods);
   AddItems(priority_, profile::kPriorities);
+  priority_->setCurrentText(ToQt(profile::MainWindowContents().priority));  // also where none can be read
   AddItems(format_, profile::kFormats);
 }
 

@@ -115,8 +115,8 @@ void Notices::ShowPractice() {
 
 void Notices::ShowAccount() {
   const auto filled_in = account::AccountIsFilledIn(program_.settings);
-  if (!filled_in) emit Failed(filled_in.error());
-  if (!filled_in || *filled_in) {
+  if (!filled_in) return emit Failed(filled_in.error());  // what is shown stands until it can be read
+  if (*filled_in) {
     bar_->hide();
     return;
   }
@@ -126,7 +126,7 @@ void Notices::ShowAccount() {
                           : tr("There is no mail account yet. Fill it in, or practise first with a mailbox on this "
                                "machine."),
              {{tr("Fill i&n the account…"), "FillInButton", [this] { emit AccountPressed(); }},
-              {tr("&Practise"), "PractiseButton", [this] { BeginPractice(); }}});
+              {tr("&Practise"), "PractiseButton", [this] { IgnoreErrors(BeginPractice()); }}});
 }
 
 void Notices::Discard() {
@@ -135,10 +135,16 @@ void Notices::Discard() {
 }
 
 // What another program has taken over meanwhile is ended.
-void Notices::GoOnPractising() { practice_.practice().WasOn() ? BeginPractice() : LookAtPractice(); }
+void Notices::GoOnPractising() {
+  const auto was_on = practice_.practice().WasOn();
+  may_go_on_ = !was_on;
+  if (!was_on) return watch_->start();
+  *was_on ? IgnoreErrors(BeginPractice()) : LookAtPractice();
+}
 
 // What cannot be read or written now is looked at anew the next time.
 void Notices::LookAtPractice() {
+  if (may_go_on_) return GoOnPractising();
   auto& practice = practice_.practice();
   if (!practice.is_on()) watch_->stop();
   if (QApplication::activeModalWidget() == nullptr) {
@@ -155,13 +161,14 @@ void Notices::TellEnd(const account::PracticeEnd& end) {
 }
 
 // Counted before it takes any more, for each of those is announced.
-void Notices::BeginPractice() {
+Result<void> Notices::BeginPractice() {
   arrived_ = static_cast<qint64>(account::PracticeMessages(practice_.practice().folder()).size());
   const auto begun = practice_.Begin();
   if (!begun) emit Failed(begun.error());
   if (begun) watch_->start();
   emit PracticeChanged();
   Refresh();
+  return begun;
 }
 
 void Notices::EndPractice() {

@@ -33,11 +33,12 @@ class Notices final : public QWidget {
   // a server, which ends practice. While a window stands over this one only what is shown changes, for a run may still
   // send there.
   void LookAtPractice();
-  // Takes up practice where an earlier session left it, or ends it where its mailbox is the account's no more.
+  // Takes up practice where an earlier session left it, or ends it where its mailbox is the account's no more; as soon
+  // as that can be read.
   void GoOnPractising();
   PicturesPanel& pictures() { return *pictures_; }
   // What the notices offer. Practice does not begin where there is an account by then, which is told.
-  void BeginPractice();
+  Result<void> BeginPractice();
   void EndPractice();
 
  signals:
@@ -68,6 +69,7 @@ class Notices final : public QWidget {
   qint64 arrived_ = 0;                   // in the practice mailbox, those of earlier sessions too
   QTimer* arrivals_;                     // tells of them a few times a second
   QTimer* watch_;                        // looks at the account as long as practice is on
+  bool may_go_on_ = false;               // practice of an earlier session, which could not be read yet
 };
 
 }  // namespace quillcast::desktop

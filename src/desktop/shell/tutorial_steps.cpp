@@ -15,15 +15,16 @@ namespace {
 
 using help::TutorialStep;
 
+// What the window behind offers follows what is found.
 Result<void> MayPractise(Shell& shell) {
+  shell.notices.LookAtPractice();
   const auto filled_in = account::AccountIsFilledIn(shell.program.settings);
   return filled_in ? help::MayPractise(*filled_in, shell.practice.practice().Serves()) : filled_in.error();
 }
 
 Result<void> SwitchPracticeOn(Shell& shell) {
   auto may = MayPractise(shell);
-  if (may && !shell.practice.practice().Serves()) shell.notices.BeginPractice();
-  return may;
+  return may && !shell.practice.practice().Serves() ? shell.notices.BeginPractice() : may;
 }
 
 Result<void> MakeGroup(Shell& shell) {
