@@ -26,7 +26,9 @@ Result<bool> InTurn::Next(recipients::Recipient& recipient, std::int64_t& positi
   wait_.reset();
   turn = {};
   auto next = NextOfAll(recipient, position, turn);
-  return !next || *next ? next : NextRetry(recipient, position, turn);
+  if (next && !*next) next = NextRetry(recipient, position, turn);
+  if (next && *next) wait_of_those_back_.reset();
+  return next;
 }
 
 Result<bool> InTurn::NextOfAll(recipients::Recipient& recipient, std::int64_t& position, Turn& turn) {
@@ -78,10 +80,7 @@ Result<bool> InTurn::Again(const Retry& whom, recipients::Recipient& recipient, 
 Result<bool> InTurn::NextKeptBack(recipients::Recipient& recipient, std::int64_t& position, Turn& turn) {
   for (auto each = kept_back_.begin(); each != kept_back_.end(); ++each) {
     turn = {each->domain};
-    const Wait known = turns_->Due(turn.domain);
-    if (known.why) {
-      WaitFor(known);
-    } else if (MayGo(turn)) {
+    if (IsDue(turn) && MayGo(turn)) {
       const KeptBack whom = *each;
       kept_back_.erase(each);
       return Again(whom, recipient, position, turn);
@@ -91,9 +90,28 @@ Result<bool> InTurn::NextKeptBack(recipients::Recipient& recipient, std::int64_t
   return false;
 }
 
-bool InTurn::TakesTurn(Turn& turn) {
-  wait_.reset();
-  return !HasPace() || MayGo(turn);
+smtp::Passage InTurn::TakesTurn(Turn& turn) {
+  using enum smtp::Passage;
+  if (!HasPace()) return kFree;
+  wait_ = wait_of_those_back_;
+  const bool goes = IsDue(turn) && MayGo(turn);
+  const bool nobody_may = !goes && EverybodyWaits();
+  wait_of_those_back_ = goes ? std::nullopt : wait_;
+  if (goes) return kFree;
+  return nobody_may ? kAllHeld : kHeld;
+}
+
+std::optional<Wait> InTurn::TakeWait() {
+  if (wait_of_those_back_) WaitFor(*wait_of_those_back_);
+  wait_of_those_back_.reset();
+  return wait_;
+}
+
+// By what is known, which costs no look into the file of all runs.
+bool InTurn::IsDue(Turn& turn) {
+  const Wait known = turns_->Due(turn.domain);
+  if (known.why) WaitFor(known);
+  return !known.why;
 }
 
 bool InTurn::MayGo(Turn& turn) {

@@ -12,6 +12,7 @@
 #include "run/pace/turns.h"
 #include "run/results_in_order.h"
 #include "run/retries.h"
+#include "smtp/client/job_source.h"
 
 namespace quillcast::run {
 
@@ -23,12 +24,13 @@ class InTurn {
       : run_(run), turns_(turns), order_(order), retries_(retries) {}
 
   // The next recipient, whose turn is taken where there is a pace and it has an address. False where there is none now:
-  // then wait() says until when.
+  // then TakeWait says until when.
   Result<bool> Next(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
-  // Takes a turn for somebody whom Next gave and who went back; where it is not due, wait() says until when.
-  bool TakesTurn(Turn& turn);
-  // Nothing where there is none any more, or where only an outcome can tell.
-  const std::optional<Wait>& wait() const { return wait_; }
+  // Takes a turn for somebody whom Next gave and who went back.
+  smtp::Passage TakesTurn(Turn& turn);
+  // The soonest of what Next, and TakesTurn behind the last who went, had to wait for. Nothing where there is none any
+  // more, or where only an outcome can tell.
+  std::optional<Wait> TakeWait();
 
   // The next of the list who was not come to, whosever turn it is; false at its end.
   Result<bool> NextOfList(recipients::Recipient& recipient, std::int64_t& position);
@@ -42,6 +44,7 @@ class InTurn {
   Result<bool> Again(const Retry& whom, recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
   Result<bool> NextKeptBack(recipients::Recipient& recipient, std::int64_t& position, Turn& turn);
   bool MayGo(Turn& turn);
+  bool IsDue(Turn& turn);
   bool EverybodyWaits();
   void WaitFor(const Wait& wait);
 
@@ -51,6 +54,7 @@ class InTurn {
   Retries& retries_;
   std::deque<KeptBack> kept_back_;  // in the order in which they came
   std::optional<Wait> wait_;
+  std::optional<Wait> wait_of_those_back_;
   bool at_end_ = false;  // of the list
 };
 

@@ -73,7 +73,7 @@ class Run final : public smtp::JobSource {
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
   void GoesOut(smtp::Job& job) override;
   void ComesBack(smtp::Job& job) override;
-  bool MayGo(smtp::Job& job) override;
+  smtp::Passage MayGo(smtp::Job& job) override;
   void Decided(smtp::Job& job, const smtp::Outcome& outcome) override;
   bool CaughtUp() override;
   void Connected(const smtp::Capabilities& offered) override;
@@ -289,11 +289,12 @@ std::optional<platform::Instant> Run::NextDue() {
     return parts_.clock.Monotonic() + kHeldFor;  // soon: the connections are kept as in any short wait
   }
   if (held_up_) return WaitUntil(slow_down_->Due().value_or(parts_.clock.Monotonic()), slow_down_->Why());
-  const auto& wait = in_turn_->wait();
+  const auto wait = in_turn_->TakeWait();
   const auto turn = wait ? std::optional(parts_.turns->InstantOf(wait->until)) : std::nullopt;
   const bool for_a_domain = wait && wait->why == PaceRule::kDomain;  // which a retry to another does not wait for
   const auto retry = retries_.NextDue();
-  const bool before_turn = for_a_domain && retry && *retry<*turn&& * retry> parts_.clock.Monotonic();
+  const auto now = parts_.clock.Monotonic();
+  const bool before_turn = for_a_domain && retry && retry < turn && retry > now;
   if (retry && (!turn || before_turn)) {
     return WaitUntil(*retry, WaitForRetries(retries_.size()));
   }
@@ -343,15 +344,16 @@ void Run::ComesBack(smtp::Job& job) {
 }
 
 // As anybody else who is next. What ends a run decides of those whom it took as well.
-bool Run::MayGo(smtp::Job& job) {
+smtp::Passage Run::MayGo(smtp::Job& job) {
+  using enum smtp::Passage;
   held_up_ = false;
-  if (!MayGoOn()) return true;
-  if (IsHeld() || IsHeldUp()) return false;
+  if (!MayGoOn()) return kFree;
+  if (IsHeld() || IsHeldUp()) return kAllHeld;
   auto& letter = static_cast<Letter&>(job);
   if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
-  if (!in_turn_->TakesTurn(letter.turn)) return false;
-  if (slow_down_) slow_down_->Taken();
-  return true;
+  const smtp::Passage passage = in_turn_->TakesTurn(letter.turn);
+  if (passage == kFree && slow_down_) slow_down_->Taken();
+  return passage;
 }
 
 void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {

@@ -117,26 +117,30 @@ class FakeCarrier final : public Carrier {
       std::optional<platform::Instant> due;
       while (goes_on && undecided < window_ && !trouble()) {
         Step();
-        smtp::Job* job = letters.NextJob();
-        if (job == nullptr && has_none) has_none();
-        if (job == nullptr) due = letters.NextDue();
-        if (job == nullptr) break;
-        letters.GoesOut(*in_flight.emplace_back(InFlight{job, {}}).job);
-        messages.insert(job->message);
+        InFlight* next = Next(letters, in_flight);
+        if (next == nullptr && has_none) has_none();
+        if (next == nullptr) due = letters.NextDue();
+        if (next == nullptr) break;
+        letters.GoesOut(*next->job);
+        messages.insert(next->job->message);
         ++undecided;
       }
       is_kept_ = letters.CaughtUp() && is_kept_;
       if (in_flight.empty() && !due) break;
       Step();
-      if (in_flight.empty()) {
+      if (undecided == 0 && (in_flight.empty() || !in_flight.front().outcome)) {
         waits_until(*due);
         continue;
       }
       if (undecided > 0) {
-        const auto is_undecided = [](const InFlight& each) { return !each.outcome; };
+        const auto is_undecided = [](const InFlight& each) { return !each.outcome && !each.is_back; };
         const auto from = in_flight.begin() + (first_is_slow && undecided > 1 ? 1 : 0);
         InFlight& next = *std::find_if(from, in_flight.end(), is_undecided);
-        while (comes_back[next.job->position]-- > 0) ComeBack(letters, *next.job);
+        if (comes_back[next.job->position]-- > 0) {
+          --undecided;
+          ComeBack(letters, next);
+          continue;
+        }
         next.outcome = Deliver(*next.job);
         letters.Decided(*next.job, *next.outcome);
         --undecided;
@@ -154,24 +158,30 @@ class FakeCarrier final : public Carrier {
  private:
   struct InFlight {
     smtp::Job* job = nullptr;
-    std::optional<smtp::Outcome> outcome;
+    std::optional<smtp::Outcome> outcome = {};
+    bool is_back = false;
   };
+  // One that came back and may go, or a new one.
+  static InFlight* Next(smtp::JobSource& letters, std::deque<InFlight>& in_flight) {
+    for (InFlight& each : in_flight) {
+      if (!each.is_back) continue;
+      const smtp::Passage passage = letters.MayGo(*each.job);
+      if (passage == smtp::Passage::kAllHeld) return nullptr;
+      each.is_back = passage != smtp::Passage::kFree;
+      if (!each.is_back) return &each;
+    }
+    smtp::Job* job = letters.NextJob();
+    return job == nullptr ? nullptr : &in_flight.emplace_back(InFlight{job});
+  }
   void Step() {
     ++step_;
     if (at_step) at_step(step_);
   }
-  // Over the one connection that there is, and over the next.
-  void ComeBack(smtp::JobSource& letters, smtp::Job& job) {
-    letters.ComesBack(job);
+  void ComeBack(smtp::JobSource& letters, InFlight& lost) {
+    lost.is_back = true;
+    letters.ComesBack(*lost.job);
     is_kept_ = letters.CaughtUp() && is_kept_;
-    if (is_back) is_back(job.position);
-    while (!letters.MayGo(job)) {
-      const auto due = letters.NextDue();
-      ASSERT_TRUE(due);
-      waits_until(*due);
-    }
-    letters.GoesOut(job);
-    is_kept_ = letters.CaughtUp() && is_kept_;
+    if (is_back) is_back(lost.job->position);
   }
   smtp::Outcome Deliver(const smtp::Job& job) {
     if (cancel_.Requested() == Stop::kAbandon) {

@@ -77,6 +77,13 @@ class PacedRun : public testing::Test {
     if (setting.retries.times == 0 && setting.unreadable.empty()) ExpectAllToldInOrder(setting);
   }
 
+  void AnotherRunSendsTo(char domain) {
+    Turns turns({}, folder_ / "runs.pace", clock_, [](const Error& error) { ADD_FAILURE() << Describe(error); });
+    Turn turn{DomainOf(std::string(1, domain) + ".example")};
+    turns.GoesOut(turn);
+    turns.Record();
+  }
+
   void ExpectAllToldInOrder(const Setting& setting) {
     EXPECT_FALSE(summary_.stopped);
     auto told = told_.order;

@@ -61,23 +61,35 @@ TEST_F(PacedRun, WhoeverComesBackIsNextAndStandsInTheJournalAsNotOut) {
     std::chrono::seconds lost;  // how long
     std::string times;
     bool is_held = false;
+    std::string domains = "aaa";
+    std::size_t window = 1;
+    bool others_take = false;  // the turn of the one who came back
   } kCases[] = {
       {"nothing to wait for", {}, 60s, "1@0 2@60 3@60 "},
       {"the turns of two losses", {.rate = MessageLimit{3, 3600s}}, 1s, "1@0 2@1 3@1 "},
       {"the limit is reached meanwhile", {.rate = MessageLimit{1, 60s}}, 1s, "1@0 2@61 3@121 "},
       {"back at night", {.hours = HoursOfDay{8h, 9h + 6min}}, 60s, "1@0 2@82493 3@82493 "},
       {"held meanwhile", {}, 1s, "1@0 2@31 3@31 ", true},
+      {"another run has reached the limit of its domain: the others go",
+       {.per_domain = MessageLimit{1, 60s}},
+       1s,
+       "1@0 3@1 4@1 5@1 2@61 ",
+       false,
+       "abcde",
+       3,
+       true},
   };
   for (const auto& each : kCases) {
     SCOPED_TRACE(each.what);
     clock_.now = now;
     told_.is_held = {};
-    Run({.domains = "aaa", .rules = each.rules, .change = [&](FakeCarrier& carrier) {
+    Run({.domains = each.domains, .rules = each.rules, .window = each.window, .change = [&](FakeCarrier& carrier) {
            carrier.comes_back = {{2, 1}};
            carrier.is_back = [&](std::int64_t position) {
              EXPECT_EQ(kept_.states[position], ResultState::kNotTried);
              clock_.now += each.lost;
              clock_.monotonic += each.lost;
+             if (each.others_take) AnotherRunSendsTo(each.domains[1]);
              const auto until = clock_.now + 30s;
              if (each.is_held) told_.is_held = [this, until] { return clock_.now < until; };
            };

@@ -1,7 +1,6 @@
 #include "smtp/client/job_queue.h"
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 namespace quillcast::smtp {
@@ -47,11 +46,30 @@ void JobQueue::Begin(JobSource& source) {
 
 Job* JobQueue::Next() {
   due_.reset();
-  if (!waiting_.empty()) return NextWaiting();
-  if (exhausted_ || given_up_ || entries_.size() >= kMostAhead) return nullptr;
-  if (IsStopped()) return nullptr;
+  bool others_may = true;
+  for (const std::uint64_t number : waiting_) {
+    Entry& entry = EntryOf(number);
+    const Passage passage = PassageOf(entry);
+    if (passage == Passage::kFree) return entry.job;
+    others_may = passage == Passage::kHeld;
+    if (!others_may) break;
+  }
+  if (Job* job = others_may ? TakeNew() : nullptr) return job;
+  if (!waiting_.empty()) due_ = source_->NextDue().value_or(platform::Instant::max());  // it is not over with them
+  return nullptr;
+}
+
+Passage JobQueue::PassageOf(Entry& entry) {
+  const Passage passage = entry.may_go || IsStopped() ? Passage::kFree : source_->MayGo(*entry.job);
+  entry.may_go = passage == Passage::kFree;
+  return passage;
+}
+
+Job* JobQueue::TakeNew() {
+  if (exhausted_ || given_up_ || entries_.size() >= kMostAhead || IsStopped()) return nullptr;
   Job* job = source_->NextJob();
   if (job == nullptr) {
+    if (!waiting_.empty()) return nullptr;
     due_ = source_->NextDue();
     exhausted_ = !due_;
     return nullptr;
@@ -63,14 +81,6 @@ Job* JobQueue::Next() {
   entry.log.clear();
   Wait(first_ + entries_.size() - 1);
   return job;
-}
-
-Job* JobQueue::NextWaiting() {
-  Entry& entry = EntryOf(waiting_.front());
-  if (!entry.may_go && !IsStopped()) entry.may_go = source_->MayGo(*entry.job);
-  if (entry.may_go || IsStopped()) return entry.job;
-  due_ = source_->NextDue().value_or(platform::Instant::max());  // it is not over: there is this one
-  return nullptr;
 }
 
 void JobQueue::WaitAll() {
@@ -90,26 +100,21 @@ void JobQueue::WayFound() {
   }
 }
 
-void JobQueue::Leave() {
-  WaitAll();
-  while (waiting() > 0) Fail(NotBegun());
-}
+void JobQueue::Leave() { FailAll(NotBegun()); }
 
 void JobQueue::Wait(std::uint64_t number) {
   EntryOf(number).stage = Entry::Stage::kWaiting;
-  waiting_.push_back(number);
-  std::push_heap(waiting_.begin(), waiting_.end(), std::greater<>());
+  waiting_.insert(std::upper_bound(waiting_.begin(), waiting_.end(), number), number);
 }
 
-std::uint64_t JobQueue::TakeWaiting() {
-  std::pop_heap(waiting_.begin(), waiting_.end(), std::greater<>());
-  const std::uint64_t number = waiting_.back();
-  waiting_.pop_back();
+std::uint64_t JobQueue::TakeWaiting(Waiting::const_iterator which) {
+  const std::uint64_t number = *which;
+  waiting_.erase(which);
   return number;
 }
 
 void JobQueue::Submitted(std::size_t lane) {
-  const std::uint64_t number = TakeWaiting();
+  const std::uint64_t number = TakeWaiting(TheNext());
   Entry& entry = EntryOf(number);
   entry.stage = Entry::Stage::kSubmitted;
   lanes_[lane].submitted.Push() = number;
@@ -118,16 +123,22 @@ void JobQueue::Submitted(std::size_t lane) {
   told_ = true;
 }
 
-void JobQueue::Move() { EntryOf(waiting_.front()).moved = true; }
+void JobQueue::Move() { EntryOf(*TheNext()).moved = true; }
 
 // Whoever goes on with the run comes to those of whom nothing is out, whatever ended their connection.
-void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting()), IsStopped() ? NotBegun() : outcome); }
+void JobQueue::Fail(const Outcome& outcome) {
+  Tell(EntryOf(TakeWaiting(TheNext())), IsStopped() ? NotBegun() : outcome);
+}
 
 void JobQueue::GiveUp(Outcome why) {
   given_up_ = true;
   why.begun = false;
+  FailAll(why);
+}
+
+void JobQueue::FailAll(const Outcome& outcome) {
   WaitAll();
-  while (waiting() > 0) Fail(why);
+  while (!waiting_.empty()) Tell(EntryOf(TakeWaiting(waiting_.begin())), IsStopped() ? NotBegun() : outcome);
 }
 
 void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {

@@ -2,6 +2,7 @@
 // each is told once, in the order taken.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -40,14 +41,14 @@ class JobQueue {
       : cancel_(cancel), lanes_(lanes), waits_for_way_(waits_for_way) {}
   void Begin(JobSource& source);
 
-  // The job to be sent now: one that lost its connection, once its source lets it go, before a new one; nullptr when
-  // there is none. It stays the next one until Submitted or Fail is called.
+  // The job to be sent now: the first of those that lost their connection that its source lets go, before a new one;
+  // nullptr when there is none. It stays the next one until Submitted or Fail is called.
   Job* Next();
   // After Next had none: when there may be one, nothing where there is none any more, or the person cancelled.
   const std::optional<platform::Instant>& due() const { return due_; }
-  // How many have been taken and not been submitted; and the number of the next of them, in the order taken.
-  std::size_t waiting() const { return waiting_.size(); }
-  std::uint64_t next_number() const { return waiting_.front(); }
+  // Whether Next gave one that is neither; and its number, in the order taken.
+  bool has_next() const { return TheNext() != waiting_.end(); }
+  std::uint64_t next_number() const { return *TheNext(); }
   // Whether all that were taken are told.
   bool empty() const { return entries_.empty(); }
 
@@ -99,26 +100,35 @@ class JobQueue {
     std::string log;  // lines, each with "\n", that wait for the jobs before
   };
   // Jobs go by their number, in the order taken.
+  using Waiting = std::vector<std::uint64_t>;
   struct Lane {
     ReusedQueue<std::uint64_t> submitted;
     std::string lines;  // of none of them
   };
 
   bool IsStopped() const { return cancel_.Requested() != platform::Stop::kNone; }
-  Entry& EntryOf(std::uint64_t number) { return entries_[static_cast<std::size_t>(number - first_)]; }
-  Job* NextWaiting();
+  std::size_t PlaceOf(std::uint64_t number) const { return static_cast<std::size_t>(number - first_); }
+  Entry& EntryOf(std::uint64_t number) { return entries_[PlaceOf(number)]; }
+  // Few are before it: those that its source holds.
+  Waiting::const_iterator TheNext() const {
+    return std::find_if(waiting_.begin(), waiting_.end(),
+                        [this](auto number) { return entries_[PlaceOf(number)].may_go; });
+  }
+  Passage PassageOf(Entry& entry);
+  Job* TakeNew();
   void ComesBack(Entry& entry);
   void WaitAll();
+  void FailAll(const Outcome& outcome);
   void Wait(std::uint64_t number);
-  std::uint64_t TakeWaiting();
+  std::uint64_t TakeWaiting(Waiting::const_iterator which);
   void Tell(Entry& entry, const Outcome& outcome);
   void TellLines(std::string& lines);
 
   const platform::CancelToken& cancel_;
   JobSource* source_ = nullptr;
   ReusedQueue<Entry> entries_;
-  std::uint64_t first_ = 0;             // the number of the first of them
-  std::vector<std::uint64_t> waiting_;  // a heap, the oldest in front
+  std::uint64_t first_ = 0;  // the number of the first of them
+  Waiting waiting_;          // the oldest in front
   std::vector<Lane> lanes_;
   std::vector<std::uint64_t> in_doubt_;
   const bool waits_for_way_;

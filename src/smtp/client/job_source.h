@@ -20,6 +20,9 @@ struct Job {
   std::int64_t position = 0;  // in the list that it comes from, for whoever names it; no order is read from it
 };
 
+// Whether one that waits may go now: it may; it may not, and others may; nobody may.
+enum class Passage { kFree, kHeld, kAllHeld };
+
 // All calls come from the thread that called Client::Run.
 class JobSource {
  public:
@@ -27,18 +30,20 @@ class JobSource {
   // The next message, nullptr when there is none now. The job stays where it is until Finished has been called for it,
   // its message until Decided; with several messages in flight more than one is out at a time.
   virtual Job* NextJob() = 0;
-  // Asked right after NextJob had none, or MayGo was false: the moment of Clock::Monotonic from which there may be one,
-  // which need not be kept, or nothing where there is none any more. Both are asked again once an outcome was told, and
-  // twice a second while the moment is waited for; so whoever does not know it names one that is far.
+  // Asked right after NextJob had none, or MayGo let nobody go: the moment of Clock::Monotonic from which there may be
+  // one, of all who were asked about since it was asked last. It need not be kept; nothing where there is none any
+  // more. All three are asked again once an outcome was told, and twice a second while the moment is waited for; so
+  // whoever does not know it names one that is far.
   virtual std::optional<platform::Instant> NextDue() { return {}; }
   // From the next CaughtUp on the message may be out. A second time where it goes over another connection.
   virtual void GoesOut(Job& /*job*/) {}
   // It is not out after all: its connection is lost, and nothing that a server could have taken it by had gone. It
   // waits for another one.
   virtual void ComesBack(Job& /*job*/) {}
-  // Asked of one that came back, or that waited while there was no way, right before it is sent after all. Where it may
-  // not go now, NextDue says when; nobody goes before it.
-  virtual bool MayGo(Job& /*job*/) { return true; }
+  // Asked of those that came back, or that waited while there was no way, in the order taken, until one may be sent
+  // after all: it goes right behind that. Where they are held, others go before them, new ones too; where all are,
+  // nobody does.
+  virtual Passage MayGo(Job& /*job*/) { return Passage::kFree; }
   // What became of it, as soon as that is known: once for each job, at the latest right before Finished.
   virtual void Decided(Job& /*job*/, const Outcome& /*outcome*/) {}
   // Called once for each job, in the order in which they were taken.

@@ -73,14 +73,14 @@ void Lanes::EndWay(Lane& lane) {
   const ConnectionLimit::Now now = Count();
   const auto moment = around_.clock.Monotonic();
   limit_.Failed(way->outcome(), ready + now.leaving, moment);
-  if (now.in_all() > now.leaving || (around_.jobs.waiting() == 0 && !around_.jobs.IsInDoubt())) return;
+  if (now.in_all() > now.leaving || (!around_.jobs.has_next() && !around_.jobs.IsInDoubt())) return;
   if (lost_way_.Outlasts(way->outcome(), moment)) {
     around_.jobs.WayLost();
     return around_.source->WayLost(way->outcome(), *lost_way_.again());
   }
   if (!lost_way_.is_over()) {
     around_.jobs.WayFound();  // by a server that answers
-    if (around_.jobs.waiting() > 0) around_.jobs.Fail(way->outcome());
+    if (around_.jobs.has_next()) around_.jobs.Fail(way->outcome());
     return;
   }
   around_.source->WayGivenUp(way->outcome());
@@ -157,7 +157,7 @@ bool Lanes::MayOpen() {
   if (static_cast<std::size_t>(taken) >= limit_.most()) return false;
   if (lost_way_.again() && *lost_way_.again() > around_.clock.Monotonic()) return false;
   const ConnectionLimit::Now now = Count();
-  const bool is_asked_for = around_.jobs.waiting() > 0 && opened_for_ == around_.jobs.next_number();
+  const bool is_asked_for = around_.jobs.has_next() && opened_for_ == around_.jobs.next_number();
   if (is_asked_for && now.in_all() > now.leaving) return false;
   return limit_.MayOpen(now, around_.clock.Monotonic());
 }

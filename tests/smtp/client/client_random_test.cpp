@@ -113,7 +113,7 @@ class Wires {
     const ConnectionLimit::Now now = Count();
     if (crowded) limit_.Refused(now.working);
     if (!wire.ready) limit_.Failed(wire.end, now.in_all(), {});
-    if (!wire.ready && now.in_all() == 0 && jobs_.waiting() > 0) jobs_.Fail(wire.end);
+    if (!wire.ready && now.in_all() == 0 && jobs_.has_next()) jobs_.Fail(wire.end);
     CountReady();
   }
 

@@ -98,34 +98,59 @@ TEST(JobQueue, MovesAMessageOnceForEachLoss) {
 class HeldLetters final : public Letters {
  public:
   using Letters::Letters;
-  bool MayGo(Job& /*job*/) override { return ++asked > 0 && may_go; }
+  Passage MayGo(Job& job) override {
+    asked += job.envelope.recipient.text()[1];
+    return passages.at(static_cast<std::size_t>(job.envelope.recipient.text()[1] - '0'));
+  }
   std::optional<platform::Instant> NextDue() override { return due; }
-  bool may_go = false;
-  int asked = 0;
+  std::vector<Passage> passages = {3, Passage::kAllHeld};  // of each of them
+  std::string asked;
   std::optional<platform::Instant> due;
 };
 
-// Whoever came back, or waited for the way, goes once the source says so, and nobody before.
+// Whoever came back, or waited for the way, goes once the source says so; meanwhile those behind go whom it lets go.
 TEST(JobQueue, AsksBeforeOneGoesThatCouldNotGo) {
+  using enum Passage;
+  const Outcome lost{State::kFailed, ResultCode::kConnectionLost, {}, {}};
   const platform::CancelToken cancel;
-  HeldLetters letters(2);
+  HeldLetters letters(3);
   JobQueue queue(cancel);
   queue.Begin(letters);
   Job* const first = queue.Next();
   queue.Submitted();
-  EXPECT_EQ(letters.asked, 0) << "it is new";
-  queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, JobQueue::Again::kOnce);
+  Job* const second = queue.Next();
+  queue.Submitted();
+  EXPECT_EQ(letters.asked, "") << "they are new";
+  queue.Settle(0, lost, JobQueue::Again::kOnce);
+  queue.Settle(0, lost, JobQueue::Again::kOnce);
   letters.due = platform::Instant(std::chrono::seconds(7));
   EXPECT_EQ(queue.Next(), nullptr);
+  EXPECT_FALSE(queue.has_next());
   EXPECT_EQ(queue.due(), letters.due);
-  letters.may_go = true;
-  EXPECT_EQ(queue.Next(), first);
+  EXPECT_EQ(letters.asked, "0");
+  letters.passages = {kHeld, kFree, kFree};
+  EXPECT_EQ(queue.Next(), second);
+  EXPECT_EQ(queue.next_number(), 1U);
   EXPECT_FALSE(queue.due());
-  EXPECT_EQ(queue.Next(), first);
-  EXPECT_EQ(letters.asked, 2) << "once it may go it may";
-  queue.WayLost();
-  letters.may_go = false;
+  queue.Submitted();
+  Job* const third = queue.Next();
+  ASSERT_NE(third, nullptr) << "a new one, too";
+  queue.Submitted();
   EXPECT_EQ(queue.Next(), nullptr);
+  EXPECT_EQ(queue.due(), letters.due);
+  letters.passages[0] = kFree;
+  letters.asked.clear();
+  EXPECT_EQ(queue.Next(), first);
+  EXPECT_EQ(queue.Next(), first);
+  EXPECT_EQ(letters.asked, "0") << "once it may go it may";
+  queue.WayLost();
+  letters.passages[0] = kHeld;
+  EXPECT_EQ(queue.Next(), nullptr);
+  queue.Leave();
+  queue.Settle(0, lost, JobQueue::Again::kNever);
+  queue.Settle(0, lost, JobQueue::Again::kNever);
+  ASSERT_EQ(letters.outcomes.size(), 3U) << "who is held is left as well";
+  EXPECT_FALSE(letters.outcomes[0].begun);
 }
 
 // Those of a connection that was lost go before new ones, in the order taken; each is told in that order.
@@ -160,6 +185,7 @@ TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
   EXPECT_TRUE(queue.HasOldest(2));
   EXPECT_TRUE(letters.outcomes.empty());
   queue.Settle(2, lost, JobQueue::Again::kOnce);  // r0: what did not count is not held against it
+  EXPECT_EQ(recipient(), "r0");
   queue.Submitted(1);
   queue.Settle(1, sent, JobQueue::Again::kNever);
   EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0", "of none"}));
