@@ -41,6 +41,7 @@ bool IsAmong(std::string_view name, const Names& names) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+bool IsRows(std::string_view name) { return name == "tbody" || name == "thead" || name == "tfoot"; }
 bool IsCell(std::string_view written) { return written == "td" || written == "th"; }
 
 class SimpleWriter {
@@ -68,6 +69,7 @@ class SimpleWriter {
   void Text(std::string_view text);
   void Start(const HtmlToken& token);
   void StartTable(const HtmlToken& token);
+  void StartRows(const HtmlToken& token);
   void StartRow(const HtmlToken* token);
   void StartCell(const HtmlToken* token);
   void StartItem();
@@ -80,6 +82,8 @@ class SimpleWriter {
   void CloseLoose();
   std::size_t Last(std::string_view name) const;
   bool IsInGrid() const;
+  bool IsBetweenCells() const;
+  bool HasLook(const HtmlToken& token) const;
   std::optional<std::uint32_t> Ground() const { return open_.empty() ? std::nullopt : open_.back().ground; }
   void KeepGroundsApart();
   std::size_t PicturesLeftOut() const { return pictures_ - std::min(pictures_, kMostPictures); }
@@ -102,7 +106,7 @@ class SimpleWriter {
 
 // The place of the innermost that is open in this cell, and for what a table consists of in this table.
 std::size_t SimpleWriter::Last(std::string_view name) const {
-  const bool is_of_table = name == "table" || name == "tr" || name == "td";
+  const bool is_of_table = name == "table" || name == "tbody" || name == "tr" || name == "td";
   for (std::size_t i = open_.size(); i-- > 0;) {
     if (open_[i].name == name) return i;
     if (open_[i].name == "table" || (!is_of_table && open_[i].name == "td")) return kNone;
@@ -139,11 +143,12 @@ void SimpleWriter::KeepGroundsApart() {
 void SimpleWriter::Push(const std::string& name, std::string_view written, const HtmlToken* token) {
   const bool is_cell = IsCell(written);
   const bool paints_all = is_cell || written == "table" || written == "tr" || written == "body";
-  const bool is_block = IsBlock(RoleOf(written));
+  const bool is_block = IsBlock(RoleOf(written)) || IsRows(written);
   const bool is_shown = token != nullptr && !written.empty();
   const auto around = Ground();
   const Open outer = open_.empty() ? Open() : open_.back();
-  const SaidColours said = is_shown ? SaidColoursOf(page_, *token, paints_all || written == "div") : SaidColours();
+  const SaidColours said =
+      is_shown ? SaidColoursOf(page_, *token, paints_all || written == "div" || IsRows(written)) : SaidColours();
   const WordColours colours = ColoursWithin(said, outer.colours, written == "a");
   LetterSize size = is_shown ? SizeWithin(page_, *token, outer.size) : outer.size;
   Told told{.ground = is_block && !said.ground && around ? ColourInWords(*around) : "",
@@ -185,12 +190,22 @@ void SimpleWriter::StartTable(const HtmlToken& token) {
   open_.back().spans = shapes_[tables_ - 1].spans;
 }
 
+bool SimpleWriter::HasLook(const HtmlToken& token) const {
+  return !page_.Value(token, "style").empty() || !page_.Value(token, "bgcolor").empty();
+}
+
+// Never a head, which the view would print anew on each page.
+void SimpleWriter::StartRows(const HtmlToken& token) {
+  CloseTo(Last("table") + 1);
+  if (HasLook(token) && open_.size() < kMostOpen) Push("tbody", IsInGrid() ? "tbody" : "div", &token);
+}
+
 void SimpleWriter::StartRow(const HtmlToken* token) {
   const std::size_t table = Last("table");
   if (table == kNone) return;
-  CloseTo(table + 1);
-  const bool has_look =
-      token != nullptr && !(page_.Value(*token, "style").empty() && page_.Value(*token, "bgcolor").empty());
+  const bool is_in_rows = open_.size() > table + 1 && open_[table + 1].name == "tbody";
+  CloseTo(table + (is_in_rows ? 2 : 1));
+  const bool has_look = token != nullptr && HasLook(*token);
   Push("tr", IsInGrid() ? "tr" : has_look ? "div" : "", token);
 }
 
@@ -202,10 +217,15 @@ void SimpleWriter::StartCell(const HtmlToken* token) {
   word_ = 0;
 }
 
+bool SimpleWriter::IsBetweenCells() const {
+  if (open_.empty()) return false;
+  const std::string& name = open_.back().name;
+  return name == "table" || name == "tbody" || name == "tr";
+}
+
 // What stands in a table and in no cell of it is shown in one.
 void SimpleWriter::ComeIntoCell() {
-  if (open_.empty()) return;
-  if (open_.back().name == "table" || open_.back().name == "tr") StartCell(nullptr);
+  if (IsBetweenCells()) StartCell(nullptr);
 }
 
 // A paragraph or an item ends where the next one begins.
@@ -242,12 +262,12 @@ void SimpleWriter::StartItem() {
 void SimpleWriter::Start(const HtmlToken& token) {
   const std::string& name = token.name;
   if (name == "table") return StartTable(token);
+  if (IsRows(name) && Last("table") != kNone) return StartRows(token);
   if (name == "tr") return StartRow(&token);
   if (name == "td" || name == "th") return StartCell(&token);
   const bool is_block = IsBlock(RoleOf(name));
   const bool is_void = name == "br" || name == "hr" || name == "img";
   if (!is_void && !is_block && !IsAmong(name, kKept)) return;
-  if (Last("table") != kNone && (name == "tbody" || name == "thead" || name == "tfoot")) return;
   ComeIntoCell();
   if (is_block || name == "hr") CloseLoose();
   if (is_void) {
@@ -277,7 +297,7 @@ void SimpleWriter::Start(const HtmlToken& token) {
 }
 
 void SimpleWriter::End(const std::string& name) {
-  const std::size_t open = Last(name == "th" ? "td" : name);
+  const std::size_t open = Last(name == "th" ? "td" : IsRows(name) ? "tbody" : name);
   if (open != kNone) CloseTo(open);
 }
 
@@ -287,7 +307,7 @@ void SimpleWriter::Text(std::string_view text) {
     if (text.starts_with('\n')) text.remove_prefix(1);
   }
   const bool is_blank = text.find_first_not_of(" \t\r\n\f") == std::string_view::npos;
-  if (is_blank && !open_.empty() && (open_.back().name == "table" || open_.back().name == "tr")) return;
+  if (is_blank && IsBetweenCells()) return;
   ComeIntoCell();
   if (!is_blank) LeaveBlock(true);
   if (!is_blank) behind_ = {};

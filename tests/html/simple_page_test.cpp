@@ -178,6 +178,17 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
        "style=\"color:#ffffff\">b</span>"
        "</p><div style=\"background-color:#fff\"><span style=\"color:#000000\">c</span><a style=\"color:#ffffff\" "
        "href=\"http://x.org\"><span style=\"color:#000000\">d</span></a></div></body>"},
+      // Parts of a table that say how their rows look
+      {"<table><thead style='background:#036;color:#fff'><tr><th>a<th>b</thead><tbody><tr><td>c<td>d"
+       "<tfoot bgcolor=#036 style='font-size:9pt'>e<tr style='background:#eee'><td><p>f</table>",
+       "<table><tbody style=\"background-color:#036;color:#fff\"><tr "
+       "style=\"background-color:#003366\"><th>a</th><th>b</th>"
+       "</tr></tbody><tr><td>c</td><td>d</td></tr><tbody style=\"font-size:9pt\" bgcolor=\"#036\">"
+       "<tr style=\"background-color:#003366\"><td>e</td></tr><tr "
+       "style=\"background-color:#eee\"><td><p>f</p></td></tr>"
+       "</tbody></table>"},
+      {"<table><tbody style='color:red'><tr><td>a<tbody class=x><tr><td>b</table>",
+       "<div><div style=\"color:red\"><div>a</div></div><div>b</div></div>"},
       // Colours that a text view would take for black
       {"<table><tr><td bgcolor=ffff00>a<td bgcolor=none>b<font color=00ff00>c</font><font color=red>d</table>",
        "<table><tr><td bgcolor=\"#ffff00\">a</td><td>b<font color=\"#00ff00\">c</font><font color=\"red\">d</font></td>"
