@@ -108,9 +108,10 @@ std::string Decode(std::string_view bytes, BodyEncoding encoding) {
     case BodyEncoding::kWindows1252:
       return FromWindows1252(bytes);
     case BodyEncoding::kDeclared:
-      return charset::DecodePage(bytes, DeclaredCharset(bytes)).value_or(FromWindows1252(bytes));
+      break;
   }
-  return {};
+  auto text = charset::DecodePage(bytes, DeclaredCharset(bytes));
+  return text ? *std::move(text) : FromWindows1252(bytes);
 }
 
 // What no text has but by accident. Blanks, the marks between pages, and what old character sets change their tables by

@@ -42,9 +42,11 @@ std::string_view AuthorityOf(std::string_view text) { return text.substr(0, text
 // Of "/x%20y?z", "/x y": as much as a person's folder begins in. In a text each of many addresses goes on to its end.
 constexpr std::size_t kLongestPath = 200;
 std::string PathOf(std::string_view text) {
-  text = text.substr(0, kLongestPath);
-  const std::string_view path = text.substr(0, text.find_first_of("?#"));
-  return platform::PercentDecoded(path).value_or(std::string(path));
+  constexpr std::size_t kOctetsOfEscape = 3;
+  text = text.substr(0, kLongestPath * kOctetsOfEscape);
+  std::string_view path = text.substr(0, text.find_first_of("?#"));
+  if (path.size() == kLongestPath * kOctetsOfEscape) path = path.substr(0, path.find('%', path.size() - 2));  // no half
+  return platform::PercentDecoded(path).value_or(std::string(path)).substr(0, kLongestPath);
 }
 
 // "file:///x", "C:\x" and "example.org:C:\x", where a server and its port would stand.

@@ -63,6 +63,9 @@ TEST(LocalName, OfAnAddressIsByWhereItLeads) {
            {"app://3b3f0e/home/ada/vault/today", kFile},
            {"app://note/home/ada/a.png?169", kFile},
            {"app://note/Users/ada/my%20a.md", kFile},
+           {"app://note/home/ada/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters"
+            "%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of/my/a.png",
+            kFile},
            {"app:/home/ada/a", kFile},
            {"app:/settings/home/ada", kKept},
            {"media://home/ada/a.png", kFile},
