@@ -6,6 +6,7 @@
 
 #include "account/account_choices.h"
 #include "account/password_place.h"
+#include "net/address.h"
 #include "platform/text.h"
 
 namespace quillcast::account {
@@ -21,7 +22,20 @@ Result<std::uint16_t> PortFrom(std::string_view text) {
                "A port is a number from 1 to 65535: quillcast account set Port=587"};
 }
 
+// Whether it may be one, in any script: what cannot be asked for is no fault of name servers.
+bool IsHost(std::string_view text) {
+  if (net::ParseIpAddress(text)) return true;
+  return !text.empty() && text.find_first_of(" \t/@[]<>:,?#%") == std::string_view::npos;
+}
+
+Error NoServer(std::string_view entry) {
+  return Error{
+      Failure::kNotConfigured, Say("\"{}\" is no name of a mail server.", platform::Printable(std::string(entry), 80)),
+      "Write mail.example.org, mail.example.org:587 or [2001:db8::1]:25, several of them parted by a semicolon."};
+}
+
 Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
+  if (entry.find("//") != std::string_view::npos) return NoServer(entry);  // what follows its colon is no port
   smtp::Server server{std::string(entry), port};
   std::string_view port_text;
   if (entry.starts_with('[')) {
@@ -32,6 +46,7 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
     server.host = platform::Trim(entry.substr(0, entry.find(':')));
     port_text = entry.substr(entry.find(':') + 1);
   }
+  if (!IsHost(server.host)) return NoServer(entry);
   if (port_text.empty()) return server;
   const auto own_port = PortFrom(port_text);
   if (!own_port) {

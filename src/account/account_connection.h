@@ -10,7 +10,8 @@
 
 namespace quillcast::account {
 
-// The account's servers, with the port of each. A list that names none is empty.
+// The account's servers, with the port of each. A list that names none is empty; kNotConfigured for what is no name of
+// a host, and for what is no port.
 Result<std::vector<smtp::Server>> ServersOf(const AccountSettings& account);
 
 // "mail.example.org, port 587, or mx.example.org, port 25", in the order in which they are tried; the list as it is

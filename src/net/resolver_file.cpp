@@ -6,6 +6,18 @@
 #include "platform/text.h"
 
 namespace quillcast::net {
+namespace {
+
+// As much of it as counts; nothing where it cannot be read.
+std::string TextOf(const std::filesystem::path& resolver_file) {
+  const auto fd = platform::OpenForReading(resolver_file);
+  if (!fd) return {};
+  std::string text(kLargestResolverFile, '\0');
+  text.resize(IgnoreErrors(platform::ReadSome(fd->get(), resolver_file, text.data(), text.size()), 0));
+  return text;
+}
+
+}  // namespace
 
 std::vector<std::string> NameServersIn(std::string_view resolver_file) {
   constexpr std::string_view kKeyword = "nameserver";
@@ -23,9 +35,9 @@ std::vector<std::string> NameServersIn(std::string_view resolver_file) {
 }
 
 std::vector<Endpoint> ServersBehindInterfaces(const std::filesystem::path& resolver_file) {
-  const std::string text = IgnoreErrors(platform::ReadFile(resolver_file, kLargestResolverFile), std::string());
   std::vector<Endpoint> servers;
-  for (const std::string& address : NameServersIn(text)) servers.push_back({*ParseIpAddress(address), kDnsPort});
+  for (const std::string& address : NameServersIn(TextOf(resolver_file)))
+    servers.push_back({*ParseIpAddress(address), kDnsPort});
   const bool any = std::ranges::any_of(servers, [](const Endpoint& server) { return server.address.scope != 0; });
   return any ? servers : std::vector<Endpoint>();
 }

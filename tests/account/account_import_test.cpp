@@ -318,6 +318,21 @@ TEST(AccountImport, WritesWhatIsGivenAndWhatWasTicked) {
   }
 }
 
+// What another program takes for a server may be none that a run could ask.
+TEST(AccountImport, LeavesTheAccountWhereTheServerIsNone) {
+  const test::TemporaryFolder folder;
+  profile::SettingsStore store(folder / "settings.db");
+  ASSERT_TRUE(store.Write(kAccountSection, "Server", "before.example.org"));
+  for (const auto& [server, said] :
+       {std::pair("http://h/", "\"http://h/\" is no name of a mail server."), std::pair("a b", "\"a b\" is no name"),
+        std::pair("h:x", "\"h:x\" names no port of a mail server.")}) {
+    const auto keys = ImportAccount(store, {.name = "Ada", .email = "ada@example.org", .server = server}, {});
+    ASSERT_FALSE(keys) << server;
+    EXPECT_TRUE(keys.error().what.InEnglish().starts_with(said)) << keys.error().what.InEnglish();
+  }
+  EXPECT_EQ((*AccountSettings::Load(store))[AccountKey::kServer], "before.example.org");
+}
+
 TEST(AccountImport, IsChosenByNumberOrName) {
   const std::vector<FoundAccount> accounts = {{"Work", "1"}, {"Twin", "2"}, {"Twin", "3"}, {"1", "4"}, {"17", "5"}};
   for (const auto& [given, comes_to] :

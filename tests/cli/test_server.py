@@ -78,7 +78,7 @@ class Server(Case):
     def test_what_is_wrong_with_a_command_line(self):
         for arguments, words in (((), "server is required"), (("",), "Please enter your mail server."),
                                  (("localhost:0",), "names no port"), (("localhost:smtp",), "names no port"),
-                                 ((":2525",), "no name of a server"),
+                                 ((":2525",), "no name of a mail server"),
                                  (("localhost", "--security", "SSL"), "--security"),
                                  (("localhost", "--timeout", "0"), "--timeout")):
             with self.subTest(arguments=arguments):

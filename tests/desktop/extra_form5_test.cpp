@@ -162,7 +162,8 @@ class ExtraForm5Test : public QObject {
     complains("localhost", "70000", "PortTextBox", "", "\"70000\" is no port of a mail server.");
     complains("mail.example.org:smtp", "587", "ServerTextBox", "",
               "\"mail.example.org:smtp\" names no port of a mail server.");
-    complains("https://mail.example.org", "587", "ServerTextBox", "", "That is no name of a server.");
+    complains("https://mail.example.org", "587", "ServerTextBox", "",
+              "\"https://mail.example.org\" is no name of a mail server.");
     QCOMPARE(scene.Report(), "");
   }
 

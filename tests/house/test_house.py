@@ -33,7 +33,7 @@ ORDER = {
     "document": "recipients profile mime html charset",
     "message": "document profile mime html charset recipients smtp net",
     "run/pace": "",
-    "account": "run/pace message document profile charset recipients smtp smtp/client smtp/mailbox",
+    "account": "run/pace message document profile charset recipients net smtp smtp/client smtp/mailbox",
     "account/import": "account profile",
     "domain": "profile charset net net/dns",
     "domain/connection": "account smtp smtp/sasl smtp/client net",

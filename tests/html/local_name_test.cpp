@@ -64,7 +64,8 @@ TEST(LocalName, OfAnAddressIsByWhereItLeads) {
            {"app://note/home/ada/a.png?169", kFile},
            {"app://note/Users/ada/my%20a.md", kFile},
            {"app://note/home/ada/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters"
-            "%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of/my/a.png",
+            "%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of%20old/my%20letters%20of/my/"
+            "a.png",
             kFile},
            {"app:/home/ada/a", kFile},
            {"app:/settings/home/ada", kKept},

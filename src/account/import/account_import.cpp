@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "account/account_connection.h"
 #include "account/password_place.h"
 #include "platform/text.h"
 
@@ -49,6 +50,10 @@ Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, con
   std::vector<profile::SettingValue> written;
   std::vector<AccountKey> keys;
   const auto values = ValuesOf(account, beside, *before);
+  AccountSettings taken = *before;
+  for (const NewValue& value : values) taken.Set(value.key, value.value);
+  const auto servers = ServersOf(taken);  // other programs take more for one than a run could use
+  if (!servers) return servers.error();
   for (const NewValue& value : values) {
     written.push_back({RowOf(value.key).name, value.value});
     keys.push_back(value.key);

@@ -25,7 +25,8 @@ struct TakenBeside {
 // The keys that were written, all or none: Name, Email, Server and Port, which is "25" whatever the source has unless
 // it was asked for; Security; Auth and Username together, and Password, empty, where another user or server was
 // named before, whose it was; PasswordFrom, back to the settings, where a command gave the password of such another. A
-// password is never read anywhere. kTryAgain where somebody else saves the account for longer than `patience`.
+// password is never read anywhere. kTryAgain where somebody else saves the account for longer than `patience`; as
+// ServersOf for a server that is none.
 Result<std::vector<AccountKey>> ImportAccount(profile::SettingsStore& store, const FoundAccount& account,
                                               const TakenBeside& beside,
                                               std::chrono::milliseconds patience = kOthersPatience,

@@ -1,10 +1,7 @@
 #include "domain/connection/connection_input.h"
 
-#include <algorithm>
-
 #include "account/account_connection.h"
 #include "account/account_settings.h"
-#include "net/address.h"
 
 namespace quillcast::domain {
 namespace {
@@ -17,18 +14,11 @@ account::AccountSettings AccountOf(std::string_view server, std::string_view por
   return account;
 }
 
-// Whether it may be the name of a host, in any script: what cannot be asked for is no fault of name servers.
-bool IsOfHost(const smtp::Server& server) {
-  if (net::ParseIpAddress(server.host)) return true;
-  return !server.host.empty() && server.host.find_first_of(" \t/@[]<>:,?#%") == std::string::npos;
-}
-
 // What is wrong with the box of the server, whatever stands in that of the port.
 std::optional<Sentence> FaultOfServer(std::string_view server) {
   const auto servers = account::ServersOf(AccountOf(server, "25", "Automatic"));
-  const bool is_page = server.find("//") != std::string_view::npos;  // what follows its colon is no port
-  if (!servers && !is_page) return servers.error().what;
-  if (is_page || servers->empty() || !std::ranges::all_of(*servers, IsOfHost)) return "That is no name of a server.";
+  if (!servers) return servers.error().what;
+  if (servers->empty()) return "That is no name of a server.";
   return {};
 }
 
