@@ -50,6 +50,8 @@ bool IsFormatting(std::string_view name) {
   return std::find(kFormatting.begin(), kFormatting.end(), name) != kFormatting.end();
 }
 
+bool IsRowGroup(std::string_view name) { return name == "tbody" || name == "thead" || name == "tfoot"; }
+
 bool HasNoContent(std::string_view name) {
   constexpr std::array<std::string_view, 13> kVoid = {"area",  "base", "br",   "col",   "embed",  "hr", "img",
                                                       "input", "link", "meta", "param", "source", "wbr"};

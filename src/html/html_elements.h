@@ -41,6 +41,8 @@ inline bool IsStacked(HtmlRole role) { return static_cast<std::size_t>(role) < k
 inline bool IsBlock(HtmlRole role) { return role <= HtmlRole::kHeading; }
 // What is begun anew in the next paragraph where it was left open (WHATWG HTML 13.2.4.3).
 bool IsFormatting(std::string_view name);
+// The head, foot or a body of a table.
+bool IsRowGroup(std::string_view name);
 // Such an element has no end tag.
 bool HasNoContent(std::string_view name);
 

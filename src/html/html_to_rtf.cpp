@@ -112,6 +112,8 @@ class Reader {
       AddArea(token);
     } else if (IsTablePart(role)) {
       StartTablePart(role, token);
+    } else if (IsRowGroup(token.name)) {
+      StartRowGroup(role, token);
     } else if (!HasNoContent(token.name)) {
       StartElement(role, token);
     }
@@ -176,7 +178,7 @@ class Reader {
         return;
       }
       if (role != HtmlRole::kTable && candidate.role == HtmlRole::kTable) return;
-      if (!IsTablePart(role) && candidate.role == HtmlRole::kCell) return;
+      if (!IsTablePart(role) && !IsRowGroup(name) && candidate.role == HtmlRole::kCell) return;
     }
   }
 
@@ -193,7 +195,8 @@ class Reader {
     const std::size_t table = InnermostTable();
     // Outside tables, and in one that is too deep, each is a line.
     if (table == 0 || !open_[table - 1].is_table_part) return Push(HtmlRole::kLine, token);
-    while (open_.size() > table && (role == HtmlRole::kRow || open_.back().role != HtmlRole::kRow)) Pop();
+    const std::size_t rows = open_.size() > table && IsRowGroup(open_[table].name) ? table + 1 : table;
+    while (open_.size() > rows && (role == HtmlRole::kRow || open_.back().role != HtmlRole::kRow)) Pop();
     if (role == HtmlRole::kRow) {
       Push(role, token);
       open_.back().is_table_part = true;
@@ -204,6 +207,15 @@ class Reader {
     open_.back().is_table_part = true;
     body_.BeginCell(SpanOf(tokenizer_, token), RowsOf(tokenizer_, token), style_.ground);
     after_blank_ = true;
+  }
+
+  // It is no part of the document, but its rows look as it says.
+  void StartRowGroup(HtmlRole role, const HtmlToken& token) {
+    const std::size_t table = InnermostTable();
+    if (table > 0) EndParagraph();
+    while (table > 0 && open_.size() > table) Pop();
+    if (table > 0 && open_[table - 1].is_table_part) body_.EndRow();
+    Push(role, token);
   }
 
   void StartTable(const HtmlToken& token) {

@@ -122,7 +122,7 @@ void ApplyAttributes(RtfStyle& style, const RtfLetters& around, HtmlRole role, c
     const std::string family = ReadFontFamily(tokenizer.Value(token, "face"));
     if (!family.empty()) style.letters.font = family;
   }
-  const bool has_lines = IsBlock(role) || token.name == "html";
+  const bool has_lines = IsBlock(role) || IsRowGroup(token.name) || token.name == "html";
   if (has_lines && role != HtmlRole::kTable)
     SetIfRead(style.paragraph.alignment, AlignmentOf(tokenizer.Value(token, "align")));
   if (const std::string direction = tokenizer.Value(token, "dir"); !direction.empty())

@@ -41,7 +41,6 @@ bool IsAmong(std::string_view name, const Names& names) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-bool IsRows(std::string_view name) { return name == "tbody" || name == "thead" || name == "tfoot"; }
 bool IsCell(std::string_view written) { return written == "td" || written == "th"; }
 
 class SimpleWriter {
@@ -143,12 +142,12 @@ void SimpleWriter::KeepGroundsApart() {
 void SimpleWriter::Push(const std::string& name, std::string_view written, const HtmlToken* token) {
   const bool is_cell = IsCell(written);
   const bool paints_all = is_cell || written == "table" || written == "tr" || written == "body";
-  const bool is_block = IsBlock(RoleOf(written)) || IsRows(written);
+  const bool is_block = IsBlock(RoleOf(written)) || IsRowGroup(written);
   const bool is_shown = token != nullptr && !written.empty();
   const auto around = Ground();
   const Open outer = open_.empty() ? Open() : open_.back();
   const SaidColours said =
-      is_shown ? SaidColoursOf(page_, *token, paints_all || written == "div" || IsRows(written)) : SaidColours();
+      is_shown ? SaidColoursOf(page_, *token, paints_all || written == "div" || IsRowGroup(written)) : SaidColours();
   const WordColours colours = ColoursWithin(said, outer.colours, written == "a");
   LetterSize size = is_shown ? SizeWithin(page_, *token, outer.size) : outer.size;
   Told told{.ground = is_block && !said.ground && around ? ColourInWords(*around) : "",
@@ -262,7 +261,7 @@ void SimpleWriter::StartItem() {
 void SimpleWriter::Start(const HtmlToken& token) {
   const std::string& name = token.name;
   if (name == "table") return StartTable(token);
-  if (IsRows(name) && Last("table") != kNone) return StartRows(token);
+  if (IsRowGroup(name) && Last("table") != kNone) return StartRows(token);
   if (name == "tr") return StartRow(&token);
   if (name == "td" || name == "th") return StartCell(&token);
   const bool is_block = IsBlock(RoleOf(name));
@@ -297,7 +296,7 @@ void SimpleWriter::Start(const HtmlToken& token) {
 }
 
 void SimpleWriter::End(const std::string& name) {
-  const std::size_t open = Last(name == "th" ? "td" : IsRows(name) ? "tbody" : name);
+  const std::size_t open = Last(name == "th" ? "td" : IsRowGroup(name) ? "tbody" : name);
   if (open != kNone) CloseTo(open);
 }
 

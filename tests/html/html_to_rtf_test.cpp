@@ -154,6 +154,14 @@ TEST(HtmlToRtf, WordsHaveTheirColoursAndCanBeReadOnTheGroundThatIsWritten) {
   };
   for (const auto& [page, rtf] : {
            // Grounds go along, each where it differs from what is behind it
+           Row{"<table><thead style='background:#000;color:#fff'><tr><td>a<td>b</thead><tr><td>c<tbody "
+               "style='color:#f00'>"
+               "<td>d<tfoot>e</table>",
+               "\\trowd\\trgaph108\\trleft0\\clcbpat#000000\\cellx4513\\clcbpat#000000\\cellx9026\n"
+               "\\pard\\intbl {\\cf#ffffff a}\\cell\n\\pard\\intbl {\\cf#ffffff b}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\cellx4513\n\\pard\\intbl {c}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\cellx4513\n\\pard\\intbl {\\cf#ff0000 d}\\cell\n\\row\n"
+               "\\trowd\\trgaph108\\trleft0\\cellx4513\n\\pard\\intbl {e}\\cell\n\\row\n"},
            Row{"<body bgcolor=#000000 text=#ffffff>a<hr><br><table><tr><td>b<td bgcolor=white>c</table>",
                "\\pard\\cbpat#000000 {\\cf#ffffff a}\\par\n"
                "\\pard\\cbpat#000000 \\brdrb\\brdrs\\brdrw10 \\par\n\\pard\\cbpat#000000 \\line\n\\par\n"
