@@ -10,9 +10,6 @@ constexpr std::size_t kMostKeptBack = 1000;
 // Results that wait for an earlier one.
 constexpr std::size_t kMostAhead = 10'000;
 
-// What is told of somebody who is kept back.
-const smtp::Outcome kNotBegun{smtp::State::kFailed, smtp::ResultCode::kCancelled, {}, {}, false};
-
 }  // namespace
 
 Result<bool> InTurn::NextOfList(recipients::Recipient& recipient, std::int64_t& position) {
@@ -46,7 +43,7 @@ Result<bool> InTurn::NextOfAll(recipients::Recipient& recipient, std::int64_t& p
     turn.domain = DomainOf(address->domain());
     if (MayGo(turn)) return true;
     kept_back_.push_back({position, turn.domain, 0});
-    run_.Settled(position, kNotBegun);  // a loss of power leaves no doubt about it
+    run_.Settled(position, smtp::Left());  // a loss of power leaves no doubt about it
     if (EverybodyWaits()) return false;
   }
   return false;

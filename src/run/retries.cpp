@@ -14,7 +14,7 @@ constexpr std::array kPassing = {smtp::ResultCode::kConnectFailed, smtp::ResultC
 }  // namespace
 
 bool Retries::IsWorthAnother(const smtp::Outcome& outcome) {
-  if (!outcome.begun) return false;
+  if (!outcome.is_decided()) return false;
   if (outcome.state == smtp::State::kDeferred) return true;
   return outcome.state == smtp::State::kFailed && std::ranges::find(kPassing, outcome.code) != kPassing.end();
 }

@@ -336,9 +336,7 @@ void Run::GoesOut(smtp::Job& job) {
 // It may wait long now, and this program may be ended meanwhile.
 void Run::ComesBack(smtp::Job& job) {
   auto& letter = static_cast<Letter&>(job);
-  smtp::Outcome not_out;
-  not_out.begun = false;
-  run_->Settled(letter.position, not_out);
+  run_->Settled(letter.position, smtp::Left());
   if (parts_.turns != nullptr) parts_.turns->ComesBack(letter.turn);
   if (std::exchange(letter.is_out, false)) ++not_out_;
 }
@@ -383,9 +381,9 @@ void Run::LogLine(std::string_view line) {
 void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   auto& letter = static_cast<Letter&>(job);
   RecipientInOrder& recipient = order_.At(letter.position);
-  recipient.stage = outcome.begun ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
+  recipient.stage = outcome.is_decided() ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
   recipient.outcome = outcome;
-  if (outcome.begun) KeepRefusal(recipient);
+  if (outcome.is_decided()) KeepRefusal(recipient);
   with_carrier_.pop_front();
   lines_told_ = false;
   free_letters_.push_back(&letter);

@@ -6,6 +6,8 @@ Outcome VerdictOf(ResultCode code, const ServerReply& reply) {
   return {reply.code / 100 == 4 ? State::kDeferred : State::kRefused, code, reply, {}};
 }
 
+Outcome Left() { return {State::kFailed, ResultCode::kCancelled, {}, {}, Whereabouts::kNotOut}; }
+
 void AddSentence(std::string& reason, std::string_view sentence) {
   if (!reason.empty() && !sentence.empty()) reason += ' ';
   reason += sentence;

@@ -19,6 +19,15 @@ enum class State {
   kUnknown,   // the end of data went out and no reply came: it may have been taken
 };
 
+// Whether a message may go again by itself. Who sends it over a connection says so; who holds the messages of a run
+// decides by it, and by how that run stands, what becomes of them.
+enum class Whereabouts {
+  kDecided,  // it may not: its state says all
+  kNotOut,   // nothing by which a server could have taken it is out, and it may go over another connection
+  kSilent,   // nothing is out, but the server left it without an answer, and may do so again
+  kNoRoom,   // nothing is out, and the server had no room for it over this connection
+};
+
 // The verdict on one message, or on a session that had none.
 // Told once for each message, by JobSource::Finished.
 struct Outcome {
@@ -26,8 +35,13 @@ struct Outcome {
   ResultCode code = ResultCode::kException;
   ServerReply reply;   // the reply that decided it, where there was one
   std::string reason;  // in our words, where the code and the reply do not say it: a whole sentence, may be empty
-  bool begun = true;   // false where a stop came before anything of the message was sent: it was not tried
+  Whereabouts whereabouts = Whereabouts::kDecided;  // as a run tells it, kNotOut: it was left, and counts as not tried
+
+  bool is_decided() const { return whereabouts == Whereabouts::kDecided; }
 };
+
+// Of a message that a run leaves: it stands as it did before the run came to it.
+Outcome Left();
 
 // What a reply of class 4 or 5 makes of a message.
 Outcome VerdictOf(ResultCode code, const ServerReply& reply);

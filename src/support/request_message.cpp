@@ -30,7 +30,11 @@ Outcome Taken() {
 }
 
 Outcome Failed(ResultCode code, const Error& error) {
-  return {.state = smtp::State::kFailed, .code = code, .reply = {}, .reason = InOneLine(error), .begun = false};
+  return {.state = smtp::State::kFailed,
+          .code = code,
+          .reply = {},
+          .reason = InOneLine(error),
+          .whereabouts = smtp::Whereabouts::kNotOut};
 }
 
 // Those of the account, apart from what is the request's own; a setting that a request does not need keeps none back.

@@ -188,7 +188,7 @@ class FakeCarrier final : public Carrier {
       return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
     }
     if (!is_kept_ || (withdraws && cancel_.Requested() != Stop::kNone)) {
-      return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}, .begun = false};
+      return smtp::Left();
     }
     carried.push_back(PositionOf(job.envelope.recipient.text()));
     EXPECT_EQ(carried.back(), job.position);
@@ -241,9 +241,9 @@ class FakeRun final : public JournalledRun {
   void GoesOut(std::int64_t position) override { told_[position] = ResultState::kInFlight; }
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override {
     auto& settled = settled_.try_emplace(position, ResultState::kNotTried).first->second;
-    if (outcome.begun) settled = StateOf(outcome.state);
+    if (outcome.is_decided()) settled = StateOf(outcome.state);
     told_[position] = settled;
-    if (outcome.begun) kept_.tries.erase(position);
+    if (outcome.is_decided()) kept_.tries.erase(position);
   }
   void IsTriedAgain(std::int64_t position, int tries) override { kept_.tries[position] = tries; }
   Result<void> Record() override {

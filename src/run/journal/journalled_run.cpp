@@ -194,7 +194,7 @@ Result<void> SqliteJournalledRun::TrySettled(std::int64_t index, const smtp::Out
     in_flight_.erase(known);
   }
   if (std::exchange(before.reserved, false)) --open_;
-  return blocks_.Change(index, outcome.begun ? Verdict(before, outcome) : before);
+  return blocks_.Change(index, outcome.is_decided() ? Verdict(before, outcome) : before);
 }
 
 void SqliteJournalledRun::IsTriedAgain(std::int64_t position, int tries) {

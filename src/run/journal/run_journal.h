@@ -100,7 +100,7 @@ class JournalledRun {
 
   // From the next Record on this recipient's message may be out. Only for somebody whom Next gave.
   virtual void GoesOut(std::int64_t position) = 0;
-  // What became of it. `begun` false in the outcome: nothing of it went out, and it counts as not tried.
+  // What became of it. Where that is not decided it was left, came back or was kept back: it counts as not tried.
   virtual void Settled(std::int64_t position, const smtp::Outcome& outcome) = 0;
   // Somebody who is settled is to be tried again, after so many tries: known from the next Record on, should the run
   // end before that.

@@ -64,7 +64,7 @@ net::Deadline Client::Driver::AskAgain() const {
 // What is under way is waited for; nothing else begins.
 void Client::Driver::Stop(Lanes& lanes) {
   jobs_.Leave();
-  lanes.Withdraw(NotBegun());
+  lanes.Withdraw();
 }
 
 void Client::Driver::Run(JobSource& source) {

@@ -28,8 +28,8 @@ void ClientSession::Submit(const Envelope& envelope, MessageSource& message) {
   EndWhereDue();
 }
 
-void ClientSession::Withdraw(const Outcome& why) {
-  transfers_.Withdraw(why);
+void ClientSession::Withdraw() {
+  transfers_.Withdraw();
   EndWhereDue();
 }
 
@@ -161,7 +161,7 @@ std::string_view ClientSession::Missing() const {
 void ClientSession::GiveUp(Outcome why) {
   if (closed_) return;
   const bool waited = why.code == ResultCode::kConnectionLost || why.code == ResultCode::kReplyTimeout;
-  SessionEnd end = transfers_.OnGivenUp(std::move(why), options_.network_wait.count() > 0);
+  SessionEnd end = transfers_.OnGivenUp(std::move(why));
   if (waited) end.missing = Missing();
   if (waited && wire_.HasMore()) events_.Add(Event::Kind::kUnfinished).text = wire_.More();
   Close(std::move(end));
@@ -178,6 +178,7 @@ void ClientSession::Close(SessionEnd end) {
   wire_.Close();
   transfers_.Close(end);
   AddSentence(end.why.reason, end.missing);
+  end.why.whereabouts = Whereabouts::kDecided;  // of the session it is the verdict
   events_.Add(Event::Kind::kClosed).outcome = std::move(end.why);
 }
 

@@ -66,8 +66,8 @@ class ClientSession {
   bool WantsMessage() { return !closed_ && transfers_.WantsMessage(); }
   // Sends a message, which must live until its outcome has come. Only when WantsMessage().
   void Submit(const Envelope& envelope, MessageSource& message);
-  // Messages of which no byte is made yet get this outcome.
-  void Withdraw(const Outcome& why);
+  // Messages of which no byte is made yet are left.
+  void Withdraw();
   // Whether the server takes no further message over this connection, but may over another one; and whether it took
   // none, because there are too many connections.
   bool UsedUp() const { return transfers_.UsedUp(); }

@@ -76,8 +76,8 @@ void Connection::Submit(Job& job) {
   TakeEvents();
 }
 
-void Connection::Withdraw(const Outcome& why) {
-  session_.Withdraw(why);
+void Connection::Withdraw() {
+  session_.Withdraw();
   TakeEvents();
 }
 
@@ -253,7 +253,7 @@ void Connection::TakeEvents() {
         around_.source->Connected(session_.capabilities());
         break;
       case Event::Kind::kOutcome:
-        around_.jobs.Settle(lane_, event->outcome, AgainOf(*event));
+        around_.jobs.Settle(lane_, event->outcome);
         break;
       case Event::Kind::kClosed:
         end_ = event->outcome;
@@ -262,13 +262,6 @@ void Connection::TakeEvents() {
         break;
     }
   }
-}
-
-// A message of which a crowded server took nothing has not had its one more connection.
-JobQueue::Again Connection::AgainOf(const Event& event) const {
-  if (!event.again) return JobQueue::Again::kNever;
-  if (event.if_lost) return JobQueue::Again::kIfLost;
-  return session_.crowded() ? JobQueue::Again::kAnyway : JobQueue::Again::kOnce;
 }
 
 void Connection::BeginTls() {

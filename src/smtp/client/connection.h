@@ -21,8 +21,8 @@ class Connection {
   bool ready() const { return ready_; }
   bool WantsMessage() { return !quits_ && session_.WantsMessage(); }
   void Submit(Job& job);
-  // Messages that nothing was sent of yet get this outcome.
-  void Withdraw(const Outcome& why);
+  // Messages that nothing was sent of yet are left.
+  void Withdraw();
   // Says QUIT, whose reply may take so long.
   void Quit(std::chrono::seconds longest, platform::Stop gives_up_at = platform::Stop::kAbandon);
   // It is of no more use: the person gives up what is under way, or the system refuses to wait.
@@ -63,7 +63,6 @@ class Connection {
   void TellLine(const Event& event);
   void TellWatch(const Event& event);
   void TakeEvents();
-  JobQueue::Again AgainOf(const Event& event) const;
   void BeginTls();
   void ShakeHands();
   void TellOfHandshake();

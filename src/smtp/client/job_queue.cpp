@@ -37,11 +37,9 @@ int Breaker::TimeToAsk(const Outcome& outcome) {
   return times_ % limit == 0 ? times_ : 0;
 }
 
-Outcome NotBegun() { return {State::kFailed, ResultCode::kCancelled, {}, {}, false}; }
-
 void JobQueue::Begin(JobSource& source) {
   source_ = &source;
-  exhausted_ = given_up_ = false;
+  exhausted_ = given_up_ = is_over_ = false;
 }
 
 Job* JobQueue::Next() {
@@ -100,7 +98,10 @@ void JobQueue::WayFound() {
   }
 }
 
-void JobQueue::Leave() { FailAll(NotBegun()); }
+void JobQueue::Leave() {
+  is_over_ = true;
+  FailAll(Left());
+}
 
 void JobQueue::Wait(std::uint64_t number) {
   EntryOf(number).stage = Entry::Stage::kWaiting;
@@ -126,34 +127,34 @@ void JobQueue::Submitted(std::size_t lane) {
 void JobQueue::Move() { EntryOf(*TheNext()).moved = true; }
 
 // Whoever goes on with the run comes to those of whom nothing is out, whatever ended their connection.
-void JobQueue::Fail(const Outcome& outcome) {
-  Tell(EntryOf(TakeWaiting(TheNext())), IsStopped() ? NotBegun() : outcome);
-}
+void JobQueue::Fail(const Outcome& outcome) { Tell(EntryOf(TakeWaiting(TheNext())), IsStopped() ? Left() : outcome); }
 
 void JobQueue::GiveUp(Outcome why) {
   given_up_ = true;
-  why.begun = false;
+  why.whereabouts = Whereabouts::kNotOut;
   FailAll(why);
 }
 
 void JobQueue::FailAll(const Outcome& outcome) {
   WaitAll();
-  while (!waiting_.empty()) Tell(EntryOf(TakeWaiting(waiting_.begin())), IsStopped() ? NotBegun() : outcome);
+  while (!waiting_.empty()) Tell(EntryOf(TakeWaiting(waiting_.begin())), IsStopped() ? Left() : outcome);
 }
 
-void JobQueue::Settle(std::size_t lane, const Outcome& outcome, Again again) {
+void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   const std::uint64_t number = lanes_[lane].submitted.front();
   lanes_[lane].submitted.Pop();
   --submitted_;
   Entry& entry = EntryOf(number);
-  if (again == Again::kNever) return Tell(entry, outcome);
-  if (IsStopped()) return Tell(entry, NotBegun());
-  if (again == Again::kAnyway || (again == Again::kOnce && !entry.moved)) {
-    entry.moved = entry.moved || again == Again::kOnce;
+  if (outcome.is_decided()) return Tell(entry, outcome);
+  if (IsStopped()) return Tell(entry, Left());
+  const bool moves = outcome.whereabouts == Whereabouts::kNotOut && !entry.moved;
+  if (moves || outcome.whereabouts == Whereabouts::kNoRoom) {
+    entry.moved = entry.moved || moves;
     ComesBack(entry);
     return Wait(number);
   }
   Outcome last = outcome;
+  last.whereabouts = Whereabouts::kDecided;
   if (last.reply.code / 100 == 4) last.state = State::kDeferred;  // the server asks for another time
   if (!waits_for_way_ || last.reply.code != 0) return Tell(entry, last);
   entry.stage = Entry::Stage::kInDoubt;

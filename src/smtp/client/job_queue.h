@@ -26,9 +26,6 @@ class Breaker {
   int times_ = 0;
 };
 
-// Of a message of which nothing by which a server could have taken it was out when the run was to stop.
-Outcome NotBegun();
-
 // A lane is the place of a connection among those of the run, from 0: one after the other may be there.
 class JobQueue {
  public:
@@ -55,7 +52,7 @@ class JobQueue {
   void Submitted(std::size_t lane = 0);
   // It has had one connection already.
   void Move();
-  // It has this outcome without having been submitted, unless the person stops: then it was not begun.
+  // It has this outcome without having been submitted, unless the person stops: then it is left.
   void Fail(const Outcome& outcome);
   // Whether there are jobs that lost their connection by themselves, or by the loss of the way: who tries to open
   // another one can tell.
@@ -65,17 +62,15 @@ class JobQueue {
   void WayLost();
   // It was not: they have their outcome.
   void WayFound();
-  // All that wait were not begun.
+  // The run is over for all that are not out: those that wait are left, as are those whose connection ends.
   void Leave();
-  // They have this outcome, not begun, and no further one is taken.
+  // Those that wait have this outcome, as not tried, and no further one is taken.
   void GiveUp(Outcome why);
 
-  // Whether the server has not taken a message for certain, and another connection may serve it: one that counts as a
-  // move, one that does not, because nothing of the message went over the last, or only if the way was lost.
-  enum class Again { kNever, kOnce, kAnyway, kIfLost };
-  // The outcome of the first of those that were submitted over that lane. Where the person stops, one that another
-  // connection might serve was not begun.
-  void Settle(std::size_t lane, const Outcome& outcome, Again again);
+  // The outcome of the first of those that were submitted over that lane, by whose whereabouts it goes on: where it may
+  // go again, to another connection once, or any number of times where there was no room for it, or when it is known
+  // whether the way was lost. Where the person stops it is left.
+  void Settle(std::size_t lane, const Outcome& outcome);
 
   // Takes a line of the lane's connection: of the job that has `place` others before it there, or of none. The lines of
   // the oldest job of all are told at once, those of the others before their outcome, so that each job's stand
@@ -106,7 +101,7 @@ class JobQueue {
     std::string lines;  // of none of them
   };
 
-  bool IsStopped() const { return cancel_.Requested() != platform::Stop::kNone; }
+  bool IsStopped() const { return is_over_ || cancel_.Requested() != platform::Stop::kNone; }
   std::size_t PlaceOf(std::uint64_t number) const { return static_cast<std::size_t>(number - first_); }
   Entry& EntryOf(std::uint64_t number) { return entries_[PlaceOf(number)]; }
   // Few are before it: those that its source holds.
@@ -138,6 +133,7 @@ class JobQueue {
   std::optional<platform::Instant> due_;
   bool exhausted_ = false;  // there were no more, and no outcome was told since
   bool given_up_ = false;   // nobody wanted to go on after a refusal, or there is no way to a server
+  bool is_over_ = false;    // Leave was called
   bool told_ = false;       // something since CaughtUp
 };
 

@@ -50,7 +50,7 @@ class JobSource {
   virtual void Finished(Job& job, const Outcome& outcome) = 0;
   // Nothing of what GoesOut told has been sent, and all that the server's replies decided has been told; now more is
   // about to be sent or waited for: the time to put on disk what was told. False where that could not be done: none of
-  // the messages that nothing was sent of goes out, and each has an outcome that was not begun.
+  // the messages that nothing was sent of goes out, and each is left.
   virtual bool CaughtUp() { return true; }
   // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
   // times, with this same outcome. Asked again after as many more. False: no further job is taken.
@@ -58,7 +58,7 @@ class JobSource {
   // There is no way to a server any more: ClientOptions::network_wait has the messages wait until then, when it is
   // tried again.
   virtual void WayLost(const Outcome& /*why*/, platform::Instant /*until*/) {}
-  // It was waited for as long as that says, in vain: no further job is taken, and those that wait were not begun.
+  // It was waited for as long as that says, in vain: no further job is taken, and those that wait are not tried.
   virtual void WayGivenUp(const Outcome& /*why*/) {}
   // A connection is ready for its first message: what its server offers.
   virtual void Connected(const Capabilities& /*offered*/) {}

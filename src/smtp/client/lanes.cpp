@@ -131,11 +131,11 @@ void Lanes::LeaveAll() {
   }
 }
 
-void Lanes::Withdraw(const Outcome& why) {
+void Lanes::Withdraw() {
   is_withdrawn_ = true;
   for (Lane& lane : lanes_) {
     lane.way.reset();
-    if (lane.ready()) lane.connection->Withdraw(why);
+    if (lane.ready()) lane.connection->Withdraw();
   }
 }
 

@@ -30,7 +30,7 @@ class Lanes {
   void Wait(const net::Deadline& back);
 
   // Nothing that has not begun goes out any more.
-  void Withdraw(const Outcome& why);
+  void Withdraw();
   // Says QUIT over those that have not been needed for long, or are not before `due`.
   void LeaveIdle(const std::optional<platform::Instant>& due);
   // Says QUIT over all of them, and waits for that. Every message has its outcome: how QUIT goes is no matter.

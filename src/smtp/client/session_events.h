@@ -29,8 +29,6 @@ struct Event {
   std::size_t place = 0;  // of a log line: how many messages without outcome come before the one that it belongs to
   std::optional<Awaited> asks_for;  // of a line of the client's: the reply that it wants
   Outcome outcome;
-  bool again = false;    // of a message: the server has not taken it for certain, and another connection may serve it
-  bool if_lost = false;  // and that only where the way to the server is lost
 };
 
 // Oldest first.
@@ -43,7 +41,6 @@ class SessionEvents {
     event.text.clear();
     event.place = 0;
     event.asks_for.reset();
-    event.again = event.if_lost = false;
     return event;
   }
   // What the client said (`place` as above), and what the server did.
@@ -67,13 +64,11 @@ class SessionEvents {
   ReusedQueue<Event> events_;
 };
 
-// Why a session ends. `why` is told of the oldest message; `again`: where it is not out, it may go over another
-// connection, as those behind it may. `missing`: what was waited for and did not come, as a sentence (Meaning).
+// Why a session ends. `why` is told of the oldest message; its whereabouts are those of a message that is not out.
+// `missing`: what was waited for and did not come, as a sentence (Meaning).
 struct SessionEnd {
   Outcome why;
-  bool again = false;
   std::string_view missing = {};
-  bool if_lost = false;  // `again` of the oldest, where the way is lost: nobody said anything
 };
 
 }  // namespace quillcast::smtp

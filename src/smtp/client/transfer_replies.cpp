@@ -73,9 +73,8 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
   --transfer.awaited;
   if (BreaksPipelining(command, reply.code)) {
     window_.GiveUpPipelining();
-    end_ = {
-        {State::kFailed, ResultCode::kBadResponse, reply, "The server does not keep the pipelining that it offers."},
-        true};
+    end_ = {{State::kFailed, ResultCode::kBadResponse, reply, "The server does not keep the pipelining that it offers.",
+             Whereabouts::kNotOut}};
     return;
   }
   const bool deferred = reply.code / 100 == 4;
@@ -83,12 +82,13 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
   const bool limit = (IsLimit(command) && deferred) || crowded_;
   if (!limit && (deferred || command == Awaited::kMail)) window_.BeCautious();
   if (command == Awaited::kReset) {
-    end_ = {Refusal(command, reply), true};
+    end_ = {Refusal(command, reply)};
     end_->why.state = State::kFailed;
+    end_->why.whereabouts = Whereabouts::kNotOut;
     return;
   }
   if (!transfer.verdict) transfer.verdict = VerdictOf(MeaningOf(command).refused, reply);
-  transfer.again = transfer.again || limit;
+  if (limit) transfer.whereabouts = Whereabouts::kNotOut;
   if (limit) UseUp(*transfer.verdict);
   SetNextAfterRefusal(transfer, command);
   FinishAnswered();
@@ -124,7 +124,7 @@ void Transfers::UseUp(const Outcome& why) {
     Transfer& transfer = transfers_[n];
     if (transfer.next != Next::kReset) continue;
     transfer.verdict = why;
-    transfer.again = true;
+    transfer.whereabouts = Whereabouts::kNotOut;
     transfer.next = Next::kNothing;
   }
 }
@@ -146,25 +146,28 @@ SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
   const bool is_out = !transfers_.empty() && IsOut(transfers_.front());
   return {{State::kFailed, ResultCode::kConnectionLost, reply,
            is_out ? "The server ended the connection before it answered for the message."
-                  : "The server ended the connection before the message."},
-          true};
+                  : "The server ended the connection before the message.",
+           Whereabouts::kNotOut}};
 }
 
 // A server that makes no sense while it is first asked for several things at once may do well with one at a time.
 SessionEnd Transfers::OnNoSense(std::string_view what) {
   const bool overtaxed = AsksMuch();
   if (overtaxed) window_.GiveUpPipelining();
-  return {NoSense(what), overtaxed};
+  SessionEnd end{NoSense(what)};
+  if (overtaxed) end.why.whereabouts = Whereabouts::kNotOut;
+  return end;
 }
 
-SessionEnd Transfers::OnGivenUp(Outcome why, bool may_wait) {
+SessionEnd Transfers::OnGivenUp(Outcome why) {
   const bool lost = why.code == ResultCode::kConnectionLost;
   const bool late = why.code == ResultCode::kReplyTimeout;
   const bool overtaxed = (lost || late) && AsksMuch() && wire_.awaits();
   if (overtaxed) window_.GiveUpPipelining();
   if ((lost || late) && !transfers_.empty()) window_.BeCautious();
-  const bool if_lost = late && may_wait && !overtaxed;
-  return {std::move(why), lost || overtaxed || if_lost, {}, if_lost};
+  if (late) why.whereabouts = Whereabouts::kSilent;
+  if (lost || overtaxed) why.whereabouts = Whereabouts::kNotOut;
+  return {std::move(why)};
 }
 
 }  // namespace quillcast::smtp

@@ -46,7 +46,8 @@ void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
   transfer.envelope = envelope;
   transfer.message = &message;
   transfer.next = Next::kReset;
-  transfer.open = transfer.ended = transfer.sender_refused = transfer.again = false;
+  transfer.open = transfer.ended = transfer.sender_refused = false;
+  transfer.whereabouts = Whereabouts::kDecided;
   ++submitted_;
   transfer.awaited = 0;
   transfer.verdict = FitEnvelope(transfer.envelope, message, *offered_);
@@ -56,10 +57,11 @@ void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
   FinishAnswered();
 }
 
-void Transfers::Withdraw(const Outcome& why) {
+void Transfers::Withdraw() {
   for (std::size_t n = sending_; n < transfers_.size(); ++n) {
     if (transfers_[n].next != Next::kReset) continue;
-    transfers_[n].verdict = why;
+    transfers_[n].verdict = Left();
+    transfers_[n].whereabouts = Whereabouts::kNotOut;
     transfers_[n].next = Next::kNothing;
   }
   FinishAnswered();
@@ -182,9 +184,7 @@ void Transfers::FinishAnswered() {
       return;
     }
     if (oldest.next != Next::kNothing || oldest.awaited != 0 || !oldest.verdict) return;
-    Event& event = events_.Add(Event::Kind::kOutcome);
-    event.outcome = *oldest.verdict;
-    event.again = oldest.again;
+    events_.Add(Event::Kind::kOutcome).outcome = WithVerdict(oldest);
     Pop();
   }
 }
@@ -199,36 +199,36 @@ void Transfers::Pop() {
 }
 
 void Transfers::Close(const SessionEnd& end) {
-  const bool cancelled = end.why.code == ResultCode::kCancelled;
   for (bool oldest = true; !transfers_.empty(); oldest = false) {
     const Transfer& transfer = transfers_.front();
-    Event& event = events_.Add(Event::Kind::kOutcome);
-    if (transfer.verdict) {
-      event.outcome = *transfer.verdict;
-      event.again = transfer.again;
-    } else {
-      event.outcome = OutcomeAtEnd(transfer, end, oldest);
-      const bool open = !IsOut(transfer) && event.outcome.state == State::kFailed;
-      event.again = open && (cancelled || end.again || !oldest);
-      event.if_lost = event.again && oldest && end.if_lost;
-    }
+    events_.Add(Event::Kind::kOutcome).outcome =
+        transfer.verdict ? WithVerdict(transfer) : OutcomeAtEnd(transfer, end, oldest);
     Pop();
   }
+}
+
+Outcome Transfers::WithVerdict(const Transfer& transfer) const {
+  Outcome outcome = *transfer.verdict;
+  if (transfer.whereabouts != Whereabouts::kDecided) outcome.whereabouts = NotOut();
+  return outcome;
 }
 
 // Of a message without a verdict. Which wait failed is told of the oldest, and of each that is out: it was the reply to
 // its end.
 Outcome Transfers::OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const {
   const bool late = end.why.code == ResultCode::kReplyTimeout;
+  const bool cancelled = end.why.code == ResultCode::kCancelled;
   Outcome outcome{State::kFailed, late ? end.why.code : ResultCode::kConnectionLost, {}, {}};
-  if (oldest || end.why.code == ResultCode::kCancelled) outcome = end.why;
+  if (oldest || cancelled) outcome = end.why;
+  if (!oldest || cancelled || outcome.whereabouts == Whereabouts::kNotOut) outcome.whereabouts = NotOut();
+  if (IsOut(transfer) || outcome.state != State::kFailed) outcome.whereabouts = Whereabouts::kDecided;
   if (IsOut(transfer) && outcome.state == State::kFailed) {
     outcome.state = State::kUnknown;
     const bool waited = outcome.reason.empty() || !end.missing.empty();
     AddSentence(outcome.reason, waited ? MeaningOf(Awaited::kEndOfData).missing : kMayBeTaken);
   } else if (oldest) {
     AddSentence(outcome.reason, end.missing);
-  } else if (end.why.code != ResultCode::kCancelled) {
+  } else if (!cancelled) {
     outcome.reason = kEndedBefore;
   }
   return outcome;

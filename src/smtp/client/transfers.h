@@ -29,7 +29,7 @@ class Transfers {
   // As those of ClientSession.
   bool WantsMessage();
   void Submit(const Envelope& envelope, MessageSource& message);
-  void Withdraw(const Outcome& why);
+  void Withdraw();
   bool UsedUp() const { return used_up_ || submitted_ >= window_.per_connection(); }
   bool empty() const { return transfers_.empty(); }
   std::size_t size() const { return transfers_.size(); }
@@ -52,8 +52,7 @@ class Transfers {
   // What ends it from without: a 421, an answer that makes no sense, and a connection that is lost or silent.
   SessionEnd OnGoodbye(Awaited command, const ServerReply& reply);
   SessionEnd OnNoSense(std::string_view what);
-  // `may_wait`: what is not out may wait for another connection, as a network may be lost without a word.
-  SessionEnd OnGivenUp(Outcome why, bool may_wait = false);
+  SessionEnd OnGivenUp(Outcome why);
 
   // Each message that is left has its outcome; the oldest one the session's.
   void Close(const SessionEnd& end);
@@ -71,8 +70,8 @@ class Transfers {
     std::uint64_t end = 0;    // of the bytes of this connection
     std::size_t awaited = 0;  // its commands without a reply
     bool sender_refused = false;
-    bool again = false;              // with the verdict: another connection may serve it
-    std::optional<Outcome> verdict;  // the first refusal
+    std::optional<Outcome> verdict;                   // the first refusal
+    Whereabouts whereabouts = Whereabouts::kDecided;  // with it
   };
   using Next = Transfer::Next;
 
@@ -87,6 +86,8 @@ class Transfers {
   void FinishAnswered();
   void Pop();
   bool IsOut(const Transfer& transfer) const { return transfer.ended && transfer.end <= wire_.sent(); }
+  Whereabouts NotOut() const { return crowded_ ? Whereabouts::kNoRoom : Whereabouts::kNotOut; }
+  Outcome WithVerdict(const Transfer& transfer) const;
   Outcome OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const;
 
   // transfer_replies.cpp

@@ -39,11 +39,6 @@ inline smtp::Outcome Refused() {
   return {smtp::State::kRefused, smtp::ResultCode::kRecipientRefused, {550, "5.1.1", "no such user"}, ""};
 }
 inline smtp::Outcome Failed() { return {smtp::State::kFailed, smtp::ResultCode::kFileNotOpened, {}, "No such file."}; }
-inline smtp::Outcome NotBegun() {
-  smtp::Outcome outcome{smtp::State::kFailed, smtp::ResultCode::kCancelled, {}, "Stopped."};
-  outcome.begun = false;
-  return outcome;
-}
 
 inline const StateSet kAll = StateSet().set();
 inline const StateSet kLeft = SetOf({ResultState::kNotTried});

@@ -106,7 +106,7 @@ TEST_F(JournalTest, KnowsWhereARecipientIs) {
       if (told == 's') run->Settled(2, Sent(2));
       if (told == 'd') run->Settled(2, Deferred(2));
       if (told == 'f') run->Settled(2, Failed());
-      if (told == 'n') run->Settled(2, NotBegun());
+      if (told == 'n') run->Settled(2, smtp::Left());
       if (told == 'R') Take(run->Record());
       if (told == 'E') Take(run->End());
     }
@@ -272,7 +272,7 @@ TEST_F(JournalTest, KnowsWhoWasToBeTriedAgainAndHowOftenItWas) {
     for (const std::int64_t position : {2, 3, 4, 5}) run->Settled(position, Deferred(position));
     for (const auto& [position, tries] : {std::pair{2, 1}, {3, 14}, {4, 1}}) run->IsTriedAgain(position, tries);
     run->GoesOut(4);  // for another try, which the server did not wait for
-    run->Settled(4, NotBegun());
+    run->Settled(4, smtp::Left());
     run->GoesOut(2);
     run->Settled(2, Deferred(2));
     run->IsTriedAgain(2, 2);

@@ -325,10 +325,10 @@ TEST(ClientConnections, AStopLetsWhatIsUnderWayEndAndNothingBegin) {
         EXPECT_EQ(times, outcome.state == State::kSent ? 1 : 0);
       }
       if (requests == 1) {
-        EXPECT_TRUE(outcome.state == State::kSent || !outcome.begun) << n;
+        EXPECT_TRUE(outcome.state == State::kSent || !outcome.is_decided()) << n;
       }
     }
-    EXPECT_FALSE(letters.outcomes.back().begun);
+    EXPECT_FALSE(letters.outcomes.back().is_decided());
   }
 }
 

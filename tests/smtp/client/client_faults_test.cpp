@@ -76,7 +76,7 @@ TEST(ClientFaults, AtEveryReplyOfAConnection) {
 }
 
 // At every record that fails, over every way of sending: who is written to was recorded before, the others are told as
-// not begun.
+// left.
 TEST(ClientFaults, NobodyIsWrittenToWhoCouldNotBeRecorded) {
   struct Row {
     const char* offers;
@@ -122,9 +122,9 @@ TEST(ClientFaults, NobodyIsWrittenToWhoCouldNotBeRecorded) {
       EXPECT_TRUE(is_recorded);
       ASSERT_EQ(letters.decided, letters.outcomes.size());
       for (std::size_t n = 0; n < letters.outcomes.size(); ++n) {
-        EXPECT_EQ(letters.outcomes[n].begun, (written_to >> n & 1) == 1) << n;
+        EXPECT_EQ(letters.outcomes[n].is_decided(), (written_to >> n & 1) == 1) << n;
       }
-      with_all += letters.outcomes.size() == row.letters && letters.outcomes.back().begun ? 1 : 0;
+      with_all += letters.outcomes.size() == row.letters && letters.outcomes.back().is_decided() ? 1 : 0;
       EXPECT_TRUE(fails_at > 1 || written_to == 0);
     }
     EXPECT_GT(with_all, 0);
@@ -225,7 +225,7 @@ TEST(ClientFaults, StopsForThePerson) {
     std::size_t outcomes;
     State state;
     ResultCode code;
-    bool begun;
+    bool is_decided;
   };
   using enum ResultCode;
   constexpr std::size_t kNever = 9;
@@ -250,15 +250,16 @@ TEST(ClientFaults, StopsForThePerson) {
     ASSERT_EQ(letters.outcomes.size(), c.outcomes);
     EXPECT_EQ(letters.outcomes.back().state, c.state);
     EXPECT_EQ(letters.outcomes.back().code, c.code);
-    EXPECT_EQ(letters.outcomes.back().begun, c.begun);
+    EXPECT_EQ(letters.outcomes.back().is_decided(), c.is_decided);
   }
 }
 
-// Whatever ends the connection, before the stop or behind it: only whose end is out is in doubt, and whoever is not out
-// was not begun, so that whoever goes on with the run comes to them.
+// Whatever ends the connection, before the stop or behind it, by a word or by silence: only whose end is out is in
+// doubt, and whoever is not out is left, so that whoever goes on with the run comes to them.
 TEST(ClientFaults, AStopPassesOverNobody) {
-  enum class Order { kStopThenLoss, kStopThenStop, kLossThenStop };
-  for (const Order order : {Order::kStopThenLoss, Order::kStopThenStop, Order::kLossThenStop}) {
+  enum class Order { kStopThenLoss, kStopThenStop, kStopThenSilence, kLossThenStop };
+  for (const Order order :
+       {Order::kStopThenLoss, Order::kStopThenStop, Order::kStopThenSilence, Order::kLossThenStop}) {
     for (const auto wait : {std::chrono::hours(0), std::chrono::hours(1)}) {
       for (int at = 2; at <= 5; ++at) {
         SCOPED_TRACE(testing::Message() << static_cast<int>(order) << " at reply " << at << ", wait " << wait.count());
@@ -268,15 +269,16 @@ TEST(ClientFaults, AStopPassesOverNobody) {
           if (number == 0) Serve(peer, at, Fault::kHangUp, taken);
           if (number == 0 && order == Order::kLossThenStop) return;
           cancel.Request();
-          if (order == Order::kStopThenStop) cancel.Request(), peer.Stall();
+          if (order == Order::kStopThenStop) cancel.Request();
+          if (order == Order::kStopThenStop || order == Order::kStopThenSilence) peer.Stall();
         });
         ClientOptions options = OptionsFor(server.port());
         options.network_wait = wait;
-        options.timeout = std::chrono::seconds(30);
+        options.timeout = std::chrono::seconds(order == Order::kStopThenSilence ? 1 : 30);
         Letters letters(1);
         SendAll(options, letters, cancel);
         ASSERT_EQ(letters.outcomes.size(), 1U);
-        EXPECT_EQ(letters.outcomes[0].begun, at == 5);
+        EXPECT_EQ(letters.outcomes[0].is_decided(), at == 5);
         EXPECT_EQ(letters.outcomes[0].state, at == 5 ? State::kUnknown : State::kFailed);
       }
     }

@@ -63,7 +63,8 @@ inline void Listen(ClientSession& session, Told& told) {
         break;
       case Event::Kind::kOutcome:
         told.outcomes.push_back(event->outcome);
-        told.again.push_back(event->again);
+        told.again.push_back(event->outcome.whereabouts == Whereabouts::kNotOut ||
+                             event->outcome.whereabouts == Whereabouts::kNoRoom);
         break;
       case Event::Kind::kClosed:
         told.closed = event->outcome;

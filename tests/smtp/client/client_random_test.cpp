@@ -196,11 +196,7 @@ class Wires {
 
   void TakeEvents(Wire& wire) {
     while (const Event* event = wire.session->NextEvent()) {
-      using enum JobQueue::Again;
-      if (event->kind == Event::Kind::kOutcome) {
-        const auto again = !event->again ? kNever : wire.session->crowded() ? kAnyway : kOnce;
-        jobs_.Settle(LaneOf(wire), event->outcome, again);
-      }
+      if (event->kind == Event::Kind::kOutcome) jobs_.Settle(LaneOf(wire), event->outcome);
       if (event->kind == Event::Kind::kClosed) wire.end = event->outcome;
       if (event->kind == Event::Kind::kReady) {
         wire.ready = true;

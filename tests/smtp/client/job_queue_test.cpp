@@ -12,6 +12,12 @@ Outcome Refused(ResultCode code, int reply, State state = State::kRefused) {
   return {state, code, {reply, "5.7.1", "no"}, {}};
 }
 
+Outcome WithWhereabouts(Whereabouts whereabouts) {
+  return {State::kFailed, ResultCode::kConnectionLost, {}, {}, whereabouts};
+}
+
+const Outcome kHungUp = WithWhereabouts(Whereabouts::kNotOut);
+
 TEST(Breaker, AsksOnceTheSameRefusalHasComeOftenEnough) {
   struct Case {
     Outcome outcome;
@@ -52,24 +58,24 @@ TEST(Breaker, CountsOnlyTheSameInARow) {
 // Over one more connection; where a way may be lost, what fails then waits until it is known whether it was.
 TEST(JobQueue, MovesAMessageOnceForEachLoss) {
   enum class Found { kNothing, kLost, kThere, kStop };
-  using enum JobQueue::Again;
+  using enum Whereabouts;
   struct Case {
     const char* what;
     bool waits_for_way;
-    std::vector<JobQueue::Again> losses;
+    std::vector<Whereabouts> losses;
     Found found;
-    std::string told;  // n not begun, f failed, "" nothing yet
+    std::string told;  // n not tried, f failed, "" nothing yet
   };
   for (const Case& c :
-       std::initializer_list<Case>{{"once", false, {kOnce}, Found::kNothing, ""},
-                                   {"twice", false, {kOnce, kOnce}, Found::kNothing, "f"},
-                                   {"twice, and who knows why", true, {kOnce, kOnce}, Found::kNothing, ""},
-                                   {"by itself", true, {kOnce, kOnce}, Found::kThere, "f"},
-                                   {"by the way", true, {kOnce, kOnce}, Found::kLost, ""},
-                                   {"by silence, and who knows why", true, {kIfLost}, Found::kNothing, ""},
-                                   {"by its silence", true, {kIfLost}, Found::kThere, "f"},
-                                   {"by the silence of the way", true, {kIfLost}, Found::kLost, ""},
-                                   {"a stop comes before that is known", true, {kIfLost}, Found::kStop, "n"}}) {
+       std::initializer_list<Case>{{"once", false, {kNotOut}, Found::kNothing, ""},
+                                   {"twice", false, {kNotOut, kNotOut}, Found::kNothing, "f"},
+                                   {"twice, and who knows why", true, {kNotOut, kNotOut}, Found::kNothing, ""},
+                                   {"by itself", true, {kNotOut, kNotOut}, Found::kThere, "f"},
+                                   {"by the way", true, {kNotOut, kNotOut}, Found::kLost, ""},
+                                   {"by silence, and who knows why", true, {kSilent}, Found::kNothing, ""},
+                                   {"by its silence", true, {kSilent}, Found::kThere, "f"},
+                                   {"by the silence of the way", true, {kSilent}, Found::kLost, ""},
+                                   {"a stop comes before that is known", true, {kSilent}, Found::kStop, "n"}}) {
     SCOPED_TRACE(c.what);
     const platform::CancelToken cancel;
     Letters letters(1);
@@ -78,19 +84,19 @@ TEST(JobQueue, MovesAMessageOnceForEachLoss) {
     for (const auto again : c.losses) {
       ASSERT_NE(queue.Next(), nullptr);
       queue.Submitted();
-      queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, again);
+      queue.Settle(0, WithWhereabouts(again));
     }
     if (c.found == Found::kLost) queue.WayLost();
     if (c.found == Found::kThere) queue.WayFound();
     if (c.found == Found::kStop) queue.Leave();
     std::string told;
-    for (const Outcome& outcome : letters.outcomes) told += outcome.begun ? 'f' : 'n';
+    for (const Outcome& outcome : letters.outcomes) told += outcome.is_decided() ? 'f' : 'n';
     EXPECT_EQ(told, c.told);
     EXPECT_EQ(queue.empty(), !c.told.empty());
     if (c.found != Found::kLost) continue;
     ASSERT_NE(queue.Next(), nullptr) << "it goes again";
     queue.Submitted();
-    queue.Settle(0, {State::kFailed, ResultCode::kConnectionLost, {}, {}}, kOnce);
+    queue.Settle(0, kHungUp);
     EXPECT_TRUE(letters.outcomes.empty()) << "and may lose its connection once more";
   }
 }
@@ -111,7 +117,6 @@ class HeldLetters final : public Letters {
 // Whoever came back, or waited for the way, goes once the source says so; meanwhile those behind go whom it lets go.
 TEST(JobQueue, AsksBeforeOneGoesThatCouldNotGo) {
   using enum Passage;
-  const Outcome lost{State::kFailed, ResultCode::kConnectionLost, {}, {}};
   const platform::CancelToken cancel;
   HeldLetters letters(3);
   JobQueue queue(cancel);
@@ -121,8 +126,8 @@ TEST(JobQueue, AsksBeforeOneGoesThatCouldNotGo) {
   Job* const second = queue.Next();
   queue.Submitted();
   EXPECT_EQ(letters.asked, "") << "they are new";
-  queue.Settle(0, lost, JobQueue::Again::kOnce);
-  queue.Settle(0, lost, JobQueue::Again::kOnce);
+  queue.Settle(0, kHungUp);
+  queue.Settle(0, kHungUp);
   letters.due = platform::Instant(std::chrono::seconds(7));
   EXPECT_EQ(queue.Next(), nullptr);
   EXPECT_FALSE(queue.has_next());
@@ -147,16 +152,15 @@ TEST(JobQueue, AsksBeforeOneGoesThatCouldNotGo) {
   letters.passages[0] = kHeld;
   EXPECT_EQ(queue.Next(), nullptr);
   queue.Leave();
-  queue.Settle(0, lost, JobQueue::Again::kNever);
-  queue.Settle(0, lost, JobQueue::Again::kNever);
+  queue.Settle(0, kHungUp);
+  queue.Settle(0, kHungUp);
   ASSERT_EQ(letters.outcomes.size(), 3U) << "who is held is left as well";
-  EXPECT_FALSE(letters.outcomes[0].begun);
+  EXPECT_FALSE(letters.outcomes[0].is_decided());
 }
 
 // Those of a connection that was lost go before new ones, in the order taken; each is told in that order.
 TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
   const Outcome sent{State::kSent, ResultCode::kSuccess, {}, {}};
-  const Outcome lost{State::kFailed, ResultCode::kConnectionLost, {}, {}};
   const platform::CancelToken cancel;
   Letters letters(6);
   JobQueue queue(cancel, 3);
@@ -169,10 +173,10 @@ TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
   queue.TellLine(0, 0, "of r0");
   queue.TellLine(1, 1, "of r3");
   queue.TellLine(1, 2, "of none");
-  queue.Settle(1, lost, JobQueue::Again::kOnce);   // r1
-  queue.Settle(1, sent, JobQueue::Again::kNever);  // r3
+  queue.Settle(1, kHungUp);  // r1
+  queue.Settle(1, sent);     // r3
   queue.EndLines(1);
-  queue.Settle(0, lost, JobQueue::Again::kAnyway);  // r0
+  queue.Settle(0, WithWhereabouts(Whereabouts::kNoRoom));  // r0
   EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0"}));
   EXPECT_EQ(recipient(), "r0");
   queue.Submitted(2);
@@ -181,17 +185,17 @@ TEST(JobQueue, KeepsTheOrderOverSeveralConnections) {
   EXPECT_EQ(recipient(), "r5");
   EXPECT_FALSE(queue.HasOldest(0));
   EXPECT_FALSE(queue.HasOldest(2));
-  queue.Settle(2, sent, JobQueue::Again::kNever);  // r4
+  queue.Settle(2, sent);  // r4
   EXPECT_TRUE(queue.HasOldest(2));
   EXPECT_TRUE(letters.outcomes.empty());
-  queue.Settle(2, lost, JobQueue::Again::kOnce);  // r0: what did not count is not held against it
+  queue.Settle(2, kHungUp);  // r0: what did not count is not held against it
   EXPECT_EQ(recipient(), "r0");
   queue.Submitted(1);
-  queue.Settle(1, sent, JobQueue::Again::kNever);
+  queue.Settle(1, sent);
   EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0", "of none"}));
-  queue.Settle(2, lost, JobQueue::Again::kOnce);   // r1, for the second time
-  queue.Settle(0, sent, JobQueue::Again::kNever);  // r2
-  EXPECT_EQ(letters.outcomes.size(), 5U);          // r5 was not submitted
+  queue.Settle(2, kHungUp);                // r1, for the second time
+  queue.Settle(0, sent);                   // r2
+  EXPECT_EQ(letters.outcomes.size(), 5U);  // r5 was not submitted
   EXPECT_EQ(letters.outcomes[1].state, State::kFailed);
   EXPECT_EQ(letters.log, (std::vector<std::string>{"of r0", "of none", "of r3"}));
 }
@@ -209,13 +213,13 @@ TEST(JobQueue, GoesSoFarAheadOfTheOldestAndNoFurther) {
   const auto take_all = [&] {
     for (; queue.Next() != nullptr; ++taken) {
       queue.Submitted(1);
-      queue.Settle(1, sent, JobQueue::Again::kNever);
+      queue.Settle(1, sent);
     }
   };
   take_all();
   EXPECT_EQ(taken, JobQueue::kMostAhead);
   EXPECT_TRUE(letters.outcomes.empty());
-  queue.Settle(0, sent, JobQueue::Again::kNever);
+  queue.Settle(0, sent);
   EXPECT_EQ(letters.outcomes.size(), JobQueue::kMostAhead);
   take_all();
   EXPECT_EQ(taken, JobQueue::kMostAhead + 10);

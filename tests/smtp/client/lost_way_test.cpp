@@ -58,7 +58,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
                               // '^' takes three and is silent then, 'h' says what is no SMTP, 'm' hangs up at MAIL,
                               // 's' greets late and takes all, 'S' does and is silent
     std::chrono::seconds wait;
-    std::string states;  // s sent, f failed, d deferred, n not begun
+    std::string states;  // s sent, f failed, d deferred, n not tried
     int times_lost;
     bool cancels = false;
     bool was_there = false;
@@ -111,7 +111,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     EXPECT_LT(clock.Monotonic() - began, 20s);
     std::string states;
     for (const Outcome& outcome : letters.outcomes) {
-      states.push_back(outcome.begun ? Name(outcome.state)[0] : 'n');
+      states.push_back(outcome.is_decided() ? Name(outcome.state)[0] : 'n');
     }
     EXPECT_EQ(states, c.states);
     EXPECT_EQ(letters.times_lost, c.times_lost);
