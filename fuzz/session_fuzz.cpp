@@ -176,7 +176,7 @@ class Conversation {
         session_->GiveUp({State::kFailed, ResultCode::kCancelled, {}, {}});
         break;
       case 7:
-        session_->Withdraw({State::kFailed, ResultCode::kCancelled, {}, {}});
+        session_->Withdraw();
         break;
       default:  // what was said comes in one piece
         break;
@@ -238,9 +238,9 @@ class Conversation {
     const Outcome& outcome = event.outcome;
     const bool out = wire_.IsOut(letters_[judged_++]);
     if (outcome.state == State::kSent) Require(out && outcome.reply.code / 100 == 2);
-    if (outcome.state == State::kUnknown) Require(out && !event.again);
+    if (outcome.state == State::kUnknown) Require(out && outcome.is_decided());
     if (outcome.state == State::kRefused) Require(outcome.reply.code / 100 == 5 || outcome.reply.code == 0);
-    if (event.again) Require(!out || outcome.reply.code / 100 == 4 || outcome.reply.code / 100 == 5);
+    if (!outcome.is_decided()) Require(!out || outcome.reply.code / 100 == 4 || outcome.reply.code / 100 == 5);
   }
 
   void Check() {
