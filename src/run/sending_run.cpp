@@ -10,6 +10,7 @@
 #include "run/partial_range.h"
 #include "run/pre_flight.h"
 #include "run/results_in_order.h"
+#include "run/run_telling.h"
 #include "run/slow_down.h"
 #include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
@@ -43,13 +44,6 @@ struct Letter : smtp::Job {
   bool is_out = false;
 };
 
-// Somebody whom the run did not come to any more, though the row was taken.
-struct Left {
-  std::int64_t position = 0;
-  std::string address;
-  ResultState stays = ResultState::kNotTried;
-};
-
 // Takes the rows of the group one by one, from the store to the wire to the report.
 class Run final : public smtp::JobSource {
  public:
@@ -58,11 +52,12 @@ class Run final : public smtp::JobSource {
         listener_(listener),
         history_(std::move(entry.base)),
         copy_(std::move(entry.message)),
-        report_(
-            std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); },
-            parts.carrier.delivery()),
         range_(parts.range.value_or(PartialRange{1, parts.recipients})),
-        retries_(parts.retries, parts.clock) {
+        retries_(parts.retries, parts.clock),
+        telling_(RunReport(
+                     std::move(entry.report), [&listener](std::string_view line) { listener.ReportLine(line); },
+                     parts.carrier.delivery()),
+                 listener, summary_, order_, parts.turns == nullptr ? nullptr : &retries_) {
     if (parts.slow_down) slow_down_.emplace(parts.clock);
   }
 
@@ -81,12 +76,10 @@ class Run final : public smtp::JobSource {
   void WayGivenUp(const smtp::Outcome& why) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override;
-  void Waiting() override { Flush(); }
-  void Progress(std::uint64_t sent, std::uint64_t total) override { TellProgress(sent, total); }
+  void Waiting() override { telling_.Flush(); }
+  void Progress(std::uint64_t sent, std::uint64_t total) override { telling_.Progress(InRange(), sent, total); }
 
  private:
-  std::int64_t Done() const { return summary_.sent + summary_.failed; }
-  void TellProgress(std::uint64_t sent, std::uint64_t size);
   void TellWait(const Sentence& why, Moment until);
   std::int64_t InRange() const { return run_ ? run_->size() : SizeOf(range_); }
   bool IsCancelled() const { return parts_.cancel.Requested() != platform::Stop::kNone; }
@@ -104,14 +97,9 @@ class Run final : public smtp::JobSource {
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
   void KeepFirstMessage(const message::RenderedMessage& message);
   void TellThoseReady();
-  void Tell(const RecipientInOrder& recipient);
-  void Settle(const RecipientInOrder& recipient);
-  bool DeferRetry(const RecipientInOrder& recipient);
-  void Flush();
   void Record();
   void End();
   void NameThoseNotTried();
-  void NotTried(const Left& left);
   void KeepRefusal(const RecipientInOrder& recipient);
   void LeaveThoseRefused();
   void TellAboutPictures();
@@ -120,22 +108,20 @@ class Run final : public smtp::JobSource {
   RunListener& listener_;
   const std::string history_;         // the run's base name there
   const std::filesystem::path copy_;  // of the first message
-  RunReport report_;
   PartialRange range_;
   RunSummary summary_;
-  std::int64_t progress_told_ = 0;
   std::unique_ptr<JournalledRun> run_;           // none where it could not begin; then, where they can be read:
   std::unique_ptr<recipients::RowSource> rows_;  // those who are left
   std::optional<recipients::RowWalk> walk_;      // over rows_
   bool unreadable_ = false;                      // a row
   ResultsInOrder order_;
   Retries retries_;
+  RunTelling telling_;
   std::optional<SlowDown> slow_down_;
-  std::int64_t not_out_ = 0;       // of those with the carrier
-  bool held_ = false;              // by a person, when NextJob was asked last
-  bool held_up_ = false;           // by it, when NextJob was asked last
+  std::int64_t not_out_ = 0;  // of those with the carrier
+  // What those who are next wait for, by what was found when one was asked for last.
+  enum class Waits { kForTurn, kForPerson, kForServer } waits_ = Waits::kForTurn;
   std::int64_t taken_ = 0;         // of the list
-  bool lines_told_ = false;        // in the report: of the first with the carrier, whose result comes right behind them
   std::optional<InTurn> in_turn_;  // over run_
   bool broken_ = false;            // the journal
   recipients::Recipient row_;
@@ -144,7 +130,6 @@ class Run final : public smtp::JobSource {
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
   std::deque<Letter*> with_carrier_;  // in the order in which it took them
-  std::vector<Left> left_;            // by a stop
   std::vector<Retry> refused_alike_;  // the last in a row, by what is the account's fault and not theirs
   smtp::ResultCode refused_by_ = smtp::ResultCode::kSuccess;
   bool refused_too_often_ = false;  // nobody wanted to go on
@@ -154,12 +139,12 @@ class Run final : public smtp::JobSource {
 };
 
 RunSummary Run::Execute() {
-  report_.Started();
+  telling_.report().Started();
   if (!Begin()) OpenThoseLeft();  // not frozen, no run; but who is in the group can still be told
-  report_.SendingTo(InRange(), parts_.range && InRange() > 0 ? std::optional(range_) : parts_.range);
-  TellProgress(0, 0);
+  telling_.report().SendingTo(InRange(), parts_.range && InRange() > 0 ? std::optional(range_) : parts_.range);
+  telling_.Progress(InRange(), 0, 0);
   TellAboutPictures();
-  Flush();  // what cannot be recorded is not begun
+  telling_.Flush();  // what cannot be recorded is not begun
   if (run_) parts_.carrier.Carry(*this);
   if (!summary_.stopped) summary_.stopped = parts_.carrier.trouble();
   NameThoseNotTried();
@@ -167,8 +152,8 @@ RunSummary Run::Execute() {
   summary_.history = history_;
   summary_.delivery = parts_.carrier.delivery();
   summary_.cancelled = IsCancelled() && summary_.not_tried + summary_.retries_left > 0;
-  report_.Completed(summary_);
-  Flush();
+  telling_.report().Completed(summary_);
+  telling_.Flush();
   return summary_;
 }
 
@@ -180,6 +165,7 @@ bool Run::Begin() {
   }
   run_ = std::move(*run);
   summary_.run = run_->id();
+  telling_.Began(*run_);
   in_turn_.emplace(*run_, parts_.turns, order_, retries_);
   TakeSize();
   return true;
@@ -227,8 +213,7 @@ bool Run::NextLeft() {
 smtp::Job* Run::NextJob() {
   if (free_letters_.empty()) free_letters_.push_back(letters_.emplace_back(std::make_unique<Letter>()).get());
   Letter* letter = free_letters_.back();
-  held_up_ = false;
-  while (MayGoOn() && !IsHeld() && !IsHeldUp() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
+  while (MayGoOn() && !IsHeld() && NextOf(in_turn_->Next(row_, position_, letter->turn))) {
     if (order_.At(position_).tries == 1) ++taken_;
     auto failure = RenderRow(*letter);
     if (!failure) {
@@ -248,30 +233,25 @@ smtp::Job* Run::NextJob() {
   return nullptr;
 }
 
-void Run::TellProgress(std::uint64_t sent, std::uint64_t size) {
-  progress_told_ = Done();
-  listener_.Progress(progress_told_, InRange(), sent, size);
-}
-
 void Run::TellWait(const Sentence& why, Moment until) {
-  if (progress_told_ != Done()) TellProgress(0, 0);  // no message is under way that would bring it up to date
+  telling_.CatchUpProgress(InRange());
   listener_.Waits(why, until);
 }
 
-// A run that comes to nobody any more has nothing to hold.
+// A run that comes to nobody any more has nothing to hold, and does not wait for a server.
 bool Run::IsHeld() {
-  const bool held = !IsNobodyLeft() && listener_.IsHeld();
-  if (std::exchange(held_, held) && !held) listener_.LetGo();
-  return held;
+  const bool has_more = !IsNobodyLeft();
+  const bool by_person = has_more && listener_.IsHeld();
+  if (waits_ == Waits::kForPerson && !by_person) listener_.LetGo();
+  waits_ = by_person ? Waits::kForPerson : IsHeldUp() && has_more ? Waits::kForServer : Waits::kForTurn;
+  return waits_ != Waits::kForTurn;
 }
 
 // The server asked for fewer messages, and the next one is not due yet.
 bool Run::IsHeldUp() {
   if (!slow_down_) return false;
   if (const auto faster = slow_down_->GoFaster()) listener_.Note(*faster);
-  // A run that comes to nobody any more does not wait for that.
-  held_up_ = !IsNobodyLeft() && slow_down_->Due() > parts_.clock.Monotonic();
-  return held_up_;
+  return slow_down_->Due() > parts_.clock.Monotonic();
 }
 
 std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sentence& why) {
@@ -283,12 +263,13 @@ std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sen
 // By what NextJob found: what was not due then may be so by now, and is still to come.
 std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
-  if (held_) {
-    if (progress_told_ != Done()) TellProgress(0, 0);
+  if (waits_ == Waits::kForPerson) {
+    telling_.CatchUpProgress(InRange());
     listener_.Held(std::ssize(with_carrier_));
     return parts_.clock.Monotonic() + kHeldFor;  // soon: the connections are kept as in any short wait
   }
-  if (held_up_) return WaitUntil(slow_down_->Due().value_or(parts_.clock.Monotonic()), slow_down_->Why());
+  if (waits_ == Waits::kForServer)
+    return WaitUntil(slow_down_->Due().value_or(parts_.clock.Monotonic()), slow_down_->Why());
   const auto wait = in_turn_->TakeWait();
   const auto turn = wait ? std::optional(parts_.turns->InstantOf(wait->until)) : std::nullopt;
   const bool for_a_domain = wait && wait->why == PaceRule::kDomain;  // which a retry to another does not wait for
@@ -344,9 +325,8 @@ void Run::ComesBack(smtp::Job& job) {
 // As anybody else who is next. What ends a run decides of those whom it took as well.
 smtp::Passage Run::MayGo(smtp::Job& job) {
   using enum smtp::Passage;
-  held_up_ = false;
   if (!MayGoOn()) return kFree;
-  if (IsHeld() || IsHeldUp()) return kAllHeld;
+  if (IsHeld()) return kAllHeld;
   auto& letter = static_cast<Letter&>(job);
   if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
   const smtp::Passage passage = in_turn_->TakesTurn(letter.turn);
@@ -369,13 +349,8 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   if (const auto slower = slow_down_->Decided(outcome)) listener_.Note(*slower);
 }
 
-// It belongs to the first of those with the carrier.
 void Run::LogLine(std::string_view line) {
-  if (with_carrier_.empty()) return report_.LogLine(line);
-  const std::int64_t position = with_carrier_.front()->position;
-  lines_told_ = order_.IsNext(position);
-  if (lines_told_) return report_.LogLine(line);
-  order_.At(with_carrier_.front()->position).log.append(line).push_back('\n');
+  telling_.LogLine(line, with_carrier_.empty() ? std::nullopt : std::optional(with_carrier_.front()->position));
 }
 
 void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
@@ -385,72 +360,22 @@ void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   recipient.outcome = outcome;
   if (outcome.is_decided()) KeepRefusal(recipient);
   with_carrier_.pop_front();
-  lines_told_ = false;
+  telling_.EndLines();
   free_letters_.push_back(&letter);
   TellThoseReady();
 }
 
 void Run::TellThoseReady() {
-  if (lines_told_) return;
-  bool failed_here = false;
-  while (const auto again = order_.TakeTriedAgain()) {
-    failed_here = failed_here || again->stage == RecipientInOrder::Stage::kFailedHere;
-    Tell(*again);
-  }
-  for (; order_.IsReady(); order_.Pop()) {
-    failed_here = failed_here || order_.First().stage == RecipientInOrder::Stage::kFailedHere;
-    Tell(order_.First());
-  }
-  if (failed_here && with_carrier_.empty()) CaughtUp();
-}
-
-// Behind one that was left the run had ended, so that nobody fails there. Who was to be tried again and was not keeps
-// the result that was told.
-void Run::Tell(const RecipientInOrder& recipient) {
-  const bool failed_here = recipient.stage == RecipientInOrder::Stage::kFailedHere;
-  if (recipient.stage == RecipientInOrder::Stage::kLeft && recipient.tries > 1) return;
-  if (recipient.stage == RecipientInOrder::Stage::kLeft || (failed_here && !left_.empty())) {
-    left_.push_back({recipient.position, recipient.address, recipient.before.state});
-    return;
-  }
-  if (failed_here) run_->Settled(recipient.position, recipient.outcome);
-  report_.LogLines(recipient.log);
-  if (recipient.subject_not_encoded) report_.SubjectNotEncoded();
-  Settle(recipient);
-}
-
-void Run::Settle(const RecipientInOrder& recipient) {
-  if (recipient.tries > 1) {
-    --summary_.failed;
-    --summary_.retries_left;
-  }
-  if (recipient.outcome.state == smtp::State::kSent) {
-    ++summary_.sent;
-    report_.Sent();
-  } else {
-    ++summary_.failed;
-    if (recipient.outcome.state == smtp::State::kUnknown) ++summary_.unknown;
-    report_.Failed(recipient.outcome);
-  }
-  const bool again = DeferRetry(recipient);
-  if (again) ++summary_.retries_left;
-  listener_.Finished({recipient.position, recipient.address, recipient.outcome, recipient.tries, again});
-}
-
-bool Run::DeferRetry(const RecipientInOrder& recipient) {
-  if (parts_.turns == nullptr || !Retries::IsWorthAnother(recipient.outcome)) return false;
-  const auto address = smtp::EnvelopeAddress(recipient.address);
-  return address &&
-         retries_.Defer({recipient.position, DomainOf(address->domain()), recipient.tries, recipient.before.tries});
+  if (telling_.TellThoseReady() && with_carrier_.empty()) CaughtUp();
 }
 
 // One write for all results that came together, before anything more is sent: after a kill report and journal still
 // know everybody whose result this process knew when it last spoke to the server, and the journal who was under way.
 bool Run::CaughtUp() {
   Record();
-  Flush();
+  telling_.Flush();
   if (parts_.turns != nullptr && !broken_) parts_.turns->Record();  // the last, as near to the first octet as can be
-  return !broken_ && !report_.trouble();
+  return !broken_ && !telling_.report().trouble();
 }
 
 void Run::Record() {
@@ -467,11 +392,6 @@ void Run::End() {
   if (!ended && !summary_.stopped) summary_.stopped = ended.error();
 }
 
-void Run::Flush() {
-  report_.Flush();
-  if (report_.trouble() && !summary_.stopped) summary_.stopped = report_.trouble();
-}
-
 void Run::Connected(const smtp::Capabilities& offered) {
   if (told_of_notices_ || offered.dsn || !parts_.message.asks_for_notice()) return;
   told_of_notices_ = true;
@@ -485,7 +405,7 @@ void Run::WayGivenUp(const smtp::Outcome& why) {
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
-  Flush();  // who is asked may read it
+  telling_.Flush();  // who is asked may read it
   if (listener_.GoOn(refusal, times)) return true;
   refused_too_often_ = true;
   LeaveThoseRefused();
@@ -514,19 +434,12 @@ void Run::LeaveThoseRefused() {
 void Run::NameThoseNotTried() {
   order_.LeaveTheWaiting();
   TellThoseReady();
-  for (const Left& left : left_) NotTried(left);
-  while (NextLeft()) NotTried({position_, row_.email(), run_ ? run_->before().state : ResultState::kNotTried});
+  telling_.TellThoseLeft();
+  while (NextLeft()) telling_.NotTried({position_, row_.email(), run_ ? run_->before().state : ResultState::kNotTried});
   if ((run_ || walk_) && !unreadable_) return;
-  summary_.not_tried = InRange() - Done();
+  summary_.not_tried = InRange() - summary_.sent - summary_.failed;
   summary_.last = range_.last;
   summary_.first_left = range_.last - summary_.not_tried + 1;
-}
-
-void Run::NotTried(const Left& left) {
-  if (++summary_.not_tried == 1) summary_.first_left = left.position;
-  summary_.last = left.position;
-  if (left.stays == ResultState::kNotTried) return listener_.NotTried(left.position, left.address);
-  listener_.NotTriedAgain(left.position, left.address, left.stays);
 }
 
 // The first that can be kept: what keeps one out (its size, a disk that is full for a moment) may let the next one in.
@@ -542,7 +455,7 @@ void Run::KeepFirstMessage(const message::RenderedMessage& message) {
 void Run::TellAboutPictures() {
   const auto& troubles = parts_.message.picture_troubles();
   if (troubles.empty()) return;
-  report_.BodyNotLoaded(troubles.front().code);  // the body is loaded once and has one result
+  telling_.report().BodyNotLoaded(troubles.front().code);  // the body is loaded once and has one result
   for (const auto& trouble : troubles) {
     listener_.Note(message::GoesWithout(trouble));
   }
