@@ -1,7 +1,7 @@
 #include "run/sent_before.h"
 
 #include "platform/text.h"
-#include "run/frozen_text.h"
+#include "run/frozen/frozen_text.h"
 #include "run/kept_runs.h"
 #include "run/run_words.h"
 

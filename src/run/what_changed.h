@@ -9,7 +9,7 @@
 #include "account/account_settings.h"
 #include "document/message_document.h"
 #include "platform/sentence.h"
-#include "run/frozen_inputs.h"
+#include "run/frozen/frozen_inputs.h"
 
 namespace quillcast::run {
 

@@ -27,7 +27,7 @@
 #include "platform/file.h"
 #include "platform/text.h"
 #include "recipients/import/recipient_import.h"
-#include "run/frozen_pace.h"
+#include "run/frozen/frozen_pace.h"
 #include "run/kept_runs.h"
 #include "smtp/mailbox/running_mailbox.h"
 

@@ -40,7 +40,8 @@ ORDER = {
     "domain/sender": "domain account profile net net/dns",
     "mail_file": "message document profile mime html charset",
     "run/journal": "recipients smtp",
-    "run": "run/journal run/pace account message document domain domain/sender mail_file profile recipients recipients/edit"
+    "run/frozen": "run/journal run/pace account message document recipients",
+    "run": "run/frozen run/journal run/pace account message document domain domain/sender mail_file profile recipients recipients/edit"
     " recipients/export html smtp smtp/client",
     "support": "run account message document mail_file profile net smtp",
     "help": "html profile recipients",
@@ -50,7 +51,7 @@ ORDER = {
     "desktop/document": "desktop/widgets document profile html recipients",
     "desktop/account": "desktop/widgets account account/import run/pace profile smtp smtp/client smtp/mailbox",
     "desktop/recipients": "desktop/widgets recipients recipients/import recipients/export recipients/edit profile",
-    "desktop/run": "desktop/widgets desktop/document desktop/account run run/journal run/pace account message document recipients profile smtp",
+    "desktop/run": "desktop/widgets desktop/document desktop/account run run/frozen run/journal run/pace account message document recipients profile smtp",
     "desktop/mail_file": "desktop/widgets mail_file message document profile",
     "desktop/domain": "desktop/widgets domain domain/connection domain/sender net account profile smtp",
     "desktop/support": "desktop/widgets support run account profile smtp",

@@ -1,6 +1,6 @@
 // Messages made of inputs that were frozen and thawed are those made before, to the octet, whatever became of the files
 // and the account meanwhile; and the frozen text is taken from nobody who did not write it.
-#include "run/frozen_inputs.h"
+#include "run/frozen/frozen_inputs.h"
 
 #include <gtest/gtest.h>
 
@@ -339,7 +339,7 @@ TEST_F(FrozenInputs, RefuseTextThatIsNotTheirs) {
   inputs_.document.html = "<img src=a.gif><img src=gone.gif><img src='ROOT/home/left.gif'>";
   inputs_.document.html = platform::ReplaceAll(inputs_.document.html, "ROOT", files_.path().string());
   inputs_.document.text = "text";
-  inputs_.range = PartialRange{2, 3};
+  inputs_.range = recipients::PartialRange{2, 3};
   Attach(Put("list.csv", "a;b"));
   Attach(Path("gone.pdf").string());
   const auto mailing = Freeze(inputs_, journal_);

@@ -1,5 +1,5 @@
 // How fast a run was told to go, as the journal keeps it, and what is told of it later.
-#include "run/frozen_pace.h"
+#include "run/frozen/frozen_pace.h"
 
 #include <gtest/gtest.h>
 

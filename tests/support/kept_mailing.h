@@ -3,7 +3,7 @@
 
 #include "platform/cancel.h"
 #include "platform/clock.h"
-#include "run/frozen_inputs.h"
+#include "run/frozen/frozen_inputs.h"
 #include "run/kept_runs.h"
 #include "support/fake_rows.h"
 

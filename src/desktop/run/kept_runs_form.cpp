@@ -17,7 +17,7 @@
 #include "desktop/widgets/status_line.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
-#include "run/frozen_pace.h"
+#include "run/frozen/frozen_pace.h"
 #include "run/mailing_lists.h"
 #include "run/mailing_page.h"
 #include "run/run_words.h"

@@ -1,4 +1,4 @@
-#include "run/frozen_text.h"
+#include "run/frozen/frozen_text.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 
 #include "account/key_roles.h"
 #include "message/body_import.h"
-#include "run/json_fields.h"
+#include "run/frozen/json_fields.h"
 
 namespace quillcast::run {
 namespace {
@@ -173,9 +173,9 @@ json JsonOfEach(const Items& items) {
   return written;
 }
 
-std::optional<PartialRange> RangeIn(const json& from, JsonFields& fields) {
+std::optional<recipients::PartialRange> RangeIn(const json& from, JsonFields& fields) {
   if (!fields.Has(from, "first")) return std::nullopt;
-  PartialRange range;
+  recipients::PartialRange range;
   range.first = fields.Number(fields.At(from, "first"), 1, kMost);
   range.last = fields.Number(fields.At(from, "last"), range.first, kMost);
   return range;

@@ -9,9 +9,9 @@
 #include "account/account_settings.h"
 #include "document/message_document.h"
 #include "platform/result.h"
-#include "run/frozen_files.h"
+#include "recipients/row_source.h"
+#include "run/frozen/frozen_files.h"
 #include "run/journal/run_journal.h"
-#include "run/partial_range.h"
 
 namespace quillcast::run {
 
@@ -21,7 +21,7 @@ struct MailingInputs {
   std::string body_format;  // see account::LoadBodyFormat
   std::string group;
   std::int64_t recipients = 0;  // in the group
-  std::optional<PartialRange> range;
+  std::optional<recipients::PartialRange> range;
 };
 
 // For RunJournal::Begin. Of the account nothing is kept that says how to connect, and so no secret. Fails with

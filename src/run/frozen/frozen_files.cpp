@@ -1,4 +1,4 @@
-#include "run/frozen_files.h"
+#include "run/frozen/frozen_files.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

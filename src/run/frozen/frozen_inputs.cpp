@@ -1,9 +1,9 @@
-#include "run/frozen_inputs.h"
+#include "run/frozen/frozen_inputs.h"
 
 #include <utility>
 
 #include "account/account_message.h"
-#include "run/frozen_text.h"
+#include "run/frozen/frozen_text.h"
 
 namespace quillcast::run {
 

@@ -1,4 +1,4 @@
-#include "run/json_fields.h"
+#include "run/frozen/json_fields.h"
 
 #include <limits>
 

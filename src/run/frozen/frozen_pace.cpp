@@ -1,7 +1,7 @@
-#include "run/frozen_pace.h"
+#include "run/frozen/frozen_pace.h"
 
 #include "account/account_pace.h"
-#include "run/json_fields.h"
+#include "run/frozen/json_fields.h"
 
 namespace quillcast::run {
 namespace {

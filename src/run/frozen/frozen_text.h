@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/result.h"
-#include "run/frozen_files.h"
-#include "run/frozen_inputs.h"
+#include "run/frozen/frozen_files.h"
+#include "run/frozen/frozen_inputs.h"
 #include "run/journal/run_journal.h"
 
 namespace quillcast::run {
