@@ -91,6 +91,11 @@ Sentence UnknownOnes(std::int64_t recipients) {
 
 Sentence RefusedTheSame(const smtp::Outcome& refusal, int times, Then then) {
   const std::string why = smtp::OutcomeText(refusal);
+  if (refusal.reply.code == 0 && refusal.state == smtp::State::kFailed &&
+      refusal.code != smtp::ResultCode::kAuthNotOffered) {
+    return then == Then::kStops ? Say("Nothing could be sent {} times in a row, so the run stops: {}", times, why)
+                                : Say("Nothing could be sent {} times in a row, so the run waits: {}", times, why);
+  }
   return then == Then::kStops ? Say("The server refused the same {} times in a row, so the run stops: {}", times, why)
                               : Say("The server refused the same {} times in a row, so the run waits: {}", times, why);
 }

@@ -409,15 +409,18 @@ class Runs(Case):
             out, err = follow(process, 50, box.process.kill)
         box.process.wait()
         *lines, total = [json.loads(line) for line in out.splitlines()]
-        self.assertEqual(process.returncode, 1, err.decode())
+        self.assertEqual(process.returncode, 75, err.decode())
+        self.assertIn(b"Nothing could be sent 20 times in a row, so the run stops: ", err)
         self.assertEqual([line["position"] for line in lines], list(range(1, 401)))
+        self.assertEqual(sum(line["state"] == "failed" for line in lines), 20)
         served = self.served(box)
         self.assertEqual(set(served.values()), {1})
         sent = {line["address"] for line in lines if line["state"] == "sent"}
         unknown = {line["address"] for line in lines if line["state"] == "unknown"}
         self.assertLessEqual(sent, set(served))
         self.assertLessEqual(set(served) - sent, unknown)
-        self.assertLessEqual({line["code"] for line in lines if line["state"] != "sent"}, {9, 16})
+        self.assertLessEqual({line["code"] for line in lines if line["state"] not in ("sent", "not tried")}, {9, 16})
+        self.assertEqual(total["not_tried"], sum(line["state"] == "not tried" for line in lines))
         self.check_report(self.report(), total["sent"], total["failed"])
 
 

@@ -1,14 +1,25 @@
 #include "smtp/client/job_queue.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace quillcast::smtp {
 namespace {
 
+// Whether no server was reached, or let the message begin; whoever comes next meets that in one form or another.
+bool IsOfWay(const Outcome& outcome) {
+  constexpr std::array kCodes = {ResultCode::kConnectFailed, ResultCode::kConnectTimeout, ResultCode::kHostNotFound,
+                                 ResultCode::kResolveTimeout, ResultCode::kConnectionLost};
+  if (outcome.state == State::kDeferred)
+    return outcome.code == ResultCode::kGreetingRefused || outcome.reply.code == 421;  // the service closes
+  return outcome.state == State::kFailed && std::find(kCodes.begin(), kCodes.end(), outcome.code) != kCodes.end();
+}
+
 // How many of the same in a row are enough; 0 for what another message may not meet. Sign-ins are few, for servers lock
 // an account that fails too often.
 int LimitOf(const Outcome& outcome) {
+  if (IsOfWay(outcome)) return 20;
   const bool refused = outcome.state == State::kRefused;
   switch (outcome.code) {
     case ResultCode::kAuthRefused:
@@ -22,6 +33,11 @@ int LimitOf(const Outcome& outcome) {
   }
 }
 
+bool IsTheSame(const Outcome& one, const Outcome& other) {
+  if (IsOfWay(one) && IsOfWay(other)) return true;
+  return one.code == other.code && one.reply.code == other.reply.code && one.reply.enhanced == other.reply.enhanced;
+}
+
 }  // namespace
 
 int Breaker::TimeToAsk(const Outcome& outcome) {
@@ -30,8 +46,7 @@ int Breaker::TimeToAsk(const Outcome& outcome) {
     times_ = 0;
     return 0;
   }
-  const bool same = times_ > 0 && outcome.code == last_.code && outcome.reply.code == last_.reply.code &&
-                    outcome.reply.enhanced == last_.reply.enhanced;
+  const bool same = times_ > 0 && IsTheSame(outcome, last_);
   if (!same) last_ = outcome;
   times_ = same ? times_ + 1 : 1;
   return times_ % limit == 0 ? times_ : 0;
@@ -40,6 +55,7 @@ int Breaker::TimeToAsk(const Outcome& outcome) {
 void JobQueue::Begin(JobSource& source) {
   source_ = &source;
   exhausted_ = given_up_ = is_over_ = false;
+  lost_in_a_row_ = 0;
 }
 
 Job* JobQueue::Next() {
@@ -94,6 +110,7 @@ void JobQueue::WayLost() {
 void JobQueue::WayFound() {
   for (const std::uint64_t number : std::exchange(in_doubt_, {})) {
     Entry& entry = EntryOf(number);
+    ++lost_in_a_row_;
     Tell(entry, Outcome(entry.outcome));
   }
 }
@@ -145,7 +162,10 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   lanes_[lane].submitted.Pop();
   --submitted_;
   Entry& entry = EntryOf(number);
-  if (outcome.is_decided()) return Tell(entry, outcome);
+  if (outcome.is_decided()) {
+    lost_in_a_row_ = 0;
+    return Tell(entry, outcome);
+  }
   if (IsStopped()) return Tell(entry, Left());
   const bool moves = outcome.whereabouts == Whereabouts::kNotOut && !entry.moved;
   if (moves || outcome.whereabouts == Whereabouts::kNoRoom) {

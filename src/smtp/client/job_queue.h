@@ -15,7 +15,8 @@
 
 namespace quillcast::smtp {
 
-// Counts refusals that every further message would meet as well.
+// Counts what every further message would meet as well: the same refusal, or that no server can be reached, or lets any
+// message begin.
 class Breaker {
  public:
   // How many the same have come in a row when it is time to ask whether to go on; 0 when it is not.
@@ -62,6 +63,11 @@ class JobQueue {
   void WayLost();
   // It was not: they have their outcome.
   void WayFound();
+  // So many were lost one after the other, though each time a connection came about, and none was decided in between:
+  // that is no fault of theirs.
+  bool LosesAll() const { return lost_in_a_row_ + in_doubt_.size() > kMostLost; }
+  // Why the first of those in doubt was lost.
+  const Outcome& WhyInDoubt() const { return entries_[PlaceOf(in_doubt_.front())].outcome; }
   // The run is over for all that are not out: those that wait are left, as are those whose connection ends.
   void Leave();
   // Those that wait have this outcome, as not tried, and no further one is taken.
@@ -101,6 +107,8 @@ class JobQueue {
     std::string lines;  // of none of them
   };
 
+  static constexpr std::size_t kMostLost = 2;
+
   bool IsStopped() const { return is_over_ || cancel_.Requested() != platform::Stop::kNone; }
   std::size_t PlaceOf(std::uint64_t number) const { return static_cast<std::size_t>(number - first_); }
   Entry& EntryOf(std::uint64_t number) { return entries_[PlaceOf(number)]; }
@@ -126,6 +134,7 @@ class JobQueue {
   Waiting waiting_;          // the oldest in front
   std::vector<Lane> lanes_;
   std::vector<std::uint64_t> in_doubt_;
+  std::size_t lost_in_a_row_ = 0;  // told as lost since one was decided
   const bool waits_for_way_;
   std::size_t submitted_ = 0;  // over all of them
   std::string between_;        // lines that stand before those of the next job

@@ -53,7 +53,8 @@ class JobSource {
   // the messages that nothing was sent of goes out, and each is left.
   virtual bool CaughtUp() { return true; }
   // Nothing is gained by going on: the sign-in was refused three times in a row, or the sender or the session twenty
-  // times, with this same outcome. Asked again after as many more. False: no further job is taken.
+  // times, with this same outcome; or no server was reached, or let a message begin, as often. Asked again after as
+  // many more. False: no further job is taken.
   virtual bool GoOn(const Outcome& /*refusal*/, int /*times*/) { return true; }
   // There is no way to a server any more: ClientOptions::network_wait has the messages wait until then, when it is
   // tried again.

@@ -66,8 +66,9 @@ void Lanes::EndWay(Lane& lane) {
   const std::size_t ready = CountReady();
   around_.window.SetConnections(ready);
   if (lane.connection) {
+    if (!around_.jobs.LosesAll()) lost_way_.Works();
     lost_way_.Found();
-    TellInDoubt(around_.clock.Monotonic() - way->began());
+    TellInDoubt(lane, around_.clock.Monotonic() - way->began());
     return limit_.Opened();
   }
   const ConnectionLimit::Now now = Count();
@@ -89,13 +90,25 @@ void Lanes::EndWay(Lane& lane) {
 
 // One that came about at once says that the way was there. One that took long may have begun while it was not; but a
 // server that always takes long is not to have its messages tried again for ever.
-void Lanes::TellInDoubt(platform::Duration took) {
+void Lanes::TellInDoubt(Lane& lane, platform::Duration took) {
+  if (Falters(lane)) return;
   if (took < kQuickWay) {
     was_slow_ = false;
     return around_.jobs.WayFound();
   }
   if (!around_.jobs.IsInDoubt()) return;
   std::exchange(was_slow_, true) ? around_.jobs.WayFound() : around_.jobs.WayLost();
+}
+
+// One that comes about is no way where whatever went over those before it was lost.
+bool Lanes::Falters(Lane& lane) {
+  if (!around_.jobs.IsInDoubt() || !around_.jobs.LosesAll()) return false;
+  if (!lost_way_.Falters(around_.clock.Monotonic())) return false;
+  const Outcome why = around_.jobs.WhyInDoubt();
+  around_.jobs.WayLost();
+  around_.source->WayLost(why, *lost_way_.again());
+  Leave(lane);
+  return true;
 }
 
 void Lanes::EndConnection(Lane& lane) {

@@ -49,7 +49,8 @@ class Lanes {
   ConnectionLimit::Now Count() const;
   std::size_t CountReady() const;
   void EndWay(Lane& lane);
-  void TellInDoubt(platform::Duration took);
+  void TellInDoubt(Lane& lane, platform::Duration took);
+  bool Falters(Lane& lane);
   void EndConnection(Lane& lane);
   void Leave(Lane& lane);
   Lane* LeastBusy();

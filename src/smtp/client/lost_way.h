@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 #include "platform/clock.h"
 #include "smtp/outcome.h"
@@ -20,20 +21,26 @@ class LostWay {
   // A connection came about.
   void Found() {
     was_there_ = true;
-    since_.reset();
-    pause_ = kFirstPause;
+    if (!falters_) Begins();
+  }
+  // Messages go over it.
+  void Works() {
+    if (std::exchange(falters_, false)) Begins();
   }
 
   // None came about, and there is no other. True where the message that wants one waits on, until again().
   bool Outlasts(const Outcome& why, platform::Instant now) {
     if (patience_.count() == 0 || !was_there_ || !IsOutOfReach(why)) return false;
-    if (!since_) since_ = now;
-    const platform::Instant end = *since_ + patience_;
-    is_over_ = now >= end;
-    if (is_over_) return false;
-    again_ = std::min(now + pause_, end);
-    pause_ = std::min(pause_ * 2, kLongestPause);
-    return true;
+    is_over_ = !Waits(now);
+    return !is_over_;
+  }
+  // They come about, and one message after the other is lost: a server that starts anew, or one behind which there is
+  // none. True where those wait until again(); once only as long as is wanted, for it may be their own doing.
+  bool Falters(platform::Instant now) {
+    if (has_faltered_) return false;
+    falters_ = Waits(now);
+    has_faltered_ = !falters_;
+    return falters_;
   }
 
   // It was waited for as long as was wanted, in vain.
@@ -46,19 +53,35 @@ class LostWay {
   static constexpr std::chrono::seconds kFirstPause{1};
   static constexpr std::chrono::seconds kLongestPause{30};
 
+  void Begins() {
+    since_.reset();
+    pause_ = kFirstPause;
+  }
+
+  bool Waits(platform::Instant now) {
+    if (!since_) since_ = now;
+    const platform::Instant end = *since_ + patience_;
+    if (now >= end) return false;
+    again_ = std::min(now + pause_, end);
+    pause_ = std::min(pause_ * 2, kLongestPause);
+    return true;
+  }
+
   // Nobody said anything; or what answers is not the server that was there, as the page of a hotel's network that wants
-  // a sign-in first. A server that answers is there; but one that was away may say first that it is not ready yet.
-  bool IsOutOfReach(const Outcome& why) const {
+  // a sign-in first; or it is, and says that it is not ready yet, or still counts those that were lost.
+  static bool IsOutOfReach(const Outcome& why) {
     constexpr std::array kCodes = {ResultCode::kConnectFailed, ResultCode::kConnectTimeout, ResultCode::kConnectionLost,
                                    ResultCode::kHostNotFound,  ResultCode::kResolveTimeout, ResultCode::kReplyTimeout,
                                    ResultCode::kBadResponse,   ResultCode::kGreetingRefused};
     const bool is_known = std::find(kCodes.begin(), kCodes.end(), why.code) != kCodes.end();
-    return is_known && (why.reply.code == 0 || (since_ && why.reply.code / 100 == 4));
+    return is_known && (why.reply.code == 0 || why.reply.code / 100 == 4);
   }
 
   const std::chrono::seconds patience_;
   bool was_there_;
   bool is_over_ = false;
+  bool falters_ = false;
+  bool has_faltered_ = false;  // for as long as was wanted
   std::optional<platform::Instant> since_;
   std::optional<platform::Instant> again_;
   std::chrono::seconds pause_ = kFirstPause;

@@ -33,7 +33,11 @@ TEST(Breaker, AsksOnceTheSameRefusalHasComeOftenEnough) {
                                                    {Refused(kSenderRefused, 451, State::kDeferred), 0},
                                                    {Refused(kRecipientRefused, 550), 0},
                                                    {Refused(kMessageRefused, 554), 0},
-                                                   {{State::kFailed, kConnectFailed, {}, {}}, 0}}) {
+                                                   {Refused(kGreetingRefused, 421, State::kDeferred), 20},
+                                                   {{State::kFailed, kConnectFailed, {}, {}}, 20},
+                                                   {{State::kFailed, kConnectionLost, {}, {}}, 20},
+                                                   {{State::kUnknown, kConnectionLost, {}, {}}, 0},
+                                                   {{State::kFailed, kReplyTimeout, {}, {}}, 0}}) {
     Breaker breaker;
     int asked = 0;
     for (int n = 1; n <= 50 && asked == 0; ++n) asked = breaker.TimeToAsk(c.outcome);
