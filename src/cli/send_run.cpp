@@ -113,14 +113,16 @@ int TellSummary(Context& context, const profile::Folders& folders, const run::Ru
   nlohmann::ordered_json counts = {
       {run::Name(summary.delivery), summary.sent}, {"failed", summary.failed}, {"not_tried", summary.not_tried}};
   if (summary.retries_left > 0) counts["not_tried_again"] = summary.retries_left;
+  if (summary.not_their_doing > 0) counts["not_their_doing"] = summary.not_their_doing;
   counts["history"] = summary.history;
   context.output.Object(counts);
   context.output.Line(run::CountsOf(summary).InEnglish());
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
   if (const auto left = run::NotTriedIn(summary)) context.output.Note(left->InEnglish());
   if (const auto left = run::NotTriedAgainIn(summary)) context.output.Note(left->InEnglish());
+  if (const auto left = run::NotTheirDoingIn(summary)) context.output.Note(left->InEnglish());
   if (const auto unknown = run::UnknownIn(summary)) context.output.Note(unknown->InEnglish());
-  if (summary.run != 0 && summary.not_tried + summary.retries_left > 0) {
+  if (summary.run != 0 && summary.not_tried + summary.retries_left + summary.not_their_doing > 0) {
     context.output.Note(fmt::format("quillcast runs resume {} goes on with those who are left.", summary.run));
   }
   if (summary.stopped) return context.output.Fail(*summary.stopped);

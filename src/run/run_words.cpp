@@ -76,6 +76,14 @@ std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary) {
                "{} recipients were to be tried again and were not: what became of them stays as it is.");
 }
 
+std::optional<Sentence> NotTheirDoingIn(const RunSummary& summary) {
+  if (summary.not_their_doing == 0) return {};
+  return SayOf(
+      summary.not_their_doing,
+      "{} recipient got nothing by the fault of the account or of its server, and is sent to when you go on.",
+      "{} recipients got nothing by the fault of the account or of its server, and are sent to when you go on.");
+}
+
 std::optional<Sentence> UnknownIn(const RunSummary& summary) {
   if (summary.unknown == 0) return {};
   return UnknownOnes(summary.unknown);

@@ -30,6 +30,8 @@ std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& c
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 // Who was to be tried again and was not; nothing where nobody was.
 std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary);
+// Who failed and could not help it; nothing where nobody did.
+std::optional<Sentence> NotTheirDoingIn(const RunSummary& summary);
 
 // Who may have got it, and that nobody knows; nothing where there is nobody.
 Sentence UnknownOnes(std::int64_t recipients);

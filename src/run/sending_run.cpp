@@ -18,15 +18,8 @@
 namespace quillcast::run {
 namespace {
 
-// So many refusals of the account are kept in mind at most.
-constexpr std::size_t kMostRefusedAlike = 1000;
-
-// Of whoever sends, and of nobody in the list.
-bool IsOfTheAccount(smtp::ResultCode code) {
-  using smtp::ResultCode;
-  return code == ResultCode::kAuthRefused || code == ResultCode::kAuthNotOffered ||
-         code == ResultCode::kSenderRefused || code == ResultCode::kGreetingRefused;
-}
+// So many who met the same in a row are kept in mind at most.
+constexpr std::size_t kMostInARow = 1000;
 
 // How often whoever holds a run is asked whether it goes on.
 constexpr std::chrono::milliseconds kHeldFor{500};
@@ -100,8 +93,8 @@ class Run final : public smtp::JobSource {
   void Record();
   void End();
   void NameThoseNotTried();
-  void KeepRefusal(const RecipientInOrder& recipient);
-  void LeaveThoseRefused();
+  void KeepLost(const RecipientInOrder& recipient);
+  void LeaveThoseLost();
   void TellAboutPictures();
 
   const RunParts& parts_;
@@ -130,9 +123,8 @@ class Run final : public smtp::JobSource {
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
   std::deque<Letter*> with_carrier_;  // in the order in which it took them
-  std::vector<Retry> refused_alike_;  // the last in a row, by what is the account's fault and not theirs
-  smtp::ResultCode refused_by_ = smtp::ResultCode::kSuccess;
-  bool refused_too_often_ = false;  // nobody wanted to go on
+  std::vector<Retry> lost_in_a_row_;  // the last, since no server would take anything
+  bool does_not_go_on_ = false;       // as somebody wanted
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
   bool told_of_notices_ = false;
@@ -341,7 +333,9 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
   RecipientInOrder& recipient = order_.At(letter.position);
   const int tries = recipient.before.tries + recipient.tries;
-  if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) run_->IsTriedAgain(letter.position, tries);
+  // Once the account is put right, whoever goes on with the run goes on with those too whom its fault refused.
+  const bool is_tried_again = parts_.turns != nullptr && retries_.Takes(outcome, tries);
+  if (is_tried_again || smtp::IsOfAccount(outcome)) run_->IsTriedAgain(letter.position, tries);
   recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
   letter.message = nullptr;
   free_messages_.push_back(std::move(letter.rendered));
@@ -358,7 +352,7 @@ void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   RecipientInOrder& recipient = order_.At(letter.position);
   recipient.stage = outcome.is_decided() ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
   recipient.outcome = outcome;
-  if (outcome.is_decided()) KeepRefusal(recipient);
+  if (outcome.is_decided()) KeepLost(recipient);
   with_carrier_.pop_front();
   telling_.EndLines();
   free_letters_.push_back(&letter);
@@ -405,27 +399,25 @@ void Run::WayGivenUp(const smtp::Outcome& why) {
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
+  LeaveThoseLost();
+  Record();          // the answer may take days, and the program may be killed meanwhile
   telling_.Flush();  // who is asked may read it
-  if (listener_.GoOn(refusal, times)) return true;
-  refused_too_often_ = true;
-  LeaveThoseRefused();
-  return false;
+  does_not_go_on_ = !listener_.GoOn(refusal, times);
+  return !does_not_go_on_;
 }
 
-// A run that ends by it has failed nobody: once the account is put right, whoever goes on goes on with these too.
-void Run::KeepRefusal(const RecipientInOrder& recipient) {
-  const smtp::ResultCode code = recipient.outcome.code;
-  if (!IsOfTheAccount(code) || code != refused_by_) refused_alike_.clear();
-  refused_by_ = code;
-  if (!IsOfTheAccount(code) || refused_alike_.size() == kMostRefusedAlike) return;
-  refused_alike_.push_back({recipient.position, {}, recipient.tries, recipient.before.tries});
-  if (refused_too_often_) LeaveThoseRefused();
+// A run that ends since no server takes anything has failed none of those by whom that was found out.
+void Run::KeepLost(const RecipientInOrder& recipient) {
+  if (!smtp::IsOfWay(recipient.outcome)) return lost_in_a_row_.clear();
+  if (lost_in_a_row_.size() < kMostInARow)
+    lost_in_a_row_.push_back({recipient.position, {}, recipient.tries, recipient.before.tries});
+  if (does_not_go_on_) LeaveThoseLost();
 }
 
-void Run::LeaveThoseRefused() {
-  for (const Retry& whom : std::exchange(refused_alike_, {})) {
+void Run::LeaveThoseLost() {
+  for (const Retry& whom : std::exchange(lost_in_a_row_, {})) {
     run_->IsTriedAgain(whom.position, whom.before + whom.tries);
-    ++summary_.retries_left;
+    ++summary_.not_their_doing;
   }
 }
 

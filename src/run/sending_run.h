@@ -82,6 +82,8 @@ struct RunSummary {
   Delivery delivery = Delivery::kSent;
   std::int64_t retries_left = 0;  // of those who failed: they were to be tried again when the run ended
   std::int64_t unknown = 0;       // of those who failed: they may have got it
+  // Of those who failed: by the fault of the account, or of the way to its server. Whoever goes on goes on with them.
+  std::int64_t not_their_doing = 0;
 
   // Nobody is left, whatever became of each.
   bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0 && retries_left == 0; }

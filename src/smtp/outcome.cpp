@@ -1,5 +1,8 @@
 #include "smtp/outcome.h"
 
+#include <algorithm>
+#include <array>
+
 namespace quillcast::smtp {
 
 Outcome VerdictOf(ResultCode code, const ServerReply& reply) {
@@ -7,6 +10,28 @@ Outcome VerdictOf(ResultCode code, const ServerReply& reply) {
 }
 
 Outcome Left() { return {State::kFailed, ResultCode::kCancelled, {}, {}, Whereabouts::kNotOut}; }
+
+bool IsOfWay(const Outcome& outcome) {
+  constexpr std::array kCodes = {ResultCode::kConnectFailed, ResultCode::kConnectTimeout, ResultCode::kHostNotFound,
+                                 ResultCode::kResolveTimeout, ResultCode::kConnectionLost};
+  constexpr int kServiceCloses = 421;
+  if (outcome.state == State::kDeferred)
+    return outcome.code == ResultCode::kGreetingRefused || outcome.reply.code == kServiceCloses;
+  return outcome.state == State::kFailed && std::find(kCodes.begin(), kCodes.end(), outcome.code) != kCodes.end();
+}
+
+bool IsOfAccount(const Outcome& outcome) {
+  switch (outcome.code) {
+    case ResultCode::kAuthRefused:
+    case ResultCode::kAuthNotOffered:
+      return true;
+    case ResultCode::kSenderRefused:
+    case ResultCode::kGreetingRefused:
+      return outcome.state == State::kRefused;
+    default:
+      return false;
+  }
+}
 
 void AddSentence(std::string& reason, std::string_view sentence) {
   if (!reason.empty() && !sentence.empty()) reason += ' ';

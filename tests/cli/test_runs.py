@@ -394,10 +394,20 @@ class Runs(Case):
             lines, code, err = self.mailing("--keep-going")
             self.assertEqual((code, {line["state"] for line in lines[:-1]}), (1, {"refused"}))
             self.check_report(self.report(), 0, 30)
-        put_right = self.mailbox(name="right")
-        self.account(put_right.port)
-        self.ok("--yes", "runs", "resume", 1)
-        self.assertEqual(len(self.served(put_right)), 30)  # those too whom the account's fault refused
+        self.group("Few", ["few1@r.example", "few2@r.example"])
+        _, code, err = self.mailing(group="Few")
+        self.assertEqual(code, 1)
+        self.assertIn("2 recipients got nothing by the fault of the account or of its server, and are sent to when you go on.", err)
+        self.assertIn("quillcast runs resume 5 goes on with those who are left.", err)
+        self.assertIn("kept", self.run_program("--yes", "history", "clear")[2])
+        # Those too whom the account's fault refused, however the run ended.
+        for number, everybody in ((1, 30), (2, 30), (5, 2)):
+            with self.subTest(run=number):
+                put_right = self.mailbox(name=f"right{number}")
+                self.account(put_right.port)
+                self.ok("--yes", "runs", "resume", number)
+                self.assertEqual(len(self.served(put_right)), everybody)
+                self.assertEqual(self.run_program("--yes", "runs", "resume", number)[0], 66)
 
     def test_killed_server(self):
         addresses = [f"user{n:03}@r.example" for n in range(400)]
@@ -422,6 +432,11 @@ class Runs(Case):
         self.assertLessEqual({line["code"] for line in lines if line["state"] not in ("sent", "not tried")}, {9, 16})
         self.assertEqual(total["not_tried"], sum(line["state"] == "not tried" for line in lines))
         self.check_report(self.report(), total["sent"], total["failed"])
+        self.assertEqual(total["not_their_doing"], 20)
+        put_right = self.mailbox(name="right")
+        self.account(put_right.port)
+        self.ok("--yes", "runs", "resume", 1)
+        self.assertEqual(set(self.served(put_right)), set(addresses) - sent - unknown)
 
 
 def openssl(folder, *arguments):

@@ -40,6 +40,7 @@ QString SummaryText(const run::RunSummary& summary) {
   QStringList sentences(InWords(run::CountsOf(summary)));
   if (const auto left = run::NotTriedIn(summary)) sentences << InWords(*left);
   if (const auto left = run::NotTriedAgainIn(summary)) sentences << InWords(*left);
+  if (const auto left = run::NotTheirDoingIn(summary)) sentences << InWords(*left);
   if (const auto unknown = run::UnknownIn(summary)) sentences << InWords(*unknown);
   if (summary.stopped) sentences << InWords(*summary.stopped);
   return sentences.join(' ');

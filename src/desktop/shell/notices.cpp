@@ -163,7 +163,7 @@ void Notices::TellEnd(const account::PracticeEnd& end) {
 // Counted before it takes any more, for each of those is announced.
 Result<void> Notices::BeginPractice() {
   arrived_ = static_cast<qint64>(account::PracticeMessages(practice_.practice().folder()).size());
-  const auto begun = practice_.Begin();
+  auto begun = practice_.Begin();
   if (!begun) emit Failed(begun.error());
   if (begun) watch_->start();
   emit PracticeChanged();

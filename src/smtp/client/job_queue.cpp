@@ -1,20 +1,10 @@
 #include "smtp/client/job_queue.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace quillcast::smtp {
 namespace {
-
-// Whether no server was reached, or let the message begin; whoever comes next meets that in one form or another.
-bool IsOfWay(const Outcome& outcome) {
-  constexpr std::array kCodes = {ResultCode::kConnectFailed, ResultCode::kConnectTimeout, ResultCode::kHostNotFound,
-                                 ResultCode::kResolveTimeout, ResultCode::kConnectionLost};
-  if (outcome.state == State::kDeferred)
-    return outcome.code == ResultCode::kGreetingRefused || outcome.reply.code == 421;  // the service closes
-  return outcome.state == State::kFailed && std::find(kCodes.begin(), kCodes.end(), outcome.code) != kCodes.end();
-}
 
 // How many of the same in a row are enough; 0 for what another message may not meet. Sign-ins are few, for servers lock
 // an account that fails too often.
