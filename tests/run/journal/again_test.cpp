@@ -60,7 +60,7 @@ TEST_F(JournalAgain, LeavesNoDoubtAboutThoseWhoWereKeptBackWhenThePowerIsLost) {
     for (int n = 1; n <= 500; ++n) {
       ASSERT_TRUE(*run->Next(recipient, position));
       if (position % 10 == 0) {
-        run->Settled(position, {smtp::State::kFailed, smtp::ResultCode::kCancelled, {}, {}, false});
+        run->Settled(position, smtp::Left());
         continue;
       }
       run->GoesOut(position);
