@@ -294,6 +294,10 @@ class SendFormTest : public QObject {
     QCOMPARE(report.count("Message sent successfully."), static_cast<int>(scene.Arrived()));
     QVERIFY(scene.Arrived() < 20000);
     QVERIFY(scene.Text("StatusLine").contains("not tried"));
+    QVERIFY2(scene.Text("StatusLine").contains("Runs… goes on with those who are left"),
+             qPrintable(scene.Text("StatusLine")));
+    scene.Press("RunsButton");
+    QVERIFY(scene.form->runs_wanted() && !scene.form->isVisible());
   }
 
   void closingAgainGivesUpTheMessageUnderWay() {

@@ -305,12 +305,27 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
     return;
   }
   const bool all_got_it = summary->everybody_got_it();
-  Say(SummaryText(*summary), all_got_it ? NoteKind::kInformation : NoteKind::kWarning);
+  const bool can_go_on = summary->run != 0 && summary->not_tried + summary->retries_left > 0;
+  if (can_go_on) OfferRuns(summary->run);
+  QString told = SummaryText(*summary);
+  if (can_go_on) told += ' ' + tr("Runs… goes on with those who are left, here or later from the history.");
+  Say(told, all_got_it ? NoteKind::kInformation : NoteKind::kWarning);
   if (summary->reached_its_end() && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
   if (!all_got_it) {
     tabs_->setCurrentWidget(results_view_);
     findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(1);
   }
+}
+
+void SendMailForm1::OfferRuns(run::RunId run) {
+  auto* button = new QPushButton(tr("R&uns…"), this);
+  button->setObjectName("RunsButton");
+  button->setAutoDefault(false);  // Enter closes
+  connect(button, &QPushButton::clicked, this, [this, run] {
+    runs_wanted_ = run;
+    accept();
+  });
+  progress_->AddBeside(button);
 }
 
 // Over the window behind this one, for it outlives this one where the system refuses.

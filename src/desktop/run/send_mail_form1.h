@@ -42,6 +42,8 @@ class SendMailForm1 final : public QDialog {
   Stage stage() const { return stage_; }
   // The system is being switched off: whoever opened this closes too.
   bool shuts_down() const { return shuts_down_; }
+  // The run that the person asked for in the window of the runs, to go on with it.
+  std::optional<run::RunId> runs_wanted() const { return runs_wanted_; }
   // With what the person answered about pictures.
   const document::PicturePlaces& picture_places() const { return document_.picture_places; }
 
@@ -69,6 +71,7 @@ class SendMailForm1 final : public QDialog {
   void AnswerToGoOn(bool go_on);
   void TakeNews();
   void RunFinished(const Result<run::RunSummary>& summary);
+  void OfferRuns(run::RunId run);
   void ShowProgress(const RunNews& news);
   void CountDown();
   void PrepareToSwitchOff();
@@ -92,6 +95,7 @@ class SendMailForm1 final : public QDialog {
   bool report_open_ = false;
   bool waits_for_password_ = false;
   bool shuts_down_ = false;
+  std::optional<run::RunId> runs_wanted_;
 
   RunHeading* heading_;
   RangePicker* range_;

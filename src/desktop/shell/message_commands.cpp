@@ -98,9 +98,11 @@ void Send(Shell& shell) {
   form.OfferAccount([&shell](QWidget* over) { EditPace(shell, over); });
   form.exec();
   shell.TakePictureAnswers(form.picture_places());
+  if (const auto run = form.runs_wanted()) ShowKeptRuns(shell, *run);
   if (form.shuts_down()) shell.window.close();
 }
 
+// Where the window of the runs is asked for, it stands behind with this run chosen.
 void GoOnWithRun(Shell& shell, const GoOnRequest& request) {
   shell.notices.LookAtPractice();
   using Server = SendMailForm1::Server;
