@@ -37,6 +37,7 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(Status(form).contains(
                  "1 recipient was deferred, not reached, or refused because of the account, and is to be tried again."),
              qPrintable(Status(form)));
+    QVERIFY2(!Status(form).contains("in this state"), "what is told of them is told once");
     const auto lines = test::RowsOf(form, "KeptRunsGrid");
     QCOMPARE(lines.size(), 1);
     QVERIFY2(lines[0].endsWith("“Hello” to Readers: 1 sent, 1 refused, 1 deferred, 1 unknown, 1 not tried"),
@@ -59,6 +60,7 @@ class KeptRunsFormTest : public QObject {
                                                      {"Everybody", {}, 5}}) {
       whom->setCurrentText(c.whom);
       QCOMPARE(IsOn(form, "SendToTheseButton"), c.kind.has_value());
+      QCOMPARE(Status(form).contains("choose one state"), !c.kind && QString(c.whom) != "Sent");
       QVERIFY(IsOn(form, "SaveListButton"));
       QVERIFY(!IsOn(form, "MakeGroupButton"));
       if (!c.kind) continue;

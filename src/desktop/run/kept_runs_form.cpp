@@ -251,11 +251,17 @@ void KeptRunsForm::EnableButtons() {
   if (!count) return status_->Fail(count.error());
   QStringList sentences;
   if (is_sent_now) sentences << tr("This run goes on in another window or program.");
-  sentences << (choice_.replies.empty()
-                    ? Counted(count_, tr("1 recipient is in this state."), tr("%1 recipients are in this state."))
-                    : Counted(count_, tr("1 recipient is in this state with this reply."),
-                              tr("%1 recipients are in this state with this reply.")));
-  if (count_ > 0 && !Kind() && !is_sent_now) {
+  // Of those who are left it is told below how many there are, and why.
+  const bool is_told_below = choice_ == run::WhoIsLeft() && count_ > 0 && !is_sent_now;
+  if (!is_told_below) {
+    sentences << (choice_.replies.empty()
+                      ? Counted(count_, tr("1 recipient is in this state."), tr("%1 recipients are in this state."))
+                      : Counted(count_, tr("1 recipient is in this state with this reply."),
+                                tr("%1 recipients are in this state with this reply.")));
+  }
+  const auto is_sent = run::SetOf({ResultState::kSent});
+  const bool has_any_to_send_to = count_ > 0 && run::CountIn(mailing->counts, choice_.states & ~is_sent) > 0;
+  if (has_any_to_send_to && !Kind() && !is_sent_now) {
     sentences << tr("To send to some of these, choose one state: not tried, deferred and failed, refused or unknown.");
   }
   for (const auto& sentence : run::WhatIsLeft(*mailing)) sentences << InWords(sentence);
