@@ -159,11 +159,11 @@ Sentence ForgetQuestion(const MailingEntry& mailing) {
   return Say("{} Are you sure you want to forget it?", which);
 }
 
-Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::optional<RunId>& left) {
+Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left) {
   auto all = journal.List();
   if (!all) return all.error();
   std::erase_if(*all, [&left](const MailingEntry& mailing) {
-    const bool was_left = !mailing.runs.empty() && left == mailing.runs.back().id;
+    const bool was_left = !mailing.runs.empty() && std::ranges::count(left, mailing.runs.back().id) > 0;
     const auto standing = StandingOf(mailing);
     return !(WasCutOff(mailing) || was_left) || standing == MailingStanding::kGoesOn ||
            (standing == MailingStanding::kFinished && CountOf(mailing, ResultState::kUnknown) == 0);

@@ -49,7 +49,7 @@ std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing);
 
 // Those that a person should be offered to go on with, newest first: cut off, or `left` by a program that was told to
 // end, with somebody left or in doubt, and nothing was done about them since.
-Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::optional<RunId>& left);
+Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left);
 
 struct Forgotten {
   std::int64_t mailings = 0;

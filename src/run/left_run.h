@@ -1,16 +1,18 @@
-// The run that the window was sending when the system ended the program: its own end was orderly, and nobody chose it,
-// so that it is offered at the next start as one that was cut off is.
+// The runs of the window that ended before their end, though nobody chose that: the system ended the program, or the
+// network stayed away. Their own end was orderly, so that they are offered at the next start as those that were cut off
+// are.
 #pragma once
 
-#include <optional>
+#include <vector>
 
 #include "profile/settings_store.h"
 #include "run/journal/run_journal.h"
 
 namespace quillcast::run {
 
+// One more; only so many are kept, the last.
 Result<void> KeepLeftRun(profile::SettingsStore& settings, RunId run);
-// Nothing where there is none, or where the settings cannot be read.
-std::optional<RunId> LeftRun(const profile::SettingsStore& settings);
+// None where the settings cannot be read.
+std::vector<RunId> LeftRuns(const profile::SettingsStore& settings);
 
 }  // namespace quillcast::run

@@ -40,6 +40,7 @@ class Mailbox {
   Mailbox(const std::filesystem::path& store, const platform::Clock& clock) : mailbox_(Start(store, clock)) {}
   ~Mailbox() { Release(); }
   std::string port() const { return mailbox_->port(); }
+  void GoAway() { mailbox_.reset(); }
   // From here on a message that has come whole is not answered before Release.
   void Hold() { holds_ = true; }
   void Release() {
@@ -400,20 +401,27 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.Report().count("Message sent successfully."), static_cast<int>(scene.Arrived()));
   }
 
-  // As when the system ends the program: the next start offers to go on; a run that the person cancelled is not
-  // offered.
+  // As when the system ends the program, or the network stays away: the next start offers to go on; a run that the
+  // person cancelled is not offered.
   void aRunThatItsProgramLeftIsOffered() {
-    for (const bool is_cancelled : {false, true}) {
+    enum class End { kOfTheProgram, kOfTheNetwork, kByThePerson };
+    for (const End end : {End::kOfTheProgram, End::kOfTheNetwork, End::kByThePerson}) {
+      const bool is_cancelled = end == End::kByThePerson;
       Scene scene(20000);
+      if (end == End::kOfTheNetwork) QVERIFY(scene.rig.settings.Write("Account", "NetworkWait", "1s"));
       scene.Press("SendButton");
       QTRY_VERIFY(scene.Arrived() > 0);
+      QVERIFY(scene.Arrived() < 20000);
+      if (end == End::kOfTheNetwork) {
+        scene.mailbox.GoAway();
+        QTRY_COMPARE(scene.Caption(), QString("Close"));
+      }
       if (is_cancelled) {
         scene.rig.prompts.answers = {platform::Answer::kYes};
         scene.Press("SendButton");
         QTRY_COMPARE(scene.Caption(), QString("Close"));
       }
       scene.form.reset();
-      QVERIFY(scene.Arrived() < 20000);
       MainForm next(scene.rig.program);
       next.Load();
       next.show();

@@ -29,7 +29,11 @@ RunWorker::~RunWorker() {
   }
   cancel_.Request();
   thread_.join();
-  if (left_ != 0 && !is_ended_by_person) IgnoreErrors(run::KeepLeftRun(program_.settings, left_));
+  if (!is_ended_by_person) KeepIfLeft();
+}
+
+void RunWorker::KeepIfLeft() {
+  if (left_ != 0 && !said_no_) IgnoreErrors(run::KeepLeftRun(program_.settings, left_));
 }
 
 void RunWorker::Start(const document::MessageDocument& document, const run::ChosenGroup& group,
@@ -71,6 +75,7 @@ void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
     changed_.notify_all();
     QMetaObject::invokeMethod(this, [this, summary] {
       thread_.join();
+      if (cancel_.Requested() == platform::Stop::kNone) KeepIfLeft();
       emit Ended(*summary);
     });
   });
@@ -126,6 +131,7 @@ void RunWorker::Answer(bool go_on) {
   {
     const std::lock_guard lock(mutex_);
     answer_ = go_on;
+    said_no_ = !go_on;
   }
   changed_.notify_all();
 }

@@ -77,6 +77,7 @@ class RunWorker final : public QObject, private run::RunListener {
     std::string address;
   };
 
+  void KeepIfLeft();
   void Run(std::function<Result<run::RunSummary>()> run);
   void Began(const std::filesystem::path& report) override;
   void ReportLine(std::string_view) override {}  // the window reads the report's file
@@ -102,9 +103,10 @@ class RunWorker final : public QObject, private run::RunListener {
   std::vector<NotTriedRow> not_tried_;
   std::condition_variable changed_;  // one of these
   std::optional<bool> answer_;
-  bool ending_ = false;  // the window goes
-  bool ended_ = false;   // the run has
-  run::RunId left_ = 0;  // with somebody left, as it ended
+  bool said_no_ = false;  // and with it ended the run
+  bool ending_ = false;   // the window goes
+  bool ended_ = false;    // the run has
+  run::RunId left_ = 0;   // with somebody left, as it ended
 };
 
 }  // namespace quillcast::desktop

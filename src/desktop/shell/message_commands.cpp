@@ -99,6 +99,7 @@ void Send(Shell& shell) {
   form.exec();
   shell.TakePictureAnswers(form.picture_places());
   if (const auto run = form.runs_wanted()) ShowKeptRuns(shell, *run);
+  shell.notices.LookForCutOff();  // the network may have stayed away
   if (form.shuts_down()) shell.window.close();
 }
 

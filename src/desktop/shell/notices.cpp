@@ -71,7 +71,7 @@ void Notices::LookForCutOff() {
   if (std::filesystem::exists(program_.folders.RunJournal(), IgnoreErrors())) {
     const platform::CancelToken none;
     const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-    auto mailings = journal ? run::CutOffMailings(**journal, run::LeftRun(program_.settings))
+    auto mailings = journal ? run::CutOffMailings(**journal, run::LeftRuns(program_.settings))
                             : Result<std::vector<run::MailingEntry>>(journal.error());
     if (!mailings) {
       emit Failed(mailings.error());
