@@ -111,7 +111,7 @@ std::optional<std::int64_t> KnownCount(const MailingEntry& mailing, const Recipi
   const std::int64_t count = CountIn(mailing.counts, choice.states);
   if (!choice.tried_again) return count;
   // They are all of these states, so that either all of them are counted or none.
-  const StateSet apart = choice.states & SetOf({ResultState::kDeferred, ResultState::kFailed});
+  const StateSet apart = choice.states & SetOf({ResultState::kDeferred, ResultState::kFailed, ResultState::kRefused});
   return apart.none() ? std::optional(count + mailing.tried_again) : std::nullopt;
 }
 

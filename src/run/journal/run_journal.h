@@ -57,7 +57,7 @@ struct MailingEntry {
   std::string group;
   std::int64_t recipients = 0;
   StateCounts counts;            // who of them is where, now
-  std::int64_t tried_again = 0;  // who of the deferred and failed were to be, when their run ended
+  std::int64_t tried_again = 0;  // who of the deferred, failed and refused were to be, when their run ended
   std::vector<RunEntry> runs;    // in the order in which they began
 };
 
