@@ -21,6 +21,7 @@ bool IsOfWay(const Outcome& outcome) {
 }
 
 bool IsOfAccount(const Outcome& outcome) {
+  if (!outcome.is_decided()) return false;
   switch (outcome.code) {
     case ResultCode::kAuthRefused:
     case ResultCode::kAuthNotOffered:

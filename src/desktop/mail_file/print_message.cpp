@@ -8,7 +8,6 @@
 #include <QTextFrame>
 #include <algorithm>
 #include <memory>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -178,9 +177,9 @@ class Pages {
     if (page + 1 < count_) return;
     const QFontMetrics metrics(painter_.font(), &printer_);
     line.setWidth(line.width() - metrics.horizontalAdvance(number + "  "));
-    for (const Sentence& words : std::views::reverse(printed_.left_out)) {
+    for (auto words = printed_.left_out.rbegin(); words != printed_.left_out.rend(); ++words) {
       painter_.drawText(line, Qt::AlignLeft | Qt::AlignBottom,
-                        metrics.elidedText(InWords(words), Qt::ElideRight, line.width()));
+                        metrics.elidedText(InWords(*words), Qt::ElideRight, line.width()));
       line.translate(0, -line_);
     }
   }

@@ -73,8 +73,8 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
   --transfer.awaited;
   if (BreaksPipelining(command, reply.code)) {
     window_.GiveUpPipelining();
-    end_ = {{State::kFailed, ResultCode::kBadResponse, reply, "The server does not keep the pipelining that it offers.",
-             Whereabouts::kNotOut}};
+    end_ = SessionEnd{.why = {State::kFailed, ResultCode::kBadResponse, reply,
+                              "The server does not keep the pipelining that it offers.", Whereabouts::kNotOut}};
     return;
   }
   const bool deferred = reply.code / 100 == 4;
