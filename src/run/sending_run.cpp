@@ -399,6 +399,8 @@ void Run::WayGivenUp(const smtp::Outcome& why) {
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
+  const bool are_tried_again = parts_.turns != nullptr && retries_.Takes(refusal, 1);
+  if (smtp::IsOfWay(refusal) && are_tried_again) return true;  // whoever wanted that thought of it
   LeaveThoseLost();
   Record();          // the answer may take days, and the program may be killed meanwhile
   telling_.Flush();  // who is asked may read it

@@ -96,6 +96,21 @@ class Retries(Case):
     def last_run(self):
         return max(row["run"] for row in self.run_lines("--json", "runs", "list")[0])
 
+    def test_nobody_is_asked_about_a_server_that_is_away_for_a_while(self):
+        """A run stops where twenty in a row find none; not where all of them are tried again."""
+        addresses = [f"r{n}@a.example" for n in range(25)]
+        server = self.server(lambda address, times: None, addresses, "Retries=2", "RetryAfter=1s")
+        port = server.listener.getsockname()[1]
+        self.account(1)
+        with self.popen(*self.mailing()) as process:
+            for _ in range(25):
+                self.assertEqual(json.loads(process.stdout.readline())["state"], "failed")
+            process.kill()
+            process.communicate()
+        self.account(port)
+        lines, code, err = self.run_lines("--json", "--yes", "runs", "resume", 1)
+        self.assertEqual((code, lines[-1]["sent"]), (0, 25), err)
+
     def test_results_counts_reports_and_the_journal_go_by_the_last_try(self):
         def answer(address, times):
             if address.startswith("never"):
