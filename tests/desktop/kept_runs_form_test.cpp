@@ -229,6 +229,21 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(asked->pace.connections, std::string("2"));
   }
 
+  // Another program may go on with it while the window asks; one recipient of these was not tried.
+  void nothingIsSentToOthersThanTheWindowTellsOf() {
+    test::FormRig rig;
+    rig.FillInAccount("1");
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    GoOnRequest request{.run = 1, .choice = run::WhoIsLeft(), .subject = "Hello", .group = "Readers", .recipients = 3};
+    SendMailForm1 form(rig.program, request, SendMailForm1::Server::kReal, nullptr);
+    form.show();
+    auto* button = form.findChild<QPushButton*>("SendButton");
+    QTest::mouseClick(button, Qt::LeftButton);
+    QTRY_COMPARE(button->text(), QString("Close"));
+    const QString status = form.findChild<QLabel*>("StatusLine")->text();
+    QVERIFY2(status.contains("meanwhile, and 1 recipient is left."), qPrintable(status));
+  }
+
   // What a resume leaves stands in the history behind the window of the runs as soon as it is over.
   void theHistoryShowsWhatWasSentFromTheRuns() {
     test::FormRig rig;

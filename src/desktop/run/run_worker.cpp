@@ -15,6 +15,15 @@ namespace {
 
 constexpr auto kPatience = std::chrono::seconds(2);  // for the message that is under way
 
+// What the window says, and what the person agreed to, is not so any more.
+Error OthersWentOn(std::int64_t left) {
+  return {
+      Failure::kNotPermitted,
+      SayOf(left, "Nothing was sent: another program has gone on with this run meanwhile, and {} recipient is left.",
+            "Nothing was sent: another program has gone on with this run meanwhile, and {} recipients are left."),
+      "Close this window, and choose the run once more."};
+}
+
 }  // namespace
 
 RunWorker::~RunWorker() {
@@ -52,6 +61,8 @@ void RunWorker::GoOnWith(const GoOnRequest& request, const Way& way) {
   Run([this, request, way]() -> Result<run::RunSummary> {
     auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, run::PlaceOf(program_, cancel_));
     if (!prepared) return prepared.error();
+    const std::int64_t left = prepared->group().recipients;
+    if (left != request.recipients) return OthersWentOn(left);
     prepared->GoOnlyOver(way.servers);
     prepared->Ask(way.pace);
     const auto changed = prepared->WhatChangedSince();
