@@ -1,5 +1,6 @@
 #include "run/sending_run.h"
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <utility>
@@ -18,8 +19,8 @@
 namespace quillcast::run {
 namespace {
 
-// So many who met the same in a row are kept in mind at most.
-constexpr std::size_t kMostInARow = 1000;
+// So many who were never lost before are lost in a row where it is asked whether to go on.
+constexpr std::ptrdiff_t kMostLostAnew = 20;
 
 // How often whoever holds a run is asked whether it goes on.
 constexpr std::chrono::milliseconds kHeldFor{500};
@@ -94,7 +95,10 @@ class Run final : public smtp::JobSource {
   void End();
   void NameThoseNotTried();
   void KeepLost(const RecipientInOrder& recipient);
+  bool AreLostAnew(const smtp::Outcome& last) const;
+  void FailThoseLost();
   void LeaveThoseLost();
+  void SettleThoseLost();
   void TellAboutPictures();
 
   const RunParts& parts_;
@@ -140,6 +144,7 @@ RunSummary Run::Execute() {
   if (run_) parts_.carrier.Carry(*this);
   if (!summary_.stopped) summary_.stopped = parts_.carrier.trouble();
   NameThoseNotTried();
+  if (run_) SettleThoseLost();
   End();
   summary_.history = history_;
   summary_.delivery = parts_.carrier.delivery();
@@ -399,8 +404,7 @@ void Run::WayGivenUp(const smtp::Outcome& why) {
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
-  const bool are_tried_again = parts_.turns != nullptr && retries_.Takes(refusal, 1);
-  if (smtp::IsOfWay(refusal) && are_tried_again) return true;  // whoever wanted that thought of it
+  if (smtp::IsOfWay(refusal) && !AreLostAnew(refusal)) return true;
   LeaveThoseLost();
   Record();          // the answer may take days, and the program may be killed meanwhile
   telling_.Flush();  // who is asked may read it
@@ -408,19 +412,38 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   return !does_not_go_on_;
 }
 
-// A run that ends since no server takes anything has failed none of those by whom that was found out.
+// Who is tried again by itself is no reason to ask; nor is who was lost in the run before, for then nobody would ever come
+// to those behind twenty at whom a server hangs up.
+bool Run::AreLostAnew(const smtp::Outcome& last) const {
+  if (parts_.turns != nullptr && retries_.Takes(last, 1)) return false;
+  const auto is_new = [](const Retry& whom) { return whom.before == 0; };
+  return std::ranges::count_if(lost_in_a_row_, is_new) >= kMostLostAnew;
+}
+
+// That no server takes anything is nobody's failure: they are to be tried again, unless the next one is taken or refused,
+// for then it was the way no more than the others' letters.
 void Run::KeepLost(const RecipientInOrder& recipient) {
-  if (!smtp::IsOfWay(recipient.outcome)) return lost_in_a_row_.clear();
-  if (lost_in_a_row_.size() < kMostInARow)
-    lost_in_a_row_.push_back({recipient.position, {}, recipient.tries, recipient.before.tries});
-  if (does_not_go_on_) LeaveThoseLost();
+  if (!smtp::IsOfWay(recipient.outcome)) return FailThoseLost();
+  const int tries = recipient.before.tries + recipient.tries;
+  if (parts_.turns != nullptr && retries_.Takes(recipient.outcome, tries)) return;
+  run_->IsTriedAgain(recipient.position, tries);
+  lost_in_a_row_.push_back({recipient.position, {}, recipient.tries, recipient.before.tries});
+}
+
+void Run::FailThoseLost() {
+  for (const Retry& whom : std::exchange(lost_in_a_row_, {})) run_->IsTriedAgain(whom.position, 0);
 }
 
 void Run::LeaveThoseLost() {
-  for (const Retry& whom : std::exchange(lost_in_a_row_, {})) {
-    run_->IsTriedAgain(whom.position, whom.before + whom.tries);
-    ++summary_.not_their_doing;
-  }
+  summary_.not_their_doing += std::ssize(lost_in_a_row_);
+  lost_in_a_row_.clear();
+}
+
+// Of the last in a row nobody knows what came behind them, where the run ended before its list, or reached nobody at all.
+void Run::SettleThoseLost() {
+  const bool reached_nobody = summary_.sent == 0 && summary_.failed == std::ssize(lost_in_a_row_);
+  const bool is_cut_short = summary_.stopped || IsCancelled() || does_not_go_on_;
+  is_cut_short || reached_nobody ? LeaveThoseLost() : FailThoseLost();
 }
 
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named

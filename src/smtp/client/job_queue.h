@@ -66,6 +66,7 @@ class JobQueue {
   // So many were lost one after the other, though each time a connection came about, and none was decided in between:
   // that is no fault of theirs.
   bool LosesAll() const { return lost_in_a_row_ + in_doubt_.size() > kMostLost; }
+  bool HasLostLately() const { return lost_in_a_row_ > 0; }
   // Why the first of those in doubt was lost.
   const Outcome& WhyInDoubt() const { return entries_[PlaceOf(in_doubt_.front())].outcome; }
   // The run is over for all that are not out: those that wait are left, as are those whose connection ends.

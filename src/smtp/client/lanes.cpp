@@ -66,7 +66,7 @@ void Lanes::EndWay(Lane& lane) {
   const std::size_t ready = CountReady();
   around_.window.SetConnections(ready);
   if (lane.connection) {
-    if (!around_.jobs.LosesAll()) lost_way_.Works();
+    if (!around_.jobs.HasLostLately()) lost_way_.Works();
     lost_way_.Found();
     TellInDoubt(lane, around_.clock.Monotonic() - way->began());
     return limit_.Opened();

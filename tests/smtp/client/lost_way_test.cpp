@@ -75,6 +75,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
            Case{"says that it is busy", "349", 60s, "sssssss", 1},
            Case{"is busy, and was never there", "49", 60s, "dssssss", 0},
            Case{"lets in and hangs up for a while", "3mmmmmm9", 60s, "sssffss", 1},
+           Case{"hangs up on three in a row", "3mmmmmmmmmmm9", 2s, "sssfffs", 2},
            Case{"comes again and is busy first", "3-49", 60s, "sssssss", 2},
            Case{"something else answers meanwhile", "3h9", 60s, "sssssss", 1},
            Case{"cancelled meanwhile", "3---------", 60s, "sssn", 1, true},
