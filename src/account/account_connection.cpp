@@ -24,7 +24,7 @@ Result<std::uint16_t> PortFrom(std::string_view text) {
 
 // Whether it may be one, in any script: what cannot be asked for is no fault of name servers.
 bool IsHost(std::string_view text) {
-  if (net::ParseIpAddress(text)) return true;
+  if (net::ParseIpAddress(text.substr(0, text.find('%')))) return true;  // also behind an interface that is away
   return !text.empty() && text.find_first_of(" \t/@[]<>:,?#%") == std::string_view::npos;
 }
 

@@ -64,7 +64,7 @@ void RunTelling::Settle(const RecipientInOrder& recipient) {
   }
   const bool again = DeferRetry(recipient);
   if (again) ++summary_.retries_left;
-  if (!again && smtp::IsOfAccount(recipient.outcome)) ++summary_.not_their_doing;
+  if (!again && smtp::IsOfSignIn(recipient.outcome)) ++summary_.not_their_doing;
   listener_.Finished({recipient.position, recipient.address, recipient.outcome, recipient.tries, again});
 }
 

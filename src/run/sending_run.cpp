@@ -95,7 +95,7 @@ class Run final : public smtp::JobSource {
   void End();
   void NameThoseNotTried();
   void KeepLost(const RecipientInOrder& recipient);
-  bool AreLostAnew(const smtp::Outcome& last) const;
+  bool AreLostAnew() const;
   void FailThoseLost();
   void LeaveThoseLost();
   void SettleThoseLost();
@@ -340,7 +340,7 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   const int tries = recipient.before.tries + recipient.tries;
   // Once the account is put right, whoever goes on with the run goes on with those too whom its fault refused.
   const bool is_tried_again = parts_.turns != nullptr && retries_.Takes(outcome, tries);
-  if (is_tried_again || smtp::IsOfAccount(outcome)) run_->IsTriedAgain(letter.position, tries);
+  if (is_tried_again || smtp::IsOfSignIn(outcome)) run_->IsTriedAgain(letter.position, tries);
   recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
   letter.message = nullptr;
   free_messages_.push_back(std::move(letter.rendered));
@@ -404,7 +404,7 @@ void Run::WayGivenUp(const smtp::Outcome& why) {
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
-  if (smtp::IsOfWay(refusal) && !AreLostAnew(refusal)) return true;
+  if (smtp::IsOfWay(refusal) && !AreLostAnew()) return true;
   LeaveThoseLost();
   Record();          // the answer may take days, and the program may be killed meanwhile
   telling_.Flush();  // who is asked may read it
@@ -412,18 +412,18 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   return !does_not_go_on_;
 }
 
-// Who is tried again by itself is no reason to ask; nor is who was lost in the run before, for then nobody would ever come
-// to those behind twenty at whom a server hangs up.
-bool Run::AreLostAnew(const smtp::Outcome& last) const {
-  if (parts_.turns != nullptr && retries_.Takes(last, 1)) return false;
+// Who is tried again by itself is no reason to ask; nor is who was lost in the run before, for then nobody would ever
+// come to those behind twenty at whom a server hangs up.
+bool Run::AreLostAnew() const {
   const auto is_new = [](const Retry& whom) { return whom.before == 0; };
   return std::ranges::count_if(lost_in_a_row_, is_new) >= kMostLostAnew;
 }
 
-// That no server takes anything is nobody's failure: they are to be tried again, unless the next one is taken or refused,
-// for then it was the way no more than the others' letters.
+// That no server takes anything, or not from this sender, is nobody's failure: they are to be tried again, unless the
+// server comes as far as to the next one's recipient, for then it was something of theirs.
 void Run::KeepLost(const RecipientInOrder& recipient) {
-  if (!smtp::IsOfWay(recipient.outcome)) return FailThoseLost();
+  if (smtp::IsOfSignIn(recipient.outcome)) return;
+  if (!smtp::IsOfWay(recipient.outcome) && !smtp::IsOfSender(recipient.outcome)) return FailThoseLost();
   const int tries = recipient.before.tries + recipient.tries;
   if (parts_.turns != nullptr && retries_.Takes(recipient.outcome, tries)) return;
   run_->IsTriedAgain(recipient.position, tries);
@@ -439,9 +439,11 @@ void Run::LeaveThoseLost() {
   lost_in_a_row_.clear();
 }
 
-// Of the last in a row nobody knows what came behind them, where the run ended before its list, or reached nobody at all.
+// Of the last in a row nobody knows what came behind them, where the run ended before its list, or reached nobody at
+// all.
 void Run::SettleThoseLost() {
-  const bool reached_nobody = summary_.sent == 0 && summary_.failed == std::ssize(lost_in_a_row_);
+  const bool reached_nobody =
+      summary_.sent == 0 && summary_.failed == summary_.not_their_doing + std::ssize(lost_in_a_row_);
   const bool is_cut_short = summary_.stopped || IsCancelled() || does_not_go_on_;
   is_cut_short || reached_nobody ? LeaveThoseLost() : FailThoseLost();
 }

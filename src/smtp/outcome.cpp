@@ -20,18 +20,14 @@ bool IsOfWay(const Outcome& outcome) {
   return outcome.state == State::kFailed && std::find(kCodes.begin(), kCodes.end(), outcome.code) != kCodes.end();
 }
 
-bool IsOfAccount(const Outcome& outcome) {
-  if (!outcome.is_decided()) return false;
-  switch (outcome.code) {
-    case ResultCode::kAuthRefused:
-    case ResultCode::kAuthNotOffered:
-      return true;
-    case ResultCode::kSenderRefused:
-    case ResultCode::kGreetingRefused:
-      return outcome.state == State::kRefused;
-    default:
-      return false;
-  }
+bool IsOfSender(const Outcome& outcome) {
+  const bool is_said_of_it = outcome.code == ResultCode::kSenderRefused || outcome.code == ResultCode::kGreetingRefused;
+  return is_said_of_it && outcome.state == State::kRefused;
+}
+
+bool IsOfSignIn(const Outcome& outcome) {
+  return outcome.is_decided() &&
+         (outcome.code == ResultCode::kAuthRefused || outcome.code == ResultCode::kAuthNotOffered);
 }
 
 void AddSentence(std::string& reason, std::string_view sentence) {

@@ -48,8 +48,10 @@ Outcome VerdictOf(ResultCode code, const ServerReply& reply);
 
 // Whether no server was reached, or let the message begin: whoever comes next meets that in one form or another.
 bool IsOfWay(const Outcome& outcome);
-// Whether it is the sender, the sign-in or the session that the server would not have: that of nobody in a list.
-bool IsOfAccount(const Outcome& outcome);
+// Whether it is the sender, or the session, that the server would not have: as a rule, but not of each message. Whether
+// it is the sign-in, which is nobody's in a list.
+bool IsOfSender(const Outcome& outcome);
+bool IsOfSignIn(const Outcome& outcome);
 
 // Puts a sentence behind what a reason says; nothing where there is none.
 void AddSentence(std::string& reason, std::string_view sentence);

@@ -111,6 +111,21 @@ class Retries(Case):
         lines, code, err = self.run_lines("--json", "--yes", "runs", "resume", 1)
         self.assertEqual((code, lines[-1]["sent"]), (0, 25), err)
 
+    def test_nobody_is_kept_waiting_by_a_few_at_whom_the_server_hangs_up(self):
+        """Those behind them are come to, in the run or by going on with it, and that comes to an end."""
+        few = [f"bad{n}@bad.example" for n in range(25)]
+        good = [f"r{n}@a.example" for n in range(30)]
+        for first, (addresses, resumes) in ((1, ([*few[:3], *good], 0)), (2, ([*few, *good], 1))):
+            with self.subTest(addresses=len(addresses)):
+                if first > 1:
+                    self.ok("--yes", "group", "delete", "All")
+                server = self.server(lambda address, times: "421 4.3.2 no" if "bad" in address else None, addresses)
+                self.run_program(*self.mailing())
+                for _ in range(resumes):
+                    self.run_program("--yes", "runs", "resume", first)
+                self.assertEqual(sum(server.taken.values()), 30)
+                self.assertEqual(self.run_program("--yes", "runs", "resume", first)[0], 66)
+
     def test_results_counts_reports_and_the_journal_go_by_the_last_try(self):
         def answer(address, times):
             if address.startswith("never"):

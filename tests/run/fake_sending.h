@@ -245,7 +245,10 @@ class FakeRun final : public JournalledRun {
     told_[position] = settled;
     if (outcome.is_decided()) kept_.tries.erase(position);
   }
-  void IsTriedAgain(std::int64_t position, int tries) override { kept_.tries[position] = tries; }
+  void IsTriedAgain(std::int64_t position, int tries) override {
+    if (tries == 0) kept_.tries.erase(position);
+    if (tries != 0) kept_.tries[position] = tries;
+  }
   Result<void> Record() override {
     if (kept_.fails_at > 0 && ++records_ >= kept_.fails_at) return Error{Failure::kIo, "The journal is full.", ""};
     for (const auto& [position, state] : std::exchange(told_, {})) kept_.states[position] = state;

@@ -103,7 +103,7 @@ class JournalledRun {
   // What became of it. Where that is not decided it was left, came back or was kept back: it counts as not tried.
   virtual void Settled(std::int64_t position, const smtp::Outcome& outcome) = 0;
   // Somebody who is settled is to be tried again, after so many tries: known from the next Record on, should the run
-  // end before that.
+  // end before that. After 0: no more.
   virtual void IsTriedAgain(std::int64_t position, int tries) = 0;
   // Keeps all that was told since the last time, as one: what returned well outlives a kill of this process, and, but
   // for the last kDoubtful recipients, a loss of power. Waits for the disk where that takes longer than sending. After

@@ -609,6 +609,7 @@ TEST(ConnectionTestInput, IsCheckedInOrder) {
            {"mx.example", "70000", "", "\"70000\" is no port of a mail server."},
            {"mx.example", "smtp", "", "\"smtp\" is no port of a mail server."},
            {" ; ", "25", "", "That is no name of a server."},
+           {"127.0.0.1;fe80::1%nowhere7; [fe80::1%nowhere7]:25", "0", "", "\"0\" is no port of a mail server."},
            {":2525", "25", "", "\":2525\" is no name of a mail server."},
            {"mx.example; []:25", "25", "", "\"[]:25\" is no name of a mail server."},
            {"x y", "25", "", "\"x y\" is no name of a mail server."},
