@@ -35,7 +35,7 @@ class LostWay {
     return !is_over_;
   }
   // They come about, and one message after the other is lost: a server that starts anew, or one behind which there is
-  // none. True where those wait until again(); once only, and a minute at most, for it may be their own doing.
+  // none. True where those wait until again(); once only, and half a minute at most, for it may be their own doing.
   bool Falters(platform::Instant now) {
     if (has_faltered_ || patience_.count() == 0) return false;
     const bool took_too_long = falters_ && now >= *since_ + kLongestFalter;
@@ -53,7 +53,7 @@ class LostWay {
  private:
   static constexpr std::chrono::seconds kFirstPause{1};
   static constexpr std::chrono::seconds kLongestPause{30};
-  static constexpr std::chrono::seconds kLongestFalter{60};  // a server starts anew within that
+  static constexpr std::chrono::seconds kLongestFalter{30};  // a server starts anew within that
 
   void Begins() {
     since_.reset();
