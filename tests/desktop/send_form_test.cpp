@@ -284,6 +284,7 @@ class SendFormTest : public QObject {
     Scene scene(20000);
     scene.Press("SendButton");
     QTRY_COMPARE(scene.Caption(), QString("Cancel"));
+    QTRY_VERIFY(scene.Arrived() > 0);  // a run that has not begun is none to be gone on with
     scene.form->close();
     QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
     QVERIFY(scene.form->isVisible());
@@ -414,7 +415,7 @@ class SendFormTest : public QObject {
       QVERIFY(scene.Arrived() < 20000);
       if (end == End::kOfTheNetwork) {
         scene.mailbox.GoAway();
-        QTRY_COMPARE(scene.Caption(), QString("Close"));
+        QTRY_COMPARE_WITH_TIMEOUT(scene.Caption(), QString("Close"), 20000);
       }
       if (is_cancelled) {
         scene.rig.prompts.answers = {platform::Answer::kYes};
