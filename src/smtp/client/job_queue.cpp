@@ -45,7 +45,7 @@ int Breaker::TimeToAsk(const Outcome& outcome) {
 void JobQueue::Begin(JobSource& source) {
   source_ = &source;
   exhausted_ = given_up_ = is_over_ = false;
-  lost_in_a_row_ = 0;
+  lost_in_a_row_ = lost_together_ = 0;
 }
 
 Job* JobQueue::Next() {
@@ -88,6 +88,7 @@ Job* JobQueue::TakeNew() {
 }
 
 void JobQueue::WaitAll() {
+  lost_together_ = 0;
   for (const std::uint64_t number : std::exchange(in_doubt_, {})) Wait(number);
 }
 
@@ -98,9 +99,9 @@ void JobQueue::WayLost() {
 }
 
 void JobQueue::WayFound() {
+  lost_in_a_row_ += std::exchange(lost_together_, 0);
   for (const std::uint64_t number : std::exchange(in_doubt_, {})) {
     Entry& entry = EntryOf(number);
-    ++lost_in_a_row_;
     Tell(entry, Outcome(entry.outcome));
   }
 }
@@ -153,7 +154,7 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   --submitted_;
   Entry& entry = EntryOf(number);
   if (outcome.is_decided()) {
-    lost_in_a_row_ = 0;
+    lost_in_a_row_ = lost_together_ = 0;
     return Tell(entry, outcome);
   }
   if (IsStopped()) return Tell(entry, Left());
@@ -171,6 +172,7 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   entry.outcome = std::move(last);
   ComesBack(entry);
   in_doubt_.push_back(number);
+  ++lost_together_;
 }
 
 void JobQueue::ComesBack(Entry& entry) {

@@ -63,9 +63,9 @@ class JobQueue {
   void WayLost();
   // It was not: they have their outcome.
   void WayFound();
-  // So many were lost one after the other, though each time a connection came about, and none was decided in between:
-  // that is no fault of theirs.
-  bool LosesAll() const { return lost_in_a_row_ + in_doubt_.size() > kMostLost; }
+  // So many were lost one after the other, though each time a connection came about, none was decided in between, and
+  // none is out over another connection: that is no fault of theirs.
+  bool LosesAll() const { return submitted_ == 0 && lost_in_a_row_ + lost_together_ > kMostLost; }
   bool HasLostLately() const { return lost_in_a_row_ > 0; }
   // Why the first of those in doubt was lost.
   const Outcome& WhyInDoubt() const { return entries_[PlaceOf(in_doubt_.front())].outcome; }
@@ -136,6 +136,7 @@ class JobQueue {
   std::vector<Lane> lanes_;
   std::vector<std::uint64_t> in_doubt_;
   std::size_t lost_in_a_row_ = 0;  // told as lost since one was decided
+  std::size_t lost_together_ = 0;  // in doubt since then
   const bool waits_for_way_;
   std::size_t submitted_ = 0;  // over all of them
   std::string between_;        // lines that stand before those of the next job

@@ -105,6 +105,33 @@ TEST(JobQueue, MovesAMessageOnceForEachLoss) {
   }
 }
 
+// Several that are lost are no sign that the server takes nothing where it takes others, or may.
+TEST(JobQueue, LosesAllWhereNoneIsDecidedBetween) {
+  struct Case {
+    const char* steps;  // of one after the other: lost 'x', sent 's', out over another connection 'o'; found out 't'
+    bool all;
+  };
+  for (const Case& c : {Case{"xx", false}, Case{"xxx", true}, Case{"xtxtx", true}, Case{"xsxsx", false},
+                        Case{"xxxo", false}, Case{"xxxsx", false}, Case{"xsxstx", false}, Case{"xxtxs", false}}) {
+    SCOPED_TRACE(c.steps);
+    const platform::CancelToken cancel;
+    Letters letters(9);
+    JobQueue queue(cancel, 2, true);
+    queue.Begin(letters);
+    for (const char step : std::string_view(c.steps)) {
+      if (step == 't') {
+        queue.WayFound();
+        continue;
+      }
+      ASSERT_NE(queue.Next(), nullptr);
+      queue.Submitted(step == 'o' ? 1 : 0);
+      if (step == 'x') queue.Settle(0, WithWhereabouts(Whereabouts::kSilent));
+      if (step == 's') queue.Settle(0, {State::kSent, ResultCode::kSuccess, {250, "2.0.0", "taken"}, {}});
+    }
+    EXPECT_EQ(queue.LosesAll(), c.all);
+  }
+}
+
 class HeldLetters final : public Letters {
  public:
   using Letters::Letters;
