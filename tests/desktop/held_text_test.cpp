@@ -242,8 +242,10 @@ class HeldTextTest : public QObject {
     QTRY_COMPARE(restored.size(), 1);
     const auto left = scene.Editor().Text()->count('k');
     QVERIFY2(left >= 25, qPrintable(QString::number(left)));
-    QVERIFY(restored.first().first().toBool() == (left == 60));
-    QVERIFY(scene.Status().contains("may be missing") == (left != 60));
+    // Whoever typed a moment ago is told that a letter may be missing, also where none is: the page had it already.
+    const bool is_whole = restored.first().first().toBool();
+    QVERIFY2(!is_whole || left == 60, qPrintable(QString::number(left)));
+    QVERIFY(scene.Status().contains("may be missing") == !is_whole);
     QVERIFY(Label(scene).endsWith("not saved"));
     QVERIFY(Draft(scene).count('k') >= 25);
     scene.window->skip_save_prompt = true;
