@@ -50,6 +50,7 @@ struct GoingOn {
   std::int64_t recipients = 0;          // that are chosen
   ThawedInputs frozen;                  // its files are the journal's
   std::optional<FrozenPace> pace = {};  // of its last run
+  std::optional<PaceTexts> began_at;    // the account's, as its first run of which that is known found it
 };
 
 // The account is read, and the message compiled, at the first question that needs it, and is then the same for all. The

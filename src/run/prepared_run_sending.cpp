@@ -22,6 +22,18 @@ namespace quillcast::run {
 
 using account::AccountSettings;
 
+namespace {
+
+// What is other by now is told since the mailing began, whoever went on with it meanwhile.
+std::optional<PaceTexts> PaceAtFirst(const MailingEntry& mailing, const platform::Clock& clock) {
+  for (const RunEntry& run : mailing.runs) {
+    if (const auto pace = IgnoreErrors(ReadFrozenPace(run.pace, clock), std::nullopt)) return pace->account;
+  }
+  return {};
+}
+
+}  // namespace
+
 Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const RecipientChoice& choice, const RunPlace& place) {
   auto journal = OpenJournal(place.folders, place.clock, place.cancel);
   if (!journal) return journal.error();
@@ -33,11 +45,12 @@ Result<PreparedRun> PrepareToGoOn(RunId run, RunKind kind, const RecipientChoice
   if (!frozen) return frozen.error();
   auto pace = ReadFrozenPace(mailing->runs.back().pace, place.clock);
   if (!pace) return pace.error();
+  auto began_at = PaceAtFirst(*mailing, place.clock);
   const auto recipients = CountChosen(**journal, *mailing, choice);
   if (!recipients) return recipients.error();
-  return PreparedRun(
-      {*std::move(journal), *std::move(mailing), kind, choice, *recipients, *std::move(frozen), *std::move(pace)},
-      place);
+  return PreparedRun({*std::move(journal), *std::move(mailing), kind, choice, *recipients, *std::move(frozen),
+                      *std::move(pace), std::move(began_at)},
+                     place);
 }
 
 PreparedRun::PreparedRun(GoingOn going_on, const RunPlace& place)
@@ -78,8 +91,8 @@ Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
     recipients = *count;
   }
   auto changes = WhatChanged(going_on_->frozen, {nullptr, *account, *std::move(format), recipients});
-  if (going_on_->pace) {
-    const auto names = ChangedSince(*going_on_->pace, PaceOptions(), account::PaceTextsOf(*account));
+  if (going_on_->began_at) {
+    const auto names = ChangedSince(*going_on_->began_at, PaceOptions(), account::PaceTextsOf(*account));
     if (!names.empty()) {
       changes.push_back(Say("Since then the account's pace has changed, and the run goes by what it is now: {}.",
                             fmt::format("{}", fmt::join(names, ", "))));

@@ -300,7 +300,9 @@ class Retries(Case):
                     self.assertEqual(code, 66)
                     self.assertIn("There are: 1 sent, 2 deferred. quillcast runs retry 1 --state deferred sends to those again.",
                                   err.replace("\n", " "))
-                self.ok("runs", *more, "--rate", "none")
+                code, _, err = self.run_program("runs", *more, "--rate", "none")
+                self.assertEqual(code, 0, err)
+                self.assertIn("goes by what it is now: QuotaHour.", err)  # since the mailing began, not since it went on
                 self.assertEqual(server.taken, dict.fromkeys(late, 1))
 
     def test_a_retry_keeps_to_the_pace_and_other_domains_are_not_held_up(self):

@@ -13,6 +13,7 @@
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/widgets/row_list.h"
 #include "platform/file.h"
+#include "run/frozen/frozen_pace.h"
 #include "support/kept_mailing.h"
 
 namespace quillcast::desktop {
@@ -227,6 +228,42 @@ class KeptRunsFormTest : public QObject {
     Press(runs, "SendToTheseButton");
     QVERIFY(asked);
     QCOMPARE(asked->pace.connections, std::string("2"));
+  }
+
+  // Since the mailing began, whichever run went on with it meanwhile; and with the pace that is chosen in the window.
+  void whatHasChangedGoesByTheChosenPace() {
+    test::FormRig rig;
+    rig.FillInAccount("1");
+    const auto begun = run::FrozenPaceText({{}, {.quota_hour = "500"}});
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers", false, 5, begun));
+    QVERIFY(rig.settings.Write("Account", "QuotaHour", "7"));
+    {
+      const platform::CancelToken none;
+      const auto journal = run::OpenJournal(rig.folders, rig.clock, none);
+      QVERIFY((*journal)->GoOn(1, run::RunKind::kResume, run::WhoIsLeft(),
+                               {"base", run::FrozenPaceText({{}, {.quota_hour = "7"}})}));
+    }
+    SendMailForm1 form(rig.program,
+                       {.run = 1, .choice = run::WhoIsLeft(), .subject = "Hello", .group = "Readers", .recipients = 1},
+                       SendMailForm1::Server::kReal, nullptr);
+    form.OfferAccount([&](QWidget*) { QVERIFY(rig.settings.Write("Account", "SlowDown", "1")); });
+    form.show();
+    const auto changed = [&] { return test::RowsOf(form, "NotesList").filter("pace has changed").join('/'); };
+    QTRY_COMPARE(changed(), QString("Since then the account's pace has changed, and the run goes by what it is now: "
+                                    "QuotaHour."));
+    struct Case {
+      const char* press;
+      const char* an_hour;
+      const char* changed;
+    };
+    for (const Case& c : {Case{"UseButton", "90", ""}, Case{"AccountPaceButton", "90", "SlowDown."}}) {
+      test::WhileOpen("RunPaceForm", [&](QDialog& pace) {
+        pace.findChild<QLineEdit*>("QuotaHourTextBox")->setText(c.an_hour);
+        Press(pace, c.press);
+      });
+      Press(form, "PaceButton");
+      QTRY_COMPARE(changed().section(": ", 1), QString(c.changed));
+    }
   }
 
   // Another program may go on with it while the window asks; one recipient of these was not tried.

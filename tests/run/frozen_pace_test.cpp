@@ -28,7 +28,8 @@ TEST(FrozenPaceTest, ComesBackAsItWasButForItsBeginning) {
   EXPECT_EQ(account::PaceInWords(options), "Rate=10/s, Hours=9-17, Retries=3, RetryAfter=90s, SlowDown=true");
   EXPECT_EQ(account::PaceInWords({.rate = " None ", .retries = "0", .slow_down = "no"}), "");
   // What an option said is not asked of the account.
-  EXPECT_EQ(ChangedSince(**thawed, options, {.rate = "1/h", .quota_day = "5", .connections = "9"}),
+  EXPECT_EQ(ChangedSince((*thawed)->account, options,
+                         {.rate = "1/h", .quota_day = "5", .connections = "9", .slow_down = "0"}),
             (std::vector<std::string>{"QuotaHour", "QuotaDay", "DomainRate", "PauseAfter"}));
   EXPECT_FALSE(*ReadFrozenPace("", clock)) << "of a version that kept none";
 }

@@ -12,7 +12,7 @@ namespace quillcast::test {
 // Of the recipients the first was sent, the second refused, the third deferred, which was to be tried again where the
 // run had retries, and the fourth in flight.
 inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::string& group, bool has_retries = false,
-                                int recipients = 5) {
+                                int recipients = 5, const std::string& pace = {}) {
   static const platform::SystemClock clock;
   static const platform::CancelToken none;
   const auto journal = run::OpenJournal(folders, clock, none);
@@ -28,7 +28,7 @@ inline Result<void> LeaveCutOff(const profile::Folders& folders, const std::stri
   std::vector<std::string> addresses;
   for (int n = 1; n <= recipients; ++n) addresses.push_back(FakeRows::AddressAt(n));
   FakeRows rows(addresses);
-  const auto run = (*journal)->Begin(*mailing, rows, {}, {"11-27-2026_08-00-00_Hello"});
+  const auto run = (*journal)->Begin(*mailing, rows, {}, {"11-27-2026_08-00-00_Hello", pace});
   if (!run) return run.error();
   recipients::Recipient recipient;
   std::int64_t position = 0;

@@ -49,17 +49,19 @@ void NotesPanel::LookAt(const document::MessageDocument& document, const run::Ch
   });
 }
 
-void NotesPanel::LookAt(const GoOnRequest& request) {
+void NotesPanel::LookAt(const GoOnRequest& request, const run::PaceTexts& pace) {
   notes_->hide();
   state_->Say(tr("Looking at what has changed since the run began…"));
-  look_->Start([this, request, &program = program_](const platform::CancelToken& cancel) -> std::function<void()> {
-    auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, run::PlaceOf(program, cancel));
-    auto changes = prepared ? prepared->WhatChangedSince() : Result<std::vector<Sentence>>(prepared.error());
-    return [this, changes = std::move(changes)] {
-      Show(changes ? InWords(*changes) : QStringList(InWords(changes.error())), {});
-      if (found_.isEmpty()) state_->Say(tr("Nothing has changed since the run began."));
-    };
-  });
+  look_->Start(
+      [this, request, pace, &program = program_](const platform::CancelToken& cancel) -> std::function<void()> {
+        auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, run::PlaceOf(program, cancel));
+        if (prepared) prepared->Ask(pace);
+        auto changes = prepared ? prepared->WhatChangedSince() : Result<std::vector<Sentence>>(prepared.error());
+        return [this, changes = std::move(changes)] {
+          Show(changes ? InWords(*changes) : QStringList(InWords(changes.error())), {});
+          if (found_.isEmpty()) state_->Say(tr("Nothing has changed since the run began."));
+        };
+      });
 }
 
 void NotesPanel::Show(const QStringList& troubles, const QStringList& others) {

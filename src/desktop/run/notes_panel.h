@@ -24,8 +24,8 @@ class NotesPanel final : public QWidget {
   void AddQuestion(QWidget* question);
   // Looks, and shows what there is to say; anew when it is called again.
   void LookAt(const document::MessageDocument& document, const run::ChosenGroup& group);
-  // The same for a kept run: what is other by now than it was when it began.
-  void LookAt(const GoOnRequest& request);
+  // The same for a kept run: what is other by now than it was when it began, where it is to go at this pace.
+  void LookAt(const GoOnRequest& request, const run::PaceTexts& pace);
   // The run begins: what was not found by now is told by the run.
   void Close();
 

@@ -114,6 +114,7 @@ void RunHeading::ChoosePace() {
   if (form.exec() == QDialog::Accepted) pace_ = form.chosen();
   if (ServersAreAsShown()) ShowRoute();  // who sends may be another, too
   ShowPace();
+  emit Chosen();
 }
 
 void RunHeading::Begins() { pace_button_->setEnabled(false); }

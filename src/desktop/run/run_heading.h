@@ -36,8 +36,9 @@ class RunHeading final : public QWidget {
   void Begins();
 
  signals:
-  // The person is about to choose.
+  // The person is about to choose; and has: the pace may be another, or the account.
   void Choosing();
+  void Chosen();
 
  private:
   void ShowRoute();

@@ -108,7 +108,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, const GoOnRequest&
   setWindowTitle(tr("Go On with a Run"));
   range_->hide();
   heading_->GoesOnWith(request.pace);
-  before_->LookAt(request);
+  before_->LookAt(request, heading_->way().pace);
 }
 
 void SendMailForm1::BuildWindow() {
@@ -143,6 +143,9 @@ void SendMailForm1::BuildWindow() {
 void SendMailForm1::Connect() {
   // A run that waits only for what there is to ask begins at no pace that is being chosen.
   connect(heading_, &RunHeading::Choosing, this, [this] { wants_to_send_ = false; });
+  connect(heading_, &RunHeading::Chosen, this, [this] {
+    if (request_) before_->LookAt(*request_, heading_->way().pace);
+  });
   connect(progress_, &ProgressPanel::Pressed, this, &SendMailForm1::ButtonPressed);
   connect(hold_, &QPushButton::clicked, this, &SendMailForm1::HoldOrGoOn);
   connect(tick_, &QTimer::timeout, this, &SendMailForm1::TakeNews);

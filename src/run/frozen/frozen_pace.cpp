@@ -48,10 +48,11 @@ PaceTexts OptionsIn(std::string_view text, const platform::Clock& clock) {
   return frozen ? frozen->options : PaceTexts();
 }
 
-std::vector<std::string> ChangedSince(const FrozenPace& then, const PaceTexts& options, const PaceTexts& account) {
+std::vector<std::string> ChangedSince(const PaceTexts& then, const PaceTexts& options, const PaceTexts& account) {
+  const PaceTexts changed = account::InsteadOf(then, account);
   std::vector<std::string> names;
   for (const auto& [name, text, key] : account::PaceNames()) {
-    if ((options.*text).empty() && then.account.*text != account.*text) names.emplace_back(name);
+    if ((options.*text).empty() && !(changed.*text).empty()) names.emplace_back(name);
   }
   return names;
 }

@@ -25,7 +25,7 @@ Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const pl
 // The options in it; none where it cannot be read, which whoever goes on with the run is told.
 PaceTexts OptionsIn(std::string_view text, const platform::Clock& clock);
 
-// The names of the account's settings that are other now and that the run goes by.
-std::vector<std::string> ChangedSince(const FrozenPace& then, const PaceTexts& options, const PaceTexts& account);
+// The names of the account's settings that ask for something else now than `then`, and that the run goes by.
+std::vector<std::string> ChangedSince(const PaceTexts& then, const PaceTexts& options, const PaceTexts& account);
 
 }  // namespace quillcast::run
