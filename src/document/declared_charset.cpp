@@ -47,12 +47,12 @@ std::string_view FirstCharset(std::string_view html) {
   return {};
 }
 
-// Of <?xml version="1.0" encoding="utf-8"?> at the start.
+// Of <?xml version="1.0" encoding="utf-8"?>, with nothing before it (XML 1.0 2.8); browsers take it to end at the first
+// ">", whatever stands there.
 std::string_view CharsetOfXml(std::string_view html) {
   constexpr std::string_view kName = "encoding";
-  html = platform::Trim(html);
   if (!html.starts_with("<?xml")) return {};
-  const std::string_view declaration = html.substr(0, html.find("?>"));
+  const std::string_view declaration = html.substr(0, html.find('>'));
   const std::size_t at = declaration.find(kName);
   if (at == std::string_view::npos) return {};
   std::string_view rest = platform::Trim(declaration.substr(at + kName.size()));

@@ -76,8 +76,8 @@ TEST(DeclaredCharset, GivesWayToTheSetThatADocumentIsSavedIn) {
   const std::string xml = "<?xml version=\"1.0\" encoding = \"koi8-r\" standalone=\"yes\"?>\n";
   EXPECT_EQ(WithCharset(xml + "x", BodyEncoding::kDeclared),
             xml.substr(0, xml.size() - 1) + "<meta charset=\"koi8-r\">\nx");
-  for (const char* none :
-       {"<?xml version='1.0'?>", "<?xml encoding", "<?xml encoding=", "<?xml encoding='x", "encoding='x'"})
+  for (const char* none : {"<?xml version='1.0'?>", "<?xml encoding", "<?xml encoding=", "<?xml encoding='x",
+                           "encoding='x'", "<?xml version='1.0'><p>encoding='koi8-r'?>", "\n<?xml encoding='koi8-r'?>"})
     EXPECT_EQ(DeclaredCharset(none), "") << none;
 }
 
