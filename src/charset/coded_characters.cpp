@@ -4,19 +4,15 @@
 #include <unicode/unorm2.h>
 
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <string_view>
+
+#include "charset/converter.h"
 
 namespace quillcast::charset {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-
-struct CloseConverter {
-  void operator()(UConverter* converter) const { ucnv_close(converter); }
-};
-using Converter = std::unique_ptr<UConverter, CloseConverter>;
 
 // Where a converter departs from the standard of the set, or readers disagree about the bytes: these are left out (0).
 struct Correction {
@@ -148,9 +144,9 @@ CodedCharacters ReadCharacters(const CharacterSource& source) {
   CodedCharacters characters;
   Converter converter;
   if (source.converter != nullptr) {
+    converter = OpenConverter(source.converter);
+    if (!converter) return characters;
     UErrorCode status = U_ZERO_ERROR;
-    converter.reset(ucnv_open(source.converter, &status));
-    if (U_FAILURE(status)) return characters;
     ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
   }
   for (const ByteArea& area : source.areas) {

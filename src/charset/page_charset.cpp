@@ -5,17 +5,12 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 
+#include "charset/converter.h"
 #include "platform/text.h"
 
 namespace quillcast::charset {
 namespace {
-
-struct CloseConverter {
-  void operator()(UConverter* converter) const { ucnv_close(converter); }
-};
-using Converter = std::unique_ptr<UConverter, CloseConverter>;
 
 // What browsers take in place of a set (the encoding standard of the WHATWG), and which of the library's tables of one
 // name they mean.
@@ -64,10 +59,8 @@ Converter Open(std::string_view label) {
   if (!IsPlainName(label)) return nullptr;
   const auto* const row =
       std::ranges::find_if(kRows, [&](const Row& one) { return platform::EqualsIgnoringAsciiCase(one.label, label); });
-  const std::string name = row == kRows.end() ? std::string(label) : row->converter;
-  UErrorCode status = U_ZERO_ERROR;
-  Converter converter(ucnv_open(name.c_str(), &status));
-  return U_SUCCESS(status) != 0 && HoldsAscii(converter.get()) ? std::move(converter) : nullptr;
+  Converter converter = OpenConverter(row == kRows.end() ? label : row->converter);
+  return converter && HoldsAscii(converter.get()) ? std::move(converter) : nullptr;
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ class ImportReport {
   void AppendEncoded(std::string_view text);
 
   std::optional<platform::FileWriter> writer_;
-  Converter converter_;  // none: the code page is UTF-8
+  charset::Converter converter_;  // none: the code page is UTF-8
   std::string kept_back_;
 };
 

@@ -157,7 +157,7 @@ TextEncoding MarkedBy(const ByteOrderMark& mark) {
 }
 
 TextEncoding OtherThanUtf8(std::string_view system_code_page) {
-  if (platform::IsUtf8Codeset(system_code_page) || !OpenConverter(system_code_page)) {
+  if (platform::IsUtf8Codeset(system_code_page) || !charset::OpenConverter(system_code_page)) {
     return {.name = "windows-1252", .how_known = "it is not valid UTF-8"};
   }
   return {.name = std::string(system_code_page), .how_known = "the system's code page"};
@@ -165,17 +165,9 @@ TextEncoding OtherThanUtf8(std::string_view system_code_page) {
 
 }  // namespace
 
-void CloseConverter::operator()(UConverter* converter) const { ucnv_close(converter); }
-
-Converter OpenConverter(std::string_view encoding) {
-  UErrorCode status = U_ZERO_ERROR;
-  Converter converter(ucnv_open(std::string(encoding).c_str(), &status));
-  return U_SUCCESS(status) ? std::move(converter) : nullptr;
-}
-
 bool IsSameEncoding(std::string_view a, std::string_view b) {
   const auto name_of = [](std::string_view name) {
-    const auto converter = OpenConverter(name);
+    const auto converter = charset::OpenConverter(name);
     UErrorCode status = U_ZERO_ERROR;
     const char* found = converter ? ucnv_getName(converter.get(), &status) : nullptr;
     return std::string(found == nullptr ? name : found);
@@ -221,7 +213,7 @@ Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, 
 }
 
 Result<void> CheckEncodingName(std::string_view name) {
-  if (name.empty() || OpenConverter(name)) return {};
+  if (name.empty() || charset::OpenConverter(name)) return {};
   return Error{Failure::kUsage, Say("\"{}\" is no known encoding.", platform::Printable(name, 100)),
                R"(Name one as in "UTF-8", "ISO-8859-1", "windows-1252", "Shift_JIS".)"};
 }

@@ -3,24 +3,14 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 
+#include "charset/converter.h"
 #include "platform/cancel.h"
 #include "platform/result.h"
 
-struct UConverter;
-
 namespace quillcast::recipients {
-
-struct CloseConverter {
-  void operator()(UConverter* converter) const;
-};
-using Converter = std::unique_ptr<UConverter, CloseConverter>;
-
-// Nothing for a name that is not known.
-Converter OpenConverter(std::string_view encoding);
 
 struct TextEncoding {
   std::string name;                // "UTF-8", "windows-1252"

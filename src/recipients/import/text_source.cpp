@@ -49,7 +49,7 @@ Result<TextSource> TextSource::OpenFile(const std::filesystem::path& path, const
 
 Result<void> TextSource::Begin(TextEncoding encoding) {
   encoding_ = std::move(encoding);
-  if (!IsSameEncoding(encoding_.name, "UTF-8")) converter_ = OpenConverter(encoding_.name);
+  if (!IsSameEncoding(encoding_.name, "UTF-8")) converter_ = charset::OpenConverter(encoding_.name);
   bytes_read_ = encoding_.mark_length;
   if (::lseek(fd_.get(), static_cast<off_t>(bytes_read_), SEEK_SET) < 0)
     return platform::SystemError("read", path_, errno);

@@ -43,7 +43,7 @@ class TextSource {
   std::uint64_t size_ = 0;
   std::uint64_t bytes_read_ = 0;
   TextEncoding encoding_;
-  Converter converter_;  // none: the bytes are UTF-8
+  charset::Converter converter_;  // none: the bytes are UTF-8
   std::string buffer_;
   std::string split_;       // the beginning of a character whose end is in the next block
   char16_t high_half_ = 0;  // of a surrogate pair whose low half comes next
