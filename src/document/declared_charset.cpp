@@ -1,5 +1,6 @@
 #include "document/declared_charset.h"
 
+#include "charset/page_charset.h"
 #include "html/html_tokenizer.h"
 #include "platform/text.h"
 
@@ -97,6 +98,12 @@ bool IsUtf8Label(std::string_view label) {
   return platform::EqualsIgnoringAsciiCase(label, "utf-8") || platform::EqualsIgnoringAsciiCase(label, "utf8");
 }
 
+// Whether what is saved in `encoding` may go on declaring this set.
+bool MayDeclare(std::string_view label, BodyEncoding encoding) {
+  if (encoding == BodyEncoding::kUtf8) return IsUtf8Label(label);
+  return encoding != BodyEncoding::kDeclared || IsUtf8Label(label) || charset::IsPageCharset(label);
+}
+
 std::string WithCharset(std::string_view html, BodyEncoding encoding) {
   std::string out(html);
   const std::string_view declared = FirstCharset(html);
@@ -104,8 +111,8 @@ std::string WithCharset(std::string_view html, BodyEncoding encoding) {
   const std::string name = encoding == BodyEncoding::kWindows1252 ? "windows-1252" : of_xml.empty() ? "utf-8" : of_xml;
   if (declared.empty()) {
     out.insert(StartOfHead(html), "<meta charset=\"" + name + "\">");
-  } else if (encoding == BodyEncoding::kUtf8 && !IsUtf8Label(declared)) {
-    out.replace(static_cast<std::size_t>(declared.data() - html.data()), declared.size(), name);
+  } else if (!MayDeclare(declared, encoding)) {
+    out.replace(static_cast<std::size_t>(declared.data() - html.data()), declared.size(), "utf-8");
   }
   return out;
 }

@@ -73,6 +73,8 @@ TEST(DeclaredCharset, GivesWayToTheSetThatADocumentIsSavedIn) {
     for (const auto kept : {BodyEncoding::kDeclared, BodyEncoding::kUtf16Little, BodyEncoding::kWindows1252})
       EXPECT_EQ(WithCharset(c.html, kept), c.html);
   }
+  // A set that no page can be in is not where it goes back to.
+  EXPECT_EQ(WithCharset("<meta charset=utf-7>", BodyEncoding::kDeclared), "<meta charset=utf-8>");
   const std::string xml = "<?xml version=\"1.0\" encoding = \"koi8-r\" standalone=\"yes\"?>\n";
   EXPECT_EQ(WithCharset(xml + "x", BodyEncoding::kDeclared),
             xml.substr(0, xml.size() - 1) + "<meta charset=\"koi8-r\">\nx");

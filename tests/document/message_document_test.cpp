@@ -92,6 +92,12 @@ TEST(Body, IsReadInTheEncodingThatItHas) {
            {"jis.html", "<meta charset=iso-2022-jp>\x1B$B%F%9\x1B(B", "<meta charset=iso-2022-jp>テス"},
            {"gbk.html", "<meta charset=gb2312>\xD6\xD0\xE9\x46\x80", "<meta charset=gb2312>中镕€"},
            {"hebrew.html", "<meta charset=windows-1255>\xF9\xEC", "<meta charset=windows-1255>של"},
+           {"euc-jp.html", "<meta charset=euc-jp>\xC6\xFC\xCB\xDC", "<meta charset=euc-jp>日本"},
+           {"korean.html", "<meta charset=ks_c_5601-1987>\xC7\xD1\xB1\xB9\x8C\x63",
+            "<meta charset=ks_c_5601-1987>한국똠"},
+           {"big5.html", "<meta charset=x-x-big5>\xC1\x63\xC5\xE9", "<meta charset=x-x-big5>繁體"},
+           {"turkish.html", "<meta charset=iso-8859-9>\xF0\xFE\xDD", "<meta charset=iso-8859-9>ğşİ"},
+           {"visual.html", "<meta charset=iso-8859-8-i>\xF9\xEC\xE5\xED", "<meta charset=iso-8859-8-i>שלום"},
            {"thai.html", "<meta charset=tis-620>\xCA\xC7", "<meta charset=tis-620>สว"},
            // A byte of another program's in what is UTF-8, and a letter that is none of it.
            {"mixed.html", "<meta charset=utf-8>Gr\xC3\xBC\xC3\x9F\x65 \x96", "<meta charset=utf-8>Grüße –"},
