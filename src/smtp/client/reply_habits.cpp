@@ -34,9 +34,12 @@ void ReplyHabits::OnRecipient(const ServerReply& reply, std::string_view address
 
 ReplyHabits::Slip ReplyHabits::OnMessage(const ServerReply& reply, const Neighbours& neighbours) {
   const ServerReply message = Without(address_, reply);
-  if (neighbours.recipient && IsToRecipient(message)) return Slip::kOneTooMany;
-  if (neighbours.next == Awaited::kReset && IsToReset(message)) return Slip::kOneTooFew;
-  if (neighbours.next == Awaited::kMail && IsToNextSender(message)) return Slip::kOneTooFew;
+  const Slip slip = SlipOf(message, neighbours);
+  if (slip != Slip::kNone) {
+    window_.words().Doubt(message);
+    return slip;
+  }
+  if (!neighbours.recipient && !neighbours.next) window_.words().Taken(message);
   if (!usual_) usual_ = {sender_, recipient_, message};
   if (SaysTheSame(message, recipient_)) {
     window_.AnswersAlike();
@@ -48,6 +51,14 @@ ReplyHabits::Slip ReplyHabits::OnMessage(const ServerReply& reply, const Neighbo
   } else {
     ++unlike_reset_;
   }
+  return Slip::kNone;
+}
+
+ReplyHabits::Slip ReplyHabits::SlipOf(const ServerReply& message, const Neighbours& neighbours) const {
+  if (window_.words().AreHabit(message)) return Slip::kNone;
+  if (neighbours.recipient && IsToRecipient(message)) return Slip::kOneTooMany;
+  if (neighbours.next == Awaited::kReset && IsToReset(message)) return Slip::kOneTooFew;
+  if (neighbours.next == Awaited::kMail && IsToNextSender(message)) return Slip::kOneTooFew;
   return Slip::kNone;
 }
 

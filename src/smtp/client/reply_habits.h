@@ -15,7 +15,7 @@ namespace quillcast::smtp {
 // to the message behind, which it may never take; and where it says nothing to one, what it says to the next command
 // does. Where commands go without waiting for their answers, nothing but the server's words tells; most have a code
 // (RFC 3463) or a sentence of their own for each. One that has not is in step whatever it says: a doubt costs people
-// their message, and such slips are rare.
+// their message, and such slips are rare. One that has them, and mixes them up, is learnt to.
 class ReplyHabits {
  public:
   // Of a connection. `window` remembers for all of them what one showed, and must outlive it.
@@ -32,7 +32,8 @@ class ReplyHabits {
     std::optional<Awaited> next;
   };
   enum class Slip { kNone, kOneTooMany, kOneTooFew };
-  // Of an answer that takes a message, each once, for later ones are compared to it.
+  // Of an answer that takes a message, each once, for later ones are compared to it. The words of a slip are in doubt
+  // from then on, until they are seen to be this server's habit.
   Slip OnMessage(const ServerReply& reply, const Neighbours& neighbours);
 
  private:
@@ -41,6 +42,7 @@ class ReplyHabits {
     ServerReply recipient;
     ServerReply message;
   };
+  Slip SlipOf(const ServerReply& message, const Neighbours& neighbours) const;
   bool IsToRecipient(const ServerReply& message) const;
   bool IsToReset(const ServerReply& message) const;
   bool IsToNextSender(const ServerReply& message) const;

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "smtp/client/doubted_words.h"
+
 namespace quillcast::smtp {
 
 class SendWindow {
@@ -51,6 +53,10 @@ class SendWindow {
   void AnswersAlike() { answers_alike_ = true; }
   bool answers_alike() const { return answers_alike_; }
 
+  // What was taken for an answer too many or too few, and may be none.
+  DoubtedWords& words() { return words_; }
+  const DoubtedWords& words() const { return words_; }
+
   // How many connections are ready for messages.
   void SetConnections(std::size_t connections) { connections_ = connections; }
   std::size_t connections() const { return connections_; }
@@ -64,6 +70,7 @@ class SendWindow {
   bool cautious_ = false;
   bool pipelining_ = true;
   bool answers_alike_ = false;
+  DoubtedWords words_;
 };
 
 }  // namespace quillcast::smtp

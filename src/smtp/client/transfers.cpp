@@ -28,13 +28,14 @@ bool IsRound(std::size_t number) {
 
 void Transfers::Begin(const Capabilities& offered, bool pipeline) {
   offered_ = &offered;
-  pipelined_ = pipeline && offered.pipelining && window_.pipelining();
+  may_pipeline_ = pipeline && offered.pipelining && window_.pipelining();
+  SetPipelined();
 }
 
 bool Transfers::WantsMessage() {
   if (offered_ == nullptr || UsedUp()) return false;
   if (transfers_.empty()) return true;
-  if (!pipelined_) return false;
+  if (!pipelined_ || window_.words().any()) return false;
   const Transfer& last = transfers_.back();
   // The next envelope goes with the end of this message, which begins when DATA has been accepted.
   if (!last.chunked) return last.next == Next::kBody || last.next == Next::kLoneDot;
@@ -42,6 +43,7 @@ bool Transfers::WantsMessage() {
 }
 
 void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
+  if (transfers_.empty()) SetPipelined();
   Transfer& transfer = transfers_.Push();
   transfer.envelope = envelope;
   transfer.message = &message;

@@ -90,6 +90,8 @@ class Transfers {
   Outcome WithVerdict(const Transfer& transfer) const;
   Outcome OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const;
 
+  void SetPipelined() { pipelined_ = may_pipeline_ && !window_.words().any(); }
+
   // transfer_replies.cpp
   ReplyHabits::Neighbours NeighboursOf(const Transfer& transfer) const;
   void Deliver(const ServerReply& reply);
@@ -105,14 +107,15 @@ class Transfers {
   Wire& wire_;
   SessionEvents& events_;
   const Capabilities* offered_ = nullptr;  // nothing before Begin
-  bool pipelined_ = false;
-  bool proven_ = false;    // the server has answered commands that came together
-  bool in_doubt_ = false;  // a transaction may be open: RSET goes before the next message
-  bool took_ = false;      // a message
-  bool used_up_ = false;   // it said that it takes no more over this connection
-  bool crowded_ = false;   // and that there are too many of those
-  bool filling_ = true;    // the window
-  bool quick_ = true;      // the server's last reply was
+  bool may_pipeline_ = false;
+  bool pipelined_ = false;  // now
+  bool proven_ = false;     // the server has answered commands that came together
+  bool in_doubt_ = false;   // a transaction may be open: RSET goes before the next message
+  bool took_ = false;       // a message
+  bool used_up_ = false;    // it said that it takes no more over this connection
+  bool crowded_ = false;    // and that there are too many of those
+  bool filling_ = true;     // the window
+  bool quick_ = true;       // the server's last reply was
 
   ReusedQueue<Transfer> transfers_;  // those without outcome, oldest first
   std::size_t sending_ = 0;          // those before it are wholly made

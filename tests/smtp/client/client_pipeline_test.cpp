@@ -260,6 +260,26 @@ TEST(ClientPipeline, AServerThatDoesNotKeepItIsRemembered) {
   EXPECT_EQ(p.Outcomes(), "failed 27 again, sent 0");
 }
 
+// What looks like the recipient's answer to one message may be this server's way of taking some: over the next
+// connection it is asked one thing at a time, and once it takes one in those words there, they are no sign any more.
+TEST(ClientPipeline, AServerThatTakesAMessageInAnothersWordsIsLearnt) {
+#define LOCKED(n, taken) \
+  "C: MAIL FROM:<a@b.c>\nS: 250 2.1.0 ok\nC: RCPT TO:<r" #n "@b.c>\nS: 250 2.1.5 ok\n" CHUNK(n) "S: 250 " taken "\n"
+  Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 5);
+  p.Run(FIRST("2.1.0 ok", "2.1.5 ok", "2.0.0 id=1")
+            WHOLE(3) "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 250 2.1.5 ok\n");
+  EXPECT_EQ(p.Outcomes(), "sent 0, unknown 18, unknown 16, unknown 16");
+  p.session.emplace(p.options, SessionSetup{"[127.0.0.1]", true, false}, p.window);
+  p.told = {};
+  for (TextSource& source : p.sources) source.Rewind();
+  p.submitted = 0;
+  p.Run("S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250-PIPELINING\nS: 250 CHUNKING\n" LOCKED(0, "2.0.0 id=4")
+            LOCKED(1, "2.1.5 ok") ENVELOPE(2) CHUNK(2) WHOLE(3) WHOLE(4)
+                "S: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 250 2.0.0 id=6\n"
+                "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 250 2.1.5 ok\n");
+  EXPECT_EQ(p.Outcomes(), "sent 0, sent 0, sent 0, sent 0");
+}
+
 // The attachment of a message in flight fails: those before it keep their replies, those behind go elsewhere.
 TEST(ClientPipeline, AFileThatFailsHarmsNoOtherMessage) {
   Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2);
