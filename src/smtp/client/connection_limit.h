@@ -20,6 +20,8 @@ class ConnectionLimit {
       : asked_for_(std::clamp(asked_for, std::size_t{1}, kMost)), most_(asked_for_) {}
   std::size_t most() const { return most_; }
   bool is_lowered() const { return most_ < asked_for_; }
+  // Whether it was the server that said so, when asked for one more.
+  bool is_told() const { return is_told_; }
 
   struct Now {
     std::size_t working = 0;  // messages were begun over them
@@ -43,6 +45,7 @@ class ConnectionLimit {
   // One did not, while so many others were there.
   void Failed(const Outcome& why, std::size_t others, platform::Instant moment) {
     if (others == 0) return;
+    is_told_ = why.reply.code != 0;
     if (why.reply.code != 0 || why.code == ResultCode::kConnectFailed) return Refused(others);
     not_before_ = moment + pause_;
     pause_ = std::min(pause_ * 2, kLongestPause);
@@ -56,6 +59,7 @@ class ConnectionLimit {
 
   const std::size_t asked_for_;
   std::size_t most_;
+  bool is_told_ = false;
   std::chrono::seconds pause_ = kFirstPause;
   platform::Instant not_before_ = platform::Instant::min();
 };

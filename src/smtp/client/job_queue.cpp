@@ -126,6 +126,7 @@ void JobQueue::Submitted(std::size_t lane) {
   const std::uint64_t number = TakeWaiting(TheNext());
   Entry& entry = EntryOf(number);
   entry.stage = Entry::Stage::kSubmitted;
+  entry.losses_before = losses_;
   lanes_[lane].submitted.Push() = number;
   ++submitted_;
   source_->GoesOut(*entry.job);
@@ -155,6 +156,7 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   Entry& entry = EntryOf(number);
   if (outcome.is_decided()) {
     lost_in_a_row_ = lost_together_ = 0;
+    goes_on_well_ = goes_on_well_ || entry.losses_before == losses_;
     return Tell(entry, outcome);
   }
   if (IsStopped()) return Tell(entry, Left());
@@ -173,6 +175,8 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   ComesBack(entry);
   in_doubt_.push_back(number);
   ++lost_together_;
+  ++losses_;
+  goes_on_well_ = false;
 }
 
 void JobQueue::ComesBack(Entry& entry) {

@@ -67,6 +67,8 @@ class JobQueue {
   // none is out over another connection: that is no fault of theirs.
   bool LosesAll() const { return submitted_ == 0 && lost_in_a_row_ + lost_together_ > kMostLost; }
   bool HasLostLately() const { return lost_in_a_row_ > 0; }
+  // Whether a message that went out since the last of them was lost is decided: over another connection.
+  bool GoesOnWell() const { return goes_on_well_; }
   // Why the first of those in doubt was lost.
   const Outcome& WhyInDoubt() const { return entries_[PlaceOf(in_doubt_.front())].outcome; }
   // The run is over for all that are not out: those that wait are left, as are those whose connection ends.
@@ -98,6 +100,7 @@ class JobQueue {
     Stage stage = Stage::kWaiting;
     bool moved = false;
     bool may_go = true;  // by its source
+    std::size_t losses_before = 0;
     Outcome outcome;
     std::string log;  // lines, each with "\n", that wait for the jobs before
   };
@@ -137,6 +140,8 @@ class JobQueue {
   std::vector<std::uint64_t> in_doubt_;
   std::size_t lost_in_a_row_ = 0;  // told as lost since one was decided
   std::size_t lost_together_ = 0;  // in doubt since then
+  std::size_t losses_ = 0;         // that put one in doubt, in all
+  bool goes_on_well_ = false;
   const bool waits_for_way_;
   std::size_t submitted_ = 0;  // over all of them
   std::string between_;        // lines that stand before those of the next job

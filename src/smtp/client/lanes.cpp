@@ -175,13 +175,29 @@ bool Lanes::MayOpen() {
   return limit_.MayOpen(now, around_.clock.Monotonic());
 }
 
-bool Lanes::MayFindOut() {
-  const bool is_being_tried =
-      std::any_of(lanes_.begin(), lanes_.end(), [](const Lane& lane) { return lane.way != nullptr; });
-  return around_.jobs.IsInDoubt() && !is_being_tried && MayOpen();
+bool Lanes::IsBeingTried() const {
+  return std::any_of(lanes_.begin(), lanes_.end(), [](const Lane& lane) { return lane.way != nullptr; });
 }
 
-// One more connection tells whether those that were lost took the way with them; then it is there for whoever is next.
+// Whether those that were lost took the way with them. A server that says that it takes no more connections, and goes
+// on well over those that it has, tells it as well as one more would.
+void Lanes::ComeToKnow() {
+  if (!around_.jobs.IsInDoubt() || IsBeingTried()) return;
+  if (MayOpen()) return FindOut();
+  if (limit_.is_told() && around_.jobs.GoesOnWell()) around_.jobs.WayFound();
+}
+
+// There is nothing to do but to find out, which no further connection may be opened for: one that is idle makes room.
+void Lanes::MakeRoom() {
+  if (!around_.jobs.IsInDoubt() || IsBeingTried() || lost_way_.again()) return;
+  const auto leaves = [](const Lane& lane) { return lane.connection && !lane.ready(); };
+  if (std::any_of(lanes_.begin(), lanes_.end(), leaves)) return;
+  const auto is_idle = [](const Lane& lane) { return lane.ready() && lane.connection->idle(); };
+  const auto idle = std::find_if(lanes_.begin(), lanes_.end(), is_idle);
+  if (idle != lanes_.end()) Leave(*idle);
+}
+
+// For one that is lost, and then for whoever is next.
 void Lanes::FindOut() {
   Lane& lane = *std::find_if(lanes_.begin(), lanes_.end(), [](const Lane& one) { return one.free(); });
   lane.way = std::make_unique<WayIn>(around_, NumberOf(lane));
@@ -202,12 +218,15 @@ bool Lanes::IsGone(Lane& lane) {
 }
 
 bool Lanes::HandOut() {
-  if (!around_.Stopped() && MayFindOut()) FindOut();
+  if (!around_.Stopped()) ComeToKnow();
   while (!around_.Stopped()) {
     Lane* lane = LeastBusy();
     if (lane == nullptr && !MayOpen()) return false;
     Job* job = around_.jobs.Next();
-    if (job == nullptr) return true;
+    if (job == nullptr) {
+      MakeRoom();
+      return true;
+    }
     if (around_.Stopped()) return false;
     if (lane == nullptr) {
       Open();

@@ -56,7 +56,9 @@ class Lanes {
   Lane* LeastBusy();
   bool MayOpen();
   void Open();
-  bool MayFindOut();
+  bool IsBeingTried() const;
+  void ComeToKnow();
+  void MakeRoom();
   void FindOut();
   bool IsGone(Lane& lane);
   Lane* Alone();

@@ -285,6 +285,44 @@ TEST(ClientConnections, OneThatGoesWrongStopsNoOther) {
   }
 }
 
+// The server hangs up on one message, and counts the connections that it is lost over; whether the way was lost is
+// found out all the same, and at once.
+TEST(ClientConnections, WhoIsInDoubtIsToldWhereNoMoreAreTaken) {
+  constexpr int kTakes = 4;
+  constexpr std::size_t kLetters = 60;
+  for (const auto& [lost, refuses] : {std::pair{10, "421 4.7.0 too many\r\n"},
+                                      {10, ""},
+                                      {59, "421 4.7.0 too many\r\n"},
+                                      {59, "554 5.7.1 too many\r\n"}}) {
+    SCOPED_TRACE(testing::Message() << lost << " " << refuses);
+    Letters letters(kLetters, {}, Letters::Size::kKnown);
+    const std::string recipient = "RCPT TO:<r" + std::to_string(lost) + "@";
+    std::atomic<int> counted = 0;
+    Busy busy([&, refuses = refuses](int) -> Instead {
+      return [&, refuses, is_one_too_many = counted >= kTakes, is_counted = false](
+                 Peer& peer, const std::string& line) mutable -> std::optional<bool> {
+        std::this_thread::sleep_for(2ms);
+        if (is_one_too_many) peer.Say(refuses);
+        if (is_one_too_many) return true;
+        if (!std::exchange(is_counted, true)) ++counted;
+        if (line == "QUIT") --counted;
+        return line.starts_with(recipient) ? std::optional(true) : std::nullopt;
+      };
+    });
+    ClientOptions options = OptionsFor(busy.server->port(), kTakes);
+    options.network_wait = 60s;
+    const platform::SystemClock clock;
+    const auto began = clock.Monotonic();
+    SendAll(options, letters);
+    EXPECT_LT(clock.Monotonic() - began, 10s);
+    ASSERT_EQ(letters.outcomes.size(), kLetters);
+    EXPECT_EQ(letters.outcomes[static_cast<std::size_t>(lost)].state, State::kFailed);
+    const auto is_sent = [](const Outcome& outcome) { return outcome.state == State::kSent; };
+    const auto sent = std::count_if(letters.outcomes.begin(), letters.outcomes.end(), is_sent);
+    EXPECT_EQ(static_cast<std::size_t>(sent), kLetters - 1);
+  }
+}
+
 // A wrong password is tried for one message after the other, and the person asked after three, however many
 // connections there might be.
 TEST(ClientConnections, AWrongPasswordIsNotTriedOverMany) {
