@@ -36,6 +36,7 @@ struct Letter : smtp::Job {
   Turn turn;
   std::unique_ptr<message::RenderedMessage> rendered;
   bool is_out = false;
+  std::int64_t lost_before = 0;  // when it went out last
 };
 
 // Takes the rows of the group one by one, from the store to the wire to the report.
@@ -94,9 +95,9 @@ class Run final : public smtp::JobSource {
   void Record();
   void End();
   void NameThoseNotTried();
-  void KeepLost(const RecipientInOrder& recipient);
+  void KeepLost(const Letter& letter, const smtp::Outcome& outcome);
   bool AreLostAnew() const;
-  void FailThoseLost();
+  void FailThoseLost(std::int64_t before);
   void LeaveThoseLost();
   void SettleThoseLost();
   void TellAboutPictures();
@@ -127,7 +128,8 @@ class Run final : public smtp::JobSource {
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
   std::deque<Letter*> with_carrier_;  // in the order in which it took them
-  std::vector<Retry> lost_in_a_row_;  // the last, since no server would take anything
+  std::deque<Retry> lost_in_a_row_;   // the last, since no server would take anything
+  std::int64_t lost_ = 0;             // in all; those in a row are the last of them
   bool does_not_go_on_ = false;       // as somebody wanted
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
@@ -308,6 +310,7 @@ void Run::GoesOut(smtp::Job& job) {
   run_->GoesOut(letter.position);
   if (parts_.turns != nullptr) parts_.turns->GoesOut(letter.turn);
   if (slow_down_) slow_down_->WentOut();
+  letter.lost_before = lost_;
   if (!std::exchange(letter.is_out, true)) --not_out_;
 }
 
@@ -342,6 +345,7 @@ void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   const bool is_tried_again = parts_.turns != nullptr && retries_.Takes(outcome, tries);
   if (is_tried_again || smtp::IsOfSignIn(outcome)) run_->IsTriedAgain(letter.position, tries);
   recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
+  if (outcome.is_decided()) KeepLost(letter, outcome);
   letter.message = nullptr;
   free_messages_.push_back(std::move(letter.rendered));
   if (!slow_down_) return;
@@ -357,7 +361,6 @@ void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   RecipientInOrder& recipient = order_.At(letter.position);
   recipient.stage = outcome.is_decided() ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
   recipient.outcome = outcome;
-  if (outcome.is_decided()) KeepLost(recipient);
   with_carrier_.pop_front();
   telling_.EndLines();
   free_letters_.push_back(&letter);
@@ -420,18 +423,24 @@ bool Run::AreLostAnew() const {
 }
 
 // That no server takes anything, or not from this sender, is nobody's failure: they are to be tried again, unless the
-// server comes as far as to the next one's recipient, for then it was something of theirs.
-void Run::KeepLost(const RecipientInOrder& recipient) {
-  if (smtp::IsOfSignIn(recipient.outcome)) return;
-  if (!smtp::IsOfWay(recipient.outcome) && !smtp::IsOfSender(recipient.outcome)) return FailThoseLost();
+// server comes as far as to the recipient of one that went out after them, for then it was something of theirs. How far
+// it came with one whose end was out without an answer nobody knows.
+void Run::KeepLost(const Letter& letter, const smtp::Outcome& outcome) {
+  if (smtp::IsOfSignIn(outcome) || outcome.state == smtp::State::kUnknown) return;
+  if (!smtp::IsOfWay(outcome) && !smtp::IsOfSender(outcome)) return FailThoseLost(letter.lost_before);
+  const RecipientInOrder& recipient = order_.At(letter.position);
   const int tries = recipient.before.tries + recipient.tries;
-  if (parts_.turns != nullptr && retries_.Takes(recipient.outcome, tries)) return;
+  if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) return;
   run_->IsTriedAgain(recipient.position, tries);
   lost_in_a_row_.push_back({recipient.position, {}, recipient.tries, recipient.before.tries});
+  ++lost_;
 }
 
-void Run::FailThoseLost() {
-  for (const Retry& whom : std::exchange(lost_in_a_row_, {})) run_->IsTriedAgain(whom.position, 0);
+// The first so many of all that were lost, where they are not settled yet.
+void Run::FailThoseLost(std::int64_t before) {
+  for (; !lost_in_a_row_.empty() && lost_ - std::ssize(lost_in_a_row_) < before; lost_in_a_row_.pop_front()) {
+    run_->IsTriedAgain(lost_in_a_row_.front().position, 0);
+  }
 }
 
 void Run::LeaveThoseLost() {
@@ -445,7 +454,7 @@ void Run::SettleThoseLost() {
   const bool reached_nobody =
       summary_.sent == 0 && summary_.failed == summary_.not_their_doing + std::ssize(lost_in_a_row_);
   const bool is_cut_short = summary_.stopped || IsCancelled() || does_not_go_on_;
-  is_cut_short || reached_nobody ? LeaveThoseLost() : FailThoseLost();
+  is_cut_short || reached_nobody ? LeaveThoseLost() : FailThoseLost(lost_);
 }
 
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named

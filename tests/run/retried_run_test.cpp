@@ -159,6 +159,41 @@ TEST_F(RetriedRun, LeavesResultsAsTheyAreWhereItEndsBefore) {
   }
 }
 
+// A run that is cut short leaves whoever was lost, unless the server went on with somebody who went out after that.
+TEST_F(RetriedRun, LeavesThoseBehindWhomTheServerWentOnWithNobody) {
+  const struct {
+    const char* what;
+    std::size_t window;
+    Fates fates;
+    int cancelled_at;  // the step
+    std::map<std::int64_t, int> left;
+  } kCases[] = {
+      {"the next is taken", 1, "cssss", 6, {}},
+      {"the next is refused", 1, "crsss", 6, {}},
+      {"the next is lost as well", 1, "ccsss", 6, {{1, 1}, {2, 1}}},
+      {"of the next nobody knows", 1, "cusss", 6, {{1, 1}}},
+      {"one that was out is taken", 3, "csssss", 8, {{1, 1}}},
+      {"one behind those is taken", 3, "cssssss", 12, {}},
+      {"the second is lost behind one that is taken", 3, "scsssss", 10, {{2, 1}}},
+  };
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.what);
+    const auto cancels = [this, &each](FakeCarrier& carrier) {
+      carrier.withdraws = true;
+      carrier.at_step = [this, &each](int step) {
+        if (step == each.cancelled_at) cancel_->Request();
+      };
+    };
+    Run({.domains = std::string(each.fates.size(), 'a'),
+         .window = each.window,
+         .fates = each.fates,
+         .change = cancels});
+    EXPECT_TRUE(summary_.cancelled);
+    EXPECT_EQ(kept_.tries, each.left);
+    EXPECT_EQ(summary_.not_their_doing, std::ssize(each.left));
+  }
+}
+
 TEST_F(RetriedRun, GoesSlowerWhereTheServerAsksForItAndEndsWithItsLastMessage) {
   Run({.domains = "aaaa", .retries = {1, 5s}, .slow_down = true, .fates = "tsss", .then = {{1, "s"}}});
   EXPECT_EQ(Times(), "1@0 2@2 3@4 4@6 1@8 ");  // one went out within the first second: half of 60 a minute
