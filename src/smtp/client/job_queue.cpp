@@ -60,7 +60,9 @@ Job* JobQueue::Next() {
   }
   if (Job* job = others_may ? TakeNew() : nullptr) return job;
   if (!waiting_.empty()) due_ = source_->NextDue().value_or(platform::Instant::max());  // it is not over with them
-  return nullptr;
+  if (due_ || held_.empty() || IsInDoubt() || submitted_ > 0) return nullptr;
+  TellHeld();
+  return Next();  // some may be tried again
 }
 
 Passage JobQueue::PassageOf(Entry& entry) {
@@ -89,6 +91,7 @@ Job* JobQueue::TakeNew() {
 
 void JobQueue::WaitAll() {
   lost_together_ = 0;
+  for (const std::uint64_t number : std::exchange(held_, {})) Wait(number);
   for (const std::uint64_t number : std::exchange(in_doubt_, {})) Wait(number);
 }
 
@@ -99,8 +102,18 @@ void JobQueue::WayLost() {
 }
 
 void JobQueue::WayFound() {
+  HoldLost();
+  TellHeld();
+}
+
+void JobQueue::HoldLost() {
   lost_in_a_row_ += std::exchange(lost_together_, 0);
-  for (const std::uint64_t number : std::exchange(in_doubt_, {})) {
+  held_.insert(held_.end(), in_doubt_.begin(), in_doubt_.end());
+  in_doubt_.clear();
+}
+
+void JobQueue::TellHeld() {
+  for (const std::uint64_t number : std::exchange(held_, {})) {
     Entry& entry = EntryOf(number);
     Tell(entry, Outcome(entry.outcome));
   }
@@ -156,8 +169,10 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   Entry& entry = EntryOf(number);
   if (outcome.is_decided()) {
     lost_in_a_row_ = lost_together_ = 0;
-    goes_on_well_ = goes_on_well_ || entry.losses_before == losses_;
-    return Tell(entry, outcome);
+    const bool is_later = entry.losses_before == losses_;
+    goes_on_well_ = goes_on_well_ || is_later;
+    if (is_later) TellHeld();
+    return Tell(EntryOf(number), outcome);
   }
   if (IsStopped()) return Tell(entry, Left());
   const bool moves = outcome.whereabouts == Whereabouts::kNotOut && !entry.moved;

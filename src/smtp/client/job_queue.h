@@ -63,6 +63,9 @@ class JobQueue {
   void WayLost();
   // It was not: they have their outcome.
   void WayFound();
+  // It is there again, or is for a moment: they have their outcome once a message that went out after them has one, or
+  // there is no other. Where that is lost as well it may be the way all the same.
+  void HoldLost();
   // So many were lost one after the other, though each time a connection came about, none was decided in between, and
   // none is out over another connection: that is no fault of theirs.
   bool LosesAll() const { return submitted_ == 0 && lost_in_a_row_ + lost_together_ > kMostLost; }
@@ -125,6 +128,7 @@ class JobQueue {
   Job* TakeNew();
   void ComesBack(Entry& entry);
   void WaitAll();
+  void TellHeld();
   void FailAll(const Outcome& outcome);
   void Wait(std::uint64_t number);
   std::uint64_t TakeWaiting(Waiting::const_iterator which);
@@ -138,9 +142,10 @@ class JobQueue {
   Waiting waiting_;          // the oldest in front
   std::vector<Lane> lanes_;
   std::vector<std::uint64_t> in_doubt_;
-  std::size_t lost_in_a_row_ = 0;  // told as lost since one was decided
-  std::size_t lost_together_ = 0;  // in doubt since then
-  std::size_t losses_ = 0;         // that put one in doubt, in all
+  std::vector<std::uint64_t> held_;  // by HoldLost
+  std::size_t lost_in_a_row_ = 0;    // held, or told, as lost since one was decided
+  std::size_t lost_together_ = 0;    // in doubt since then
+  std::size_t losses_ = 0;           // that put one in doubt, in all
   bool goes_on_well_ = false;
   const bool waits_for_way_;
   std::size_t submitted_ = 0;  // over all of them

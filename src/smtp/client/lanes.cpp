@@ -94,7 +94,7 @@ void Lanes::TellInDoubt(Lane& lane, platform::Duration took) {
   if (Falters(lane)) return;
   if (took < kQuickWay) {
     was_slow_ = false;
-    return around_.jobs.WayFound();
+    return lost_way_.MayFalter() ? around_.jobs.HoldLost() : around_.jobs.WayFound();
   }
   if (!around_.jobs.IsInDoubt()) return;
   std::exchange(was_slow_, true) ? around_.jobs.WayFound() : around_.jobs.WayLost();

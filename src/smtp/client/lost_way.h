@@ -36,8 +36,9 @@ class LostWay {
   }
   // They come about, and one message after the other is lost: a server that starts anew, or one behind which there is
   // none. True where those wait until again(); once only, and half a minute at most, for it may be their own doing.
+  bool MayFalter() const { return !has_faltered_ && patience_.count() > 0; }
   bool Falters(platform::Instant now) {
-    if (has_faltered_ || patience_.count() == 0) return false;
+    if (!MayFalter()) return false;
     const bool took_too_long = falters_ && now >= *since_ + kLongestFalter;
     falters_ = !took_too_long && Waits(now);
     has_faltered_ = !falters_;
