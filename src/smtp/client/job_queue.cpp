@@ -101,6 +101,14 @@ void JobQueue::WayLost() {
   for (std::size_t n = 0; n < entries_.size(); ++n) entries_[n].moved = false;
 }
 
+void JobQueue::GoOnceMore() {
+  lost_together_ = 0;
+  for (const std::uint64_t number : std::exchange(in_doubt_, {})) {
+    EntryOf(number).moved = true;
+    Wait(number);
+  }
+}
+
 void JobQueue::WayFound() {
   HoldLost();
   TellHeld();

@@ -61,6 +61,8 @@ class JobQueue {
   // It was the way: they wait for it, and no loss of a connection counts. All that wait may wait long now: whether they
   // may go is asked anew.
   void WayLost();
+  // Who knows: they go once more, and no further.
+  void GoOnceMore();
   // It was not: they have their outcome.
   void WayFound();
   // It is there again, or is for a moment: they have their outcome once a message that went out after them has one, or

@@ -97,7 +97,7 @@ void Lanes::TellInDoubt(Lane& lane, platform::Duration took) {
     return lost_way_.MayFalter() ? around_.jobs.HoldLost() : around_.jobs.WayFound();
   }
   if (!around_.jobs.IsInDoubt()) return;
-  std::exchange(was_slow_, true) ? around_.jobs.WayFound() : around_.jobs.WayLost();
+  std::exchange(was_slow_, true) ? around_.jobs.WayFound() : around_.jobs.GoOnceMore();
 }
 
 // One that comes about is no way where whatever went over those before it was lost.

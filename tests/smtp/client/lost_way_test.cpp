@@ -56,7 +56,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     const char* what;
     std::string connections;  // of each: '3' takes three messages, '9' all, '-' hangs up at once, '4' refuses for now,
                               // '^' takes three and is silent then, 'h' says what is no SMTP, 'm' hangs up at MAIL,
-                              // 's' greets late and takes all, 'S' does and is silent
+                              // 's' greets late and takes all, 'S' does and is silent, 'M' hangs up at MAIL
     std::chrono::seconds wait;
     std::string states;  // s sent, f failed, d deferred, n not tried
     int times_lost;
@@ -83,6 +83,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
            Case{"is silent and away", "^-9", 60s, "sssssss", 1},
            Case{"is silent, and lets others in late", "^s", 60s, "sssssss", 0},
            Case{"always lets in late, and is silent", "SSS9", 60s, "ffsssss", 0},
+           Case{"always lets in late, and hangs up on one message", "MMMs", 60s, "fssssss", 0},
            Case{"lost thrice under the same message", "m-m-m-9", 60s, "sssssss", 3},
            Case{"hangs up on one message", "mm9", 60s, "fssssss", 0},
            Case{"is silent, and not waited for", "^9", 0s, "sssfsss", 0},
@@ -99,7 +100,8 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
       if (kind == 'h') peer.Say("HTTP/1.1 302 Found\r\n");
       if (kind == '^') Take(peer, 3), peer.Stall();
       if (kind == 'm') Take(peer, 0);
-      if (kind == 's' || kind == 'S') std::this_thread::sleep_for(1200ms), Take(peer, kind == 's' ? 9 : 0);
+      const bool is_late = kind == 's' || kind == 'S' || kind == 'M';
+      if (is_late) std::this_thread::sleep_for(1200ms), Take(peer, kind == 's' ? 9 : 0);
       if (kind == 'S') peer.Stall();
       if (kind == '3' || kind == '9') Take(peer, kind - '0');
     });
@@ -120,7 +122,8 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     EXPECT_EQ(letters.times_lost, c.times_lost);
     EXPECT_EQ(letters.times_given_up > 0, c.wait == 1s);
     const char first = c.connections[0];
-    EXPECT_EQ(letters.times_back > 0, first == '3' || first == 'm' || first == 'S' || (first == '^' && c.wait > 0s))
+    EXPECT_EQ(letters.times_back > 0,
+              first == '3' || first == 'm' || first == 'S' || first == 'M' || (first == '^' && c.wait > 0s))
         << "a journal had it as out";
   }
 }
