@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "account/account_settings.h"
+#include "account/shown_route.h"
 #include "document/message_document.h"
 #include "message/message_template.h"
 #include "message/related_pictures.h"
@@ -69,8 +70,8 @@ class PreparedRun {
   // be read do not fail it: see MessageTemplate::trouble.
   Result<const message::MessageTemplate*> Message();
 
-  // Holds it to the servers that the person was shown: sent over others it fails as account::CheckRoute does.
-  void GoOnlyOver(std::string servers) { servers_ = std::move(servers); }
+  // Holds it to the way that the person was shown: where the account leads another it fails as account::CheckRoute does.
+  void GoOnlyOver(account::Route route) { route_ = std::move(route); }
 
   // How fast it goes: as the account says now, and where these say something, by them; of one that goes on, between the
   // two, as the options of its last run said. Fails with kUsage for what says nothing of the kind, with kNotConfigured
@@ -143,7 +144,7 @@ class PreparedRun {
   document::MessageDocument document_;
   ChosenGroup group_;
   RunPlace place_;
-  std::optional<std::string> servers_;  // that it is held to
+  std::optional<account::Route> route_;  // that it is held to
   PaceTexts pace_;
   std::optional<account::AccountSettings> account_;
   std::optional<message::MessageOptions> options_;

@@ -104,7 +104,7 @@ Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
 Result<RunSummary> PreparedRun::Run(const std::optional<PartialRange>& range, RunListener& listener) {
   const auto account = Account();
   if (!account) return account.error();
-  const auto leads_there = servers_ ? account::CheckRoute(**account, *servers_) : Result<void>();
+  const auto leads_there = route_ ? account::CheckRoute(**account, *route_) : Result<void>();
   if (!leads_there) return leads_there.error();
   const auto pace = Pace();
   if (!pace) return pace.error();

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "account/account_message.h"
-#include "account/shown_route.h"
 #include "document/message_document.h"
 #include "mail_file/working_folder.h"
 #include "message/message_template.h"
@@ -110,10 +109,10 @@ Result<HiddenPassword> PasswordToHide(const run::RunPlace& place) {
 }
 
 Result<Outcome> SendRequest(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
-                            const run::RunPlace& place, const std::optional<std::string>& servers) {
+                            const run::RunPlace& place, const std::optional<account::Route>& route) {
   const auto account = account::AccountSettings::Load(place.Settings());
   if (!account) return account.error();
-  const auto leads_there = servers ? account::CheckRoute(*account, *servers) : Result<void>();
+  const auto leads_there = route ? account::CheckRoute(*account, *route) : Result<void>();
   if (!leads_there) return leads_there.error();
   const auto options = place.Secrets().SignInOptionsOf(*account, place.cancel);
   if (!options) {

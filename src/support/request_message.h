@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "account/shown_route.h"
 #include "platform/desktop.h"
 #include "platform/prompts.h"
 #include "platform/result.h"
@@ -30,10 +31,10 @@ Result<HiddenPassword> PasswordToHide(const run::RunPlace& place);
 
 // Sends it once, over the account as it is stored and as every other message goes, in "Windows-1252" or, where that
 // lacks a character, UTF-8. An attachment that cannot be taken is an outcome, and so is a cancel, whenever it comes; an
-// account that cannot be used, and a disk that is full, are errors: nothing was sent then. Where `servers` are given,
-// it is held to those as by account::CheckRoute.
+// account that cannot be used, and a disk that is full, are errors: nothing was sent then. Where `route` is given,
+// it is held to that as by account::CheckRoute.
 Result<smtp::Outcome> SendRequest(const SupportRequest& request, const SystemFacts& facts, const smtp::Address& to,
-                                  const run::RunPlace& place, const std::optional<std::string>& servers = {});
+                                  const run::RunPlace& place, const std::optional<account::Route>& route = {});
 
 // Makes the message as sending does, and sends nothing: what came of it is kSent where it could go, else the outcome
 // that sending has of a file.

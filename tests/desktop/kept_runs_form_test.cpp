@@ -185,6 +185,7 @@ class KeptRunsFormTest : public QObject {
   void goesOnInTheSendingWindow() {
     test::FormRig rig;
     rig.FillInAccount("1");
+    QVERIFY(rig.settings.Write("Account", "Name", "Grace"));
     QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
     SendMailForm1 form(rig.program,
                        {1,
@@ -197,6 +198,8 @@ class KeptRunsFormTest : public QObject {
                        SendMailForm1::Server::kReal, nullptr);
     form.show();
     QCOMPARE(form.findChild<QLabel*>("HeadingLabel")->text(), QString("“Hello” to Readers, 1 recipient"));
+    const QString route = form.findChild<QLabel*>("RouteLabel")->text();
+    QVERIFY2(route.startsWith("From Ada <ada@example.org> over 127.0.0.1"), qPrintable(route));  // as the letter says
     // What is other by now can be read before it goes.
     QTRY_VERIFY(test::RowsOf(form, "NotesList").size() > 2);
     const QStringList changes = test::RowsOf(form, "NotesList");

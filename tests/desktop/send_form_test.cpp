@@ -76,6 +76,7 @@ class SendFormTest : public QObject {
     test::FormRig rig;
     Mailbox mailbox{rig.folder.path() / "Mailbox", rig.clock};
     std::unique_ptr<SendMailForm1> form;
+    document::MessageDocument letter;
 
     explicit Scene(const std::vector<std::string>& addresses) {
       rig.FillInAccount(mailbox.port());
@@ -101,9 +102,15 @@ class SendFormTest : public QObject {
     }
     // The form for a message to all of the group.
     void Open(document::MessageDocument document) {
+      letter = document;
       form = std::make_unique<SendMailForm1>(rig.program, std::move(document), Customers(),
                                              SendMailForm1::Server::kReal, nullptr);
       form->show();
+    }
+    // The same from somebody else.
+    void OpenFrom(const char* email) {
+      QVERIFY(rig.settings.Write("Account", "Email", email));
+      Open(letter);
     }
     run::ChosenGroup Customers() const {
       return {**rig.Store().FindGroup("Customers"), *rig.Store().CountRecipients("Customers")};
@@ -486,7 +493,7 @@ class SendFormTest : public QObject {
 
   void aServerThatRefusesEverybodyIsAskedAboutInTheDialog() {
     Scene scene(45);
-    QVERIFY(scene.rig.settings.Write("Account", "Email", "refused@example.org"));
+    scene.OpenFrom("refused@example.org");
     auto* panel = scene.form->findChild<QWidget*>("PausePanel");
     QElapsedTimer since;
     since.start();
@@ -519,7 +526,7 @@ class SendFormTest : public QObject {
 
   void cancellingWhileItWaitsForAnAnswerIsOne() {
     Scene scene(25);
-    QVERIFY(scene.rig.settings.Write("Account", "Email", "refused@example.org"));
+    scene.OpenFrom("refused@example.org");
     scene.Press("SendButton");
     QTRY_VERIFY(scene.form->findChild<QWidget*>("PausePanel")->isVisible());
     scene.rig.prompts.answers = {platform::Answer::kYes};

@@ -156,7 +156,7 @@ class SupportFormTest : public QObject {
       scene.Describe("Help");
       for (int press = 0; press < 2; ++press) scene.Press("OKButton");
       const QString told = "Nothing was sent: the account names another server by now, 127.0.0.1, port " +
-                           ToQt(scene.mailbox->port()) + ". Send once more to have it go there.";
+                           ToQt(scene.mailbox->port()) + ". Look whether that is right, and send once more.";
       QCOMPARE(scene.Status(), told);
       QCOMPARE(scene.rig.Shown(), "");
       QTRY_VERIFY(scene.Find("OKButton").isEnabled());

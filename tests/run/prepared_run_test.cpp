@@ -75,23 +75,40 @@ TEST_F(PreparedRunTest, KeepsTheAccountThatItsFirstQuestionFound) {
   EXPECT_NE(MessageOf(anew).find("From: Ada <late@example.org>"), std::string::npos);
 }
 
-// Another program may name another server behind the last look of the window, or while none is possible.
-TEST_F(PreparedRunTest, GoesOverNoOtherServersThanThePersonWasShown) {
+// Another program may change the account behind the last look of the window, or while none is possible.
+TEST_F(PreparedRunTest, GoesNoOtherWayThanThePersonWasShown) {
+  using account::ShownRoute;
   const profile::SettingsStore settings(folders_.settings);
   Set("Server", "mail.example.org");
-  account::ShownRoute shown(settings, account::ShownRoute::Server::kPractice);
   Told told;
-  Set("Server", "mail.example.net");
-  auto late = Prepared();
-  late.GoOnlyOver(shown.servers());
-  const auto ended = late.Run({}, told);
-  ASSERT_FALSE(ended);
-  EXPECT_EQ(ended.error().failure, Failure::kNotPermitted);
-  EXPECT_NE(InOneLine(ended.error()).find("another server by now, mail.example.net, port 25."), std::string::npos);
-  EXPECT_FALSE(shown.IsStillSo() || shown.is_practice());
+  struct Case {
+    const char* key;
+    const char* value;
+    const char* told;
+    bool is_practice;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"Server", "mail.example.net", "another server by now, mail.example.net, port 25.", false},
+           {"Security", "None", "another security by now, None.", true},
+           {"Email", "other@example.org", "another sender by now, Ada <other@example.org>.", true}}) {
+    ShownRoute shown(settings, ShownRoute::Server::kPractice, ShownRoute::Sender::kOfTheAccount);
+    ShownRoute of_a_request(settings, ShownRoute::Server::kReal, ShownRoute::Sender::kItsOwn);
+    Set(c.key, c.value);
+    auto late = Prepared();
+    late.GoOnlyOver(shown.route());
+    const auto ended = late.Run({}, told);
+    ASSERT_FALSE(ended) << c.key;
+    EXPECT_EQ(ended.error().failure, Failure::kNotPermitted);
+    EXPECT_NE(InOneLine(ended.error()).find(c.told), std::string::npos) << InOneLine(ended.error());
+    EXPECT_TRUE(shown.TakeChange()) << c.key;
+    EXPECT_FALSE(shown.TakeChange()) << "it is shown now";
+    EXPECT_EQ(shown.is_practice(), c.is_practice) << c.key;
+    EXPECT_EQ(of_a_request.TakeChange().has_value(), std::string_view(c.key) != "Email") << c.key;
+  }
+  ShownRoute shown(settings, ShownRoute::Server::kReal, ShownRoute::Sender::kOfTheAccount);
   Set("Server", "mail.example.org:no-port");
   auto broken = Prepared();
-  broken.GoOnlyOver(shown.servers());
+  broken.GoOnlyOver(shown.route());
   EXPECT_EQ(broken.Run({}, told).error().failure, Failure::kNotConfigured);
 }
 

@@ -5,9 +5,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "account/account_connection.h"
 #include "account/account_pace.h"
-#include "account/account_steps.h"
 #include "desktop/run/run_pace_form.h"
 #include "desktop/widgets/breakable.h"
 #include "desktop/widgets/form_column.h"
@@ -26,7 +24,7 @@ RunHeading::RunHeading(const profile::Program& program, const std::string& subje
                        Server server, QWidget* parent)
     : QWidget(parent),
       program_(program),
-      shown_(program.settings, server),
+      shown_(program.settings, server, account::ShownRoute::Sender::kOfTheAccount),
       route_(new QLabel(this)),
       pace_line_(new QLabel(this)),
       pace_button_(new QPushButton(tr("Pa&ce…"), this)) {
@@ -59,26 +57,29 @@ RunHeading::RunHeading(const profile::Program& program, const std::string& subje
   ShowPace();
 }
 
-void RunHeading::GoesOnWith(const run::PaceTexts& told) {
+void RunHeading::GoesOnWith(const std::string& from, const run::PaceTexts& told) {
+  shown_ = account::ShownRoute(program_.settings, shown_.is_practice() ? Server::kPractice : Server::kReal,
+                               account::ShownRoute::Sender::kItsOwn);
+  from_ = from;
   told_ = told;
+  ShowRoute();
   ShowPace();
 }
 
-bool RunHeading::ServersAreAsShown() {
-  if (shown_.IsStillSo()) return true;
-  ShowRoute();
-  return false;
+std::optional<Error> RunHeading::TakeChange() {
+  auto change = shown_.TakeChange();
+  if (change) ShowRoute();
+  return change;
 }
 
 void RunHeading::ShowRoute() {
-  const auto account = account::AccountSettings::Load(program_.settings);
-  if (!account) return;
-  const QString from = ToQt(platform::Printable(account::TextsOf(*account).from, 120));
-  route_->setText(
-      Breakable(shown_.is_practice()
-                    ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
-                    : tr("From %1 over %2").arg(from, ToQt(platform::Printable(account::ServersText(*account), 200))),
-                kLongestWord));
+  const account::Route& route = shown_.route();
+  const QString named = ToQt(platform::Printable(route.from.value_or(from_), 120));
+  const QString from = named.isEmpty() ? tr("its sender") : named;
+  route_->setText(Breakable(
+      shown_.is_practice() ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
+                           : tr("From %1 over %2").arg(from, ToQt(platform::Printable(route.servers, 200))),
+      kLongestWord));
 }
 
 void RunHeading::ShowPace() {
@@ -112,7 +113,7 @@ void RunHeading::ChoosePace() {
   };
   RunPaceForm form(otherwise, pace_, change_account, window());
   if (form.exec() == QDialog::Accepted) pace_ = form.chosen();
-  if (ServersAreAsShown()) ShowRoute();  // who sends may be another, too
+  TakeChange();
   ShowPace();
   emit Chosen();
 }

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "account/shown_route.h"
@@ -26,12 +27,12 @@ class RunHeading final : public QWidget {
 
   // Opens the account at its page of the pace over this window, and returns when that has closed.
   std::function<void(QWidget*)> change_account;
-  // How a run that goes on was told to go before.
-  void GoesOnWith(const run::PaceTexts& told);
-  // Whether the account still names the servers that are shown here; from then on those that it names are.
-  bool ServersAreAsShown();
-  // The servers that are shown, and what the person chose for this run.
-  RunWorker::Way way() const { return {shown_.servers(), pace_}; }
+  // A run that goes on: who its letters come from, and how it was told to go before.
+  void GoesOnWith(const std::string& from, const run::PaceTexts& told);
+  // What is other by now than is shown here; from then on that is shown.
+  std::optional<Error> TakeChange();
+  // The way that is shown, and what the person chose for this run.
+  RunWorker::Way way() const { return {shown_.route(), pace_}; }
   // From then on there is nothing to choose.
   void Begins();
 
@@ -48,6 +49,7 @@ class RunHeading final : public QWidget {
 
   const profile::Program& program_;
   account::ShownRoute shown_;
+  std::string from_;  // of a run that goes on
   run::PaceTexts told_;
   run::PaceTexts pace_;
   QLabel* route_;

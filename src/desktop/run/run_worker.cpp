@@ -50,7 +50,7 @@ void RunWorker::Start(const document::MessageDocument& document, const run::Chos
   progress_.Begins(range ? run::SizeOf(*range) : group.recipients);  // until the run knows better
   Run([this, document, group, range, way] {
     auto prepared = run::Prepare(document, group, run::PlaceOf(program_, cancel_));
-    prepared.GoOnlyOver(way.servers);
+    prepared.GoOnlyOver(way.route);
     prepared.Ask(way.pace);
     return prepared.Run(range, *this);
   });
@@ -63,7 +63,7 @@ void RunWorker::GoOnWith(const GoOnRequest& request, const Way& way) {
     if (!prepared) return prepared.error();
     const std::int64_t left = prepared->group().recipients;
     if (left != request.recipients) return OthersWentOn(left);
-    prepared->GoOnlyOver(way.servers);
+    prepared->GoOnlyOver(way.route);
     prepared->Ask(way.pace);
     const auto changed = prepared->WhatChangedSince();
     if (!changed) return changed.error();

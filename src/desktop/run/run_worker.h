@@ -44,7 +44,7 @@ class RunWorker final : public QObject, private run::RunListener {
 
   // How a run goes, as the window showed it: the account and its settings are read anew, and `pace` counts before them.
   struct Way {
-    std::string servers;
+    account::Route route;
     run::PaceTexts pace;
   };
   // Once.

@@ -98,6 +98,16 @@ run::ChosenGroup GroupOf(const GoOnRequest& request) {
   return chosen;
 }
 
+// Empty where that cannot be read: the run itself tells why.
+std::string SenderOf(const profile::Program& program, const GoOnRequest& request) {
+  const platform::CancelToken none;
+  const auto place = run::PlaceOf(program, none, profile::kWindowPatience);
+  auto prepared = run::PrepareToGoOn(request.run, request.kind, request.choice, place);
+  if (!prepared) return {};
+  const auto account = prepared->Account();
+  return account ? account::TextsOf(**account).from : std::string();
+}
+
 }  // namespace
 
 // Its message, list and pictures were settled when it began: nothing of them is asked or looked at again.
@@ -107,7 +117,7 @@ SendMailForm1::SendMailForm1(const profile::Program& program, const GoOnRequest&
   request_ = request;
   setWindowTitle(tr("Go On with a Run"));
   range_->hide();
-  heading_->GoesOnWith(request.pace);
+  heading_->GoesOnWith(SenderOf(program, request), request.pace);
   before_->LookAt(request, heading_->way().pace);
 }
 
@@ -189,10 +199,9 @@ void SendMailForm1::StartRun() {
     Say(InWords(range.error()), NoteKind::kFailure);
     return;
   }
-  // Another window or program may have named another server meanwhile: nothing goes where the person was not told of.
-  if (!heading_->ServersAreAsShown()) {
-    Say(tr("Nothing was sent: the account names another server by now. See above who sends, and over which server."),
-        NoteKind::kFailure);
+  // Another window or program may have changed it meanwhile: nothing goes where the person was not told of.
+  if (const auto change = heading_->TakeChange()) {
+    Say(InWords(*change), NoteKind::kFailure);
     HoldUntilRead(button_);
     return;
   }

@@ -52,7 +52,7 @@ SupportForm::SupportForm(const profile::Program& program, const platform::Enviro
     : QDialog(parent),
       program_(program),
       environment_(environment),
-      route_(program.settings, server),
+      route_(program.settings, server, account::ShownRoute::Sender::kItsOwn),
       facts_(support::ReadSystemFacts()),
       look_(new BackgroundTask(this)),
       task_(new BackgroundTask(this)),
@@ -233,9 +233,9 @@ void SupportForm::Send() {
   if (!GoesWhereItWasTold()) return;
   status_->Say(tr("Sending to %1…").arg(ToQt(to->text())));
   task_->Start([this, &program = program_, request, facts = facts_, to = *to,
-                servers = route_.servers()](const platform::CancelToken& cancel) {
+                route = route_.route()](const platform::CancelToken& cancel) {
     const auto place = run::PlaceOf(program, cancel);
-    const auto end = std::make_shared<Result<smtp::Outcome>>(support::SendRequest(request, facts, to, place, servers));
+    const auto end = std::make_shared<Result<smtp::Outcome>>(support::SendRequest(request, facts, to, place, route));
     return [this, request, end] { ShowEnd(request, *end); };
   });
   EnableControls();
@@ -243,10 +243,9 @@ void SupportForm::Send() {
 }
 
 bool SupportForm::GoesWhereItWasTold() {
-  if (route_.IsStillSo()) return true;
-  status_->Say(tr("Nothing was sent: the account names another server by now, %1. Send once more to have it go there.")
-                   .arg(ToQt(platform::Printable(route_.servers(), 200))),
-               NoteKind::kFailure);
+  const auto change = route_.TakeChange();
+  if (!change) return true;
+  status_->Fail(*change);
   HoldUntilRead(send_);
   return false;
 }
