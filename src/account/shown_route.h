@@ -11,8 +11,8 @@ namespace quillcast::account {
 
 // Which way mail goes and in whose name, as a person reads it.
 struct Route {
-  std::string servers;              // "mail.example.org, port 587, or mx.example.org, port 25"; empty where there are none
-  std::string security;             // as the account has it
+  std::string servers;   // "mail.example.org, port 587, or mx.example.org, port 25"; empty where there are none
+  std::string security;  // as the account has it
   std::optional<std::string> from;  // "Ada <ada@example.org>"; none where what is sent has a sender of its own
 
   bool operator==(const Route&) const = default;

@@ -70,7 +70,8 @@ class PreparedRun {
   // be read do not fail it: see MessageTemplate::trouble.
   Result<const message::MessageTemplate*> Message();
 
-  // Holds it to the way that the person was shown: where the account leads another it fails as account::CheckRoute does.
+  // Holds it to the way that the person was shown: where the account leads another it fails as account::CheckRoute
+  // does.
   void GoOnlyOver(account::Route route) { route_ = std::move(route); }
 
   // How fast it goes: as the account says now, and where these say something, by them; of one that goes on, between the

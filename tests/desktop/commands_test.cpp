@@ -368,6 +368,8 @@ class CommandsTest : public QObject {
       const QKeyCombination keys = QKeySequence(ToQt(command.keys))[0];
       QTest::keyClick(widget, keys.key(), keys.keyboardModifiers());
       QVERIFY2(came == std::vector{command.id}, qPrintable(NameOf(command)));
+      QTest::simulateEvent(widget, true, keys.key(), keys.keyboardModifiers(), {}, true);  // held
+      QVERIFY2(came.size() == 1 || command.place.menu == Menu::kEdit, qPrintable(NameOf(command)));
       ++pressed;
     }
     QVERIFY2(pressed >= 34, qPrintable(QString::number(pressed)));

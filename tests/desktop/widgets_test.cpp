@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -17,6 +18,7 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTextDocument>
+#include <QTextEdit>
 #include <QThread>
 #include <atomic>
 #include <memory>
@@ -70,6 +72,34 @@ class WidgetsTest : public QObject {
   void cleanup() {
     UseTheme(false);
     QApplication::setLayoutDirection(Qt::LeftToRight);
+  }
+
+  // What the system repeats while a key is down.
+  void aHeldKeyPressesOnceAndTypesOn() {
+    QDialog window;
+    QPushButton button(&window);
+    QLineEdit line(&window);
+    QTextEdit text(&window);
+    button.setDefault(true);
+    int presses = 0;
+    connect(&button, &QPushButton::clicked, [&presses] { ++presses; });
+    window.show();
+    const auto press = [](QWidget& widget, int key, const char* words, bool is_held) {
+      for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent event(type, key, Qt::NoModifier, words, is_held);
+        QApplication::sendEvent(&widget, &event);
+      }
+    };
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) press(button, key, "", true);
+    press(line, Qt::Key_Return, "\r", true);
+    QCOMPARE(presses, 0);
+    press(line, Qt::Key_Space, " ", true);
+    QCOMPARE(line.text(), QString(" "));
+    press(text, Qt::Key_Return, "\r", true);
+    QCOMPARE(text.toPlainText(), QString("\n"));
+    press(line, Qt::Key_Return, "\r", false);
+    press(button, Qt::Key_Space, " ", false);
+    QCOMPARE(presses, 2);
   }
 
   // By the table of an independent program.

@@ -76,10 +76,10 @@ void RunHeading::ShowRoute() {
   const account::Route& route = shown_.route();
   const QString named = ToQt(platform::Printable(route.from.value_or(from_), 120));
   const QString from = named.isEmpty() ? tr("its sender") : named;
-  route_->setText(Breakable(
-      shown_.is_practice() ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
-                           : tr("From %1 over %2").arg(from, ToQt(platform::Printable(route.servers, 200))),
-      kLongestWord));
+  route_->setText(Breakable(shown_.is_practice()
+                                ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
+                                : tr("From %1 over %2").arg(from, ToQt(platform::Printable(route.servers, 200))),
+                            kLongestWord));
 }
 
 void RunHeading::ShowPace() {

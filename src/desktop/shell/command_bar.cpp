@@ -103,6 +103,7 @@ QAction* CommandBar::Make(const Command& command) {
   auto* action = new QAction(Icon(command.icon), LabelOf(command), window_);
   action->setObjectName(ToQt(command.name));
   action->setShortcut(QKeySequence(ToQt(command.keys)));
+  action->setAutoRepeat(command.place.menu == Menu::kEdit);  // held, a key undoes more, and opens one window
   action->setCheckable(command.checked != nullptr || command.id == kSource || command.id == kSplash);
   action->setToolTip(command.place.menu == Menu::kMergeTag ? TagOf(command) : TipOf(command));
   connect(action, &QAction::triggered, this, [this, id = command.id] { emit Triggered(id); });

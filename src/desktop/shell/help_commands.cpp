@@ -36,8 +36,8 @@ void ShowTips(Shell& shell) { TipsForm(shell.program, &shell.window).exec(); }
 void AskForSupport(Shell& shell) {
   shell.notices.LookAtPractice();
   const auto filled_in = account::AccountIsFilledIn(shell.program.settings);
-  if (!filled_in || !*filled_in) {
-    if (!filled_in) shell.Tell(filled_in.error());
+  if (!filled_in) return shell.Tell(filled_in.error());
+  if (!*filled_in) {
     shell.program.prompts.Warn(support::kNoAccount);
     return EditAccount(shell);
   }

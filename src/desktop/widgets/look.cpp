@@ -6,6 +6,7 @@
 
 #include "desktop/widgets/contrast.h"
 #include "desktop/widgets/focus_ring.h"
+#include "desktop/widgets/held_keys.h"
 #include "desktop/widgets/keep_on_screen.h"
 
 namespace quillcast::desktop {
@@ -50,6 +51,7 @@ void DressWindows() {
   qApp->installEventFilter(watcher);
   TakePlaceholderColour();
   ShowFocusRing();
+  IgnoreHeldKeys();
   KeepWindowsOnScreen();
 }
 
