@@ -20,6 +20,7 @@
 #include "desktop/run/history_manager_form.h"
 #include "desktop/widgets/row_list.h"
 #include "platform/file.h"
+#include "platform/sqlite.h"
 
 namespace quillcast::desktop {
 
@@ -411,6 +412,23 @@ class AccountFormsTest : public QObject {
     QCOMPARE(form.findChild<QLineEdit*>("ServerTextBox")->text(), QString());  // OK would save what is shown
     QCOMPARE(form.findChild<QComboBox*>("PasswordFromComboBox")->currentText(), QString("Settings"));
     QVERIFY(form.isVisible() && stored("Name") == "none");
+  }
+
+  void whatCannotBeReadIsNotShownAsTheAccount() {
+    test::FormRig rig;
+    rig.FillInAccount("2525");
+    auto other = platform::Database::Open(rig.folders.settings, platform::OpenMode::kReadWrite);
+    QVERIFY(other && other->Execute("BEGIN EXCLUSIVE"));
+    EmailManagerForm form(rig.program, nullptr);
+    form.show();
+    auto* port = form.findChild<QLineEdit*>("PortTextBox");
+    QVERIFY2(Text(form, "StatusLine").contains("is locked"), qPrintable(Text(form, "StatusLine")));
+    QVERIFY(!port->isEnabled() && !form.findChild<QPushButton*>("OKButton")->isEnabled());
+    QVERIFY(other->Execute("COMMIT"));
+    QTRY_COMPARE(port->text(), QString("2525"));
+    QVERIFY(port->isEnabled() && form.findChild<QPushButton*>("OKButton")->isEnabled());
+    QCOMPARE(Text(form, "StatusLine"), QString());
+    QVERIFY(form.findChild<QLineEdit*>("FullNameTextBox")->hasFocus());
   }
 
   // Held as another program holds it.

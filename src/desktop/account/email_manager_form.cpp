@@ -6,7 +6,9 @@
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QTabWidget>
+#include <QTimer>
 #include <algorithm>
+#include <chrono>
 
 #include "account/account_form.h"
 #include "account/keyring_note.h"
@@ -23,6 +25,12 @@
 namespace quillcast::desktop {
 
 using enum account::AccountKey;
+
+namespace {
+
+constexpr std::chrono::seconds kReadAgain{1};
+
+}  // namespace
 
 EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
@@ -43,10 +51,25 @@ EmailManagerForm::EmailManagerForm(const profile::Program& program, QWidget* par
   column->Add(status_);
   AddButtons(column->AddButtons());
 
-  const auto stored = account::AccountSettings::Load(program_.settings);
-  if (!stored) status_->Fail(stored.error());
-  if (stored) seen_ = *stored;
   Show(account::ShownInDialog(seen_));
+  ReadStored();
+}
+
+// What is not the account could be saved as if it were: until it can be read there is nothing to change.
+void EmailManagerForm::ReadStored() {
+  const auto again = [this] { QTimer::singleShot(kReadAgain, this, &EmailManagerForm::ReadStored); };
+  if (test_->is_running()) return again();
+  const auto stored = account::AccountSettings::Load(program_.settings);
+  for (QWidget* control : {static_cast<QWidget*>(pages_), Find<QWidget>("OKButton"), Find<QWidget>("TestButton")}) {
+    control->setEnabled(static_cast<bool>(stored));
+  }
+  if (!stored) {
+    status_->Fail(stored.error());
+    return again();
+  }
+  seen_ = *stored;
+  Show(account::ShownInDialog(seen_));
+  status_->Say({});
   Find<QLineEdit>("FullNameTextBox")->setFocus();
 }
 

@@ -57,6 +57,7 @@ class EmailManagerForm final : public QDialog {
   QWidget* MakePresetBar();
   void AddButtons(QDialogButtonBox* box);
 
+  void ReadStored();
   account::AccountSettings Shown() const;
   void Show(const account::AccountSettings& values);
   void Put(const account::AccountSettings& values);
