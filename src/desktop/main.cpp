@@ -125,6 +125,7 @@ int Run(QApplication& application, const std::optional<std::filesystem::path>& p
   instance.BeginHearing();
   window->Open(arguments);
   if (warning != nullptr) window->Say(warning);
+  if (!prepared) window->Say(InWords(prepared.error()));  // the cause of whatever else could not be read
   const Termination termination;
   QObject::connect(&termination, &Termination::Asked, window.get(), &MainForm::EndAtOnce);
   QObject::connect(&application, &QGuiApplication::commitDataRequest, window.get(), &MainForm::KeepAside,

@@ -187,7 +187,7 @@ void MainForm::ConnectNotices() {
           [this](run::RunId run) { AtWork([this, run] { ShowKeptRuns(*shell_, run); }); });
   connect(notices_, &Notices::AccountPressed, this, [this] { Dispatch(CommandId::kAccount); });
   connect(notices_, &Notices::PracticeChanged, this, [this] { shell_->ShowSender(); });
-  connect(notices_, &Notices::PracticeEnded, this, &MainForm::Say);
+  connect(notices_, &Notices::PracticeTold, this, &MainForm::Say);
   connect(notices_, &Notices::Failed, this, [this](const Error& error) { shell_->Tell(error); });
   connect(&notices_->pictures(), &PicturesPanel::Answered, this,
           [this](const std::vector<std::filesystem::path>& files, bool take) {

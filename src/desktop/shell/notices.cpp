@@ -157,7 +157,7 @@ void Notices::LookAtPractice() {
 void Notices::TellEnd(const account::PracticeEnd& end) {
   emit PracticeChanged();
   Refresh();
-  emit PracticeEnded(InWords(account::InWords(end)));
+  emit PracticeTold(InWords(account::InWords(end)));
 }
 
 // Counted before it takes any more, for each of those is announced.
@@ -166,6 +166,7 @@ Result<void> Notices::BeginPractice() {
   auto begun = practice_.Begin();
   if (!begun) emit Failed(begun.error());
   if (begun) watch_->start();
+  if (begun) emit PracticeTold(tr("Practice is on."));
   emit PracticeChanged();
   Refresh();
   return begun;

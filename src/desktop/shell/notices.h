@@ -48,7 +48,7 @@ class Notices final : public QWidget {
   // To go on with this one.
   void RunsPressed(quillcast::run::RunId run);
   void PracticeChanged();  // and with it the account
-  void PracticeEnded(const QString& how);
+  void PracticeTold(const QString& how);
   void Failed(const quillcast::Error& error);
 
  private:
