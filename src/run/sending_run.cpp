@@ -39,6 +39,13 @@ struct Letter : smtp::Job {
   std::int64_t lost_before = 0;  // when it went out last
 };
 
+// Whom no server took anything for.
+struct Lost {
+  std::int64_t position = 0;
+  int before = 0;           // tries in runs that this one goes on with
+  bool has_sender = false;  // it took the sender, so that it was there, and hung up then
+};
+
 // Takes the rows of the group one by one, from the store to the wire to the report.
 class Run final : public smtp::JobSource {
  public:
@@ -98,6 +105,7 @@ class Run final : public smtp::JobSource {
   void KeepLost(const Letter& letter, const smtp::Outcome& outcome);
   bool AreLostAnew() const;
   void FailThoseLost(std::int64_t before);
+  void FailThoseLostTwice();
   void LeaveThoseLost();
   void SettleThoseLost();
   void TellAboutPictures();
@@ -128,7 +136,7 @@ class Run final : public smtp::JobSource {
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
   std::deque<Letter*> with_carrier_;  // in the order in which it took them
-  std::deque<Retry> lost_in_a_row_;   // the last, since no server would take anything
+  std::deque<Lost> lost_in_a_row_;    // the last, since no server would take anything
   std::int64_t lost_ = 0;             // in all; those in a row are the last of them
   bool does_not_go_on_ = false;       // as somebody wanted
   bool first_message_kept_ = false;
@@ -418,7 +426,7 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
 // Who is tried again by itself is no reason to ask; nor is who was lost in the run before, for then nobody would ever
 // come to those behind twenty at whom a server hangs up.
 bool Run::AreLostAnew() const {
-  const auto is_new = [](const Retry& whom) { return whom.before == 0; };
+  const auto is_new = [](const Lost& whom) { return whom.before == 0; };
   return std::ranges::count_if(lost_in_a_row_, is_new) >= kMostLostAnew;
 }
 
@@ -432,7 +440,7 @@ void Run::KeepLost(const Letter& letter, const smtp::Outcome& outcome) {
   const int tries = recipient.before.tries + recipient.tries;
   if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) return;
   run_->IsTriedAgain(recipient.position, tries);
-  lost_in_a_row_.push_back({recipient.position, {}, recipient.tries, recipient.before.tries});
+  lost_in_a_row_.push_back({recipient.position, recipient.before.tries, outcome.has_sender});
   ++lost_;
 }
 
@@ -443,18 +451,28 @@ void Run::FailThoseLost(std::int64_t before) {
   }
 }
 
+void Run::FailThoseLostTwice() {
+  const auto is_lost_twice = [](const Lost& whom) { return whom.before > 0 && whom.has_sender; };
+  for (const Lost& whom : lost_in_a_row_) {
+    if (is_lost_twice(whom)) run_->IsTriedAgain(whom.position, 0);
+  }
+  std::erase_if(lost_in_a_row_, is_lost_twice);
+}
+
 void Run::LeaveThoseLost() {
   summary_.not_their_doing += std::ssize(lost_in_a_row_);
   lost_in_a_row_.clear();
 }
 
 // Of the last in a row nobody knows what came behind them, where the run ended before its list, or reached nobody at
-// all.
+// all. But at whom a server that was there hung up again, when all of them were asked a second time, that is theirs.
 void Run::SettleThoseLost() {
   const bool reached_nobody =
       summary_.sent == 0 && summary_.failed == summary_.not_their_doing + std::ssize(lost_in_a_row_);
   const bool is_cut_short = summary_.stopped || IsCancelled() || does_not_go_on_;
-  is_cut_short || reached_nobody ? LeaveThoseLost() : FailThoseLost(lost_);
+  if (!is_cut_short && !reached_nobody) return FailThoseLost(lost_);
+  if (!is_cut_short) FailThoseLostTwice();
+  LeaveThoseLost();
 }
 
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named

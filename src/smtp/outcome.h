@@ -36,6 +36,7 @@ struct Outcome {
   ServerReply reply;   // the reply that decided it, where there was one
   std::string reason;  // in our words, where the code and the reply do not say it: a whole sentence, may be empty
   Whereabouts whereabouts = Whereabouts::kDecided;  // as a run tells it, kNotOut: it was left, and counts as not tried
+  bool has_sender = false;  // where the connection ended over it: the server had taken the sender
 
   bool is_decided() const { return whereabouts == Whereabouts::kDecided; }
 };

@@ -17,6 +17,9 @@ from collections import Counter
 from quillcast import PROGRAM, Case
 
 
+HANGS_UP = "hangs up"
+
+
 class Server:
     """Answers RCPT by `answer(address, how often it was asked)`: None takes it. Keeps who was taken, and when."""
 
@@ -52,6 +55,8 @@ class Server:
                 self.asked[address] += 1
                 self.times.append((address, time.monotonic()))
                 refusal = self.answer(address, self.asked[address])
+                if refusal is HANGS_UP:
+                    return
                 recipient = None if refusal else address
                 peer.sendall((refusal or "250 2.1.5 ok").encode() + b"\r\n")
                 if refusal and refusal.startswith("421"):
@@ -125,6 +130,17 @@ class Retries(Case):
                     self.run_program("--yes", "runs", "resume", first)
                 self.assertEqual(sum(server.taken.values()), 30)
                 self.assertEqual(self.run_program("--yes", "runs", "resume", first)[0], 66)
+
+    def test_a_list_at_all_of_whom_the_server_hangs_up_comes_to_an_end(self):
+        """They are asked once more, by going on; then it is their own."""
+        for first, options in ((1, ()), (3, ("--network-wait", "1m"))):
+            with self.subTest(options):
+                if first > 1:
+                    self.ok("--yes", "group", "delete", "All")
+                self.server(lambda address, times: HANGS_UP, ["bad1@a.example", "bad2@b.example"])
+                self.assertEqual(self.run_program(*self.mailing(*options))[0], 1)
+                for code in (1, 66):
+                    self.assertEqual(self.run_program("--yes", "runs", "resume", first)[0], code)
 
     def test_results_counts_reports_and_the_journal_go_by_the_last_try(self):
         def answer(address, times):

@@ -194,6 +194,29 @@ TEST_F(RetriedRun, LeavesThoseBehindWhomTheServerWentOnWithNobody) {
   }
 }
 
+// Nobody else shows that the server takes anything; that it hung up at them again shows it as well.
+TEST_F(RetriedRun, FailsThoseAtWhomTheServerHangsUpAgain) {
+  const struct {
+    const char* what;
+    Fates fates;
+    std::map<std::int64_t, int> before;
+    std::map<std::int64_t, int> left;
+  } kCases[] = {
+      {"for the first time", "h", {}, {{1, 1}}},
+      {"again", "h", {{1, 1}}, {}},
+      {"again, before it took the sender", "c", {{1, 1}}, {{1, 2}}},
+      {"at one again, and at another for the first time", "hh", {{2, 1}}, {{1, 1}}},
+      {"at all again", "hhh", {{1, 1}, {2, 1}, {3, 2}}, {}},
+      {"and takes somebody before", "sh", {}, {}},
+  };
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.what);
+    Run({.domains = std::string(each.fates.size(), 'a'), .fates = each.fates, .before = each.before});
+    EXPECT_EQ(kept_.tries, each.left);
+    EXPECT_EQ(summary_.not_their_doing, std::ssize(each.left));
+  }
+}
+
 TEST_F(RetriedRun, GoesSlowerWhereTheServerAsksForItAndEndsWithItsLastMessage) {
   Run({.domains = "aaaa", .retries = {1, 5s}, .slow_down = true, .fates = "tsss", .then = {{1, "s"}}});
   EXPECT_EQ(Times(), "1@0 2@2 3@4 4@6 1@8 ");  // one went out within the first second: half of 60 a minute

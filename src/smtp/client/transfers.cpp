@@ -224,6 +224,7 @@ Outcome Transfers::OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end,
   if (oldest || cancelled) outcome = end.why;
   if (!oldest || cancelled || outcome.whereabouts == Whereabouts::kNotOut) outcome.whereabouts = NotOut();
   if (IsOut(transfer) || outcome.state != State::kFailed) outcome.whereabouts = Whereabouts::kDecided;
+  outcome.has_sender = oldest && transfer.open;
   if (IsOut(transfer) && outcome.state == State::kFailed) {
     outcome.state = State::kUnknown;
     const bool waited = outcome.reason.empty() || !end.missing.empty();
