@@ -39,7 +39,8 @@ bool Transfers::WantsMessage() {
   const Transfer& last = transfers_.back();
   // The next envelope goes with the end of this message, which begins when DATA has been accepted.
   if (!last.chunked) return last.next == Next::kBody || last.next == Next::kLoneDot;
-  return proven_ && last.next != Next::kImpossible && window_.Wants(transfers_.size(), octets_, filling_);
+  return proven_ && last.next != Next::kImpossible && !HoldsUpOthers(last) &&
+         window_.Wants(transfers_.size(), octets_, filling_);
 }
 
 void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
@@ -55,7 +56,11 @@ void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
   transfer.verdict = FitEnvelope(transfer.envelope, message, *offered_);
   transfer.chunked = offered_->chunking && transfer.envelope.size != 0;
   octets_ += transfer.envelope.size;
-  if (transfer.verdict) transfer.next = Next::kNothing;
+  if (transfer.verdict) {
+    transfer.next = Next::kNothing;
+  } else {
+    ++mails_wanted_;
+  }
   FinishAnswered();
 }
 
@@ -137,7 +142,7 @@ bool Transfers::SendContent(Transfer& transfer) {
     return true;
   }
   const std::uint64_t size = transfer.envelope.size;
-  if (MustBeAccepted(size) && wire_.awaits()) return false;
+  if (MustBeAccepted(size, mails_made_) && wire_.awaits()) return false;
   // The one chunk follows its command without a reply in between (RFC 3030 2).
   Send(transfer, Awaited::kEndOfData, SmtpLine("BDAT").Then(SmtpLine::Of(size)).Then("LAST"), Next::kBody);
   wire_.AwaitEndOfLast();
@@ -145,9 +150,15 @@ bool Transfers::SendContent(Transfer& transfer) {
   return true;
 }
 
-// Whether the envelope of a message of that many octets has to be accepted before the message goes.
-bool Transfers::MustBeAccepted(std::uint64_t size) const {
-  return !proven_ || window_.cautious() || size > kLarge || IsRound(mails_made_ - 1);
+// Whether the envelope of a message of that many octets, with so many MAIL commands, has to be accepted before it goes.
+bool Transfers::MustBeAccepted(std::uint64_t size, std::size_t mails) const {
+  return !proven_ || window_.cautious() || size > kLarge || IsRound(mails - 1);
+}
+
+// What is behind a message that waits for its envelope would be told of as out, and be unknown after a kill.
+bool Transfers::HoldsUpOthers(const Transfer& last) const {
+  const bool is_to_come = last.next == Next::kReset || last.next == Next::kMail || last.next == Next::kRcpt;
+  return (is_to_come || last.next == Next::kContent) && MustBeAccepted(last.envelope.size, mails_wanted_);
 }
 
 void Transfers::SendBody(Transfer& transfer) {

@@ -81,7 +81,8 @@ class Transfers {
   void SendMail(Transfer& transfer);
   void SendRcpt(Transfer& transfer);
   bool SendContent(Transfer& transfer);
-  bool MustBeAccepted(std::uint64_t size) const;
+  bool MustBeAccepted(std::uint64_t size, std::size_t mails) const;
+  bool HoldsUpOthers(const Transfer& last) const;
   void SendBody(Transfer& transfer);
   void FinishAnswered();
   void Pop();
@@ -121,7 +122,8 @@ class Transfers {
   std::size_t sending_ = 0;          // those before it are wholly made
   std::uint64_t octets_ = 0;         // of all of them
   std::size_t submitted_ = 0;        // over this connection
-  std::size_t mails_made_ = 0;       // MAIL commands
+  std::size_t mails_wanted_ = 0;     // MAIL commands
+  std::size_t mails_made_ = 0;
   std::size_t mails_taken_ = 0;
   ReplyHabits habits_;
   std::optional<BodyWriter> body_;  // of transfers_[sending_]

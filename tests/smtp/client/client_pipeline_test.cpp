@@ -135,6 +135,32 @@ TEST(ClientPipeline, ChunksGoOneBehindTheOther) {
   }
 }
 
+// Ten went before it, which may be the server's limit. Those behind would be told of as out, and nothing of them is.
+TEST(ClientPipeline, AMessageThatWaitsForItsEnvelopeHasNoneBehindIt) {
+  const auto with = [](std::string dialogue, std::size_t n) {
+    for (auto at = dialogue.find('#'); at != std::string::npos; at = dialogue.find('#')) {
+      dialogue.replace(at, 1, std::to_string(n));
+    }
+    return dialogue;
+  };
+  const std::string envelope = "C: RSET\nC: MAIL FROM:<a@b.c>\nC: RCPT TO:<r#@b.c>\n";
+  const std::string chunk = "C: BDAT 5 LAST\nC: hi#\n";
+  Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 14);
+  for (int n = 0; n < 100; ++n) p.window.Taken(true);
+  for (std::size_t n = 10; n < 14; ++n) p.sources[n] = TextSource("h" + std::to_string(n) + "\r\n");
+  std::string dialogue = ENVELOPE(0) YES YES CHUNK(0);
+  for (std::size_t n = 1; n < 10; ++n) dialogue += with(envelope + chunk, n);
+  p.Run(dialogue + with(envelope, 10) + YES);
+  EXPECT_EQ(p.submitted, 11U);
+  dialogue.clear();
+  for (std::size_t n = 1; n < 10; ++n) dialogue += YES YES YES YES;
+  dialogue += YES YES YES "C: BDAT 5 LAST\nC: h10\n";
+  for (std::size_t n = 11; n < 14; ++n) dialogue += with(envelope + "C: BDAT 5 LAST\nC: h#\n", n);
+  p.Run(dialogue + YES);
+  EXPECT_EQ(p.submitted, 14U);
+  EXPECT_EQ(p.told.outcomes.size(), 11U);
+}
+
 // Of who is in doubt it does not say that nothing went out.
 TEST(ClientPipeline, AGoodbyeSaysOfEachWhetherItsMessageWasOut) {
   constexpr const char* kInDoubt =
