@@ -6,6 +6,7 @@
 #include <array>
 #include <vector>
 
+#include "document/body_style.h"
 #include "html/html_tokenizer.h"
 #include "html/safe_page.h"
 #include "platform/text.h"
@@ -23,13 +24,15 @@ struct Row {
   const char* attribute;
   const char* name;  // null for what is no colour
   BodyBox box;
+  std::optional<StyledColour> styled = {};  // what of its style attribute counts before it
 };
 constexpr auto kRows = std::to_array<Row>({
-    {&BodyColours::text, "text", "text colour", BodyBox::kText},
+    {&BodyColours::text, "text", "text colour", BodyBox::kText, StyledColour::kText},
     {&BodyColours::link, "link", "link colour", BodyBox::kLink},
     {&BodyColours::visited, "vlink", "visited link colour", BodyBox::kVisited},
     {&BodyColours::active, "alink", "active link colour", BodyBox::kActive},
-    {&BodyColours::background, "bgcolor", "background colour", BodyBox::kBackground},
+    {&BodyColours::background, "bgcolor", "background colour", BodyBox::kBackground,
+     StyledColour::kBackground},
     {&BodyColours::picture, "background", nullptr, {}},
 });
 
@@ -60,8 +63,8 @@ bool FindBody(std::string_view html, HtmlTokenizer& page, HtmlToken& token) {
   return false;
 }
 
-std::string Written(const Row& row, const std::string& value) {
-  return fmt::format("{}=\"{}\"", row.attribute, html::EscapedForHtml(value));
+std::string Written(const char* attribute, const std::string& value) {
+  return fmt::format("{}=\"{}\"", attribute, html::EscapedForHtml(value));
 }
 
 // What takes the place of a part of the source.
@@ -80,8 +83,8 @@ std::size_t EndOf(std::string_view html, const HtmlAttribute& attribute) {
 
 // The whole attribute, quotes included, by another; for an empty value with the blank before it, unless only that parts
 // what stands on either side.
-Change Replaced(std::string_view html, const HtmlAttribute& attribute, const Row& row, const std::string& value) {
-  Change change{attribute.name_begin, EndOf(html, attribute), value.empty() ? std::string() : Written(row, value)};
+Change Replaced(std::string_view html, const HtmlAttribute& attribute, const char* name, const std::string& value) {
+  Change change{attribute.name_begin, EndOf(html, attribute), value.empty() ? std::string() : Written(name, value)};
   const bool is_apart = std::string_view(" \t\r\n\f>/").find(html[change.end]) != std::string_view::npos;
   if (value.empty() && is_apart && html[change.begin - 1] == ' ') --change.begin;
   return change;
@@ -95,7 +98,7 @@ bool IsNamed(std::string_view html, const HtmlAttribute& attribute, std::string_
 // Every one of that name goes, for a second one would count then.
 void TakeOut(std::string_view html, const HtmlToken& body, const Row& row, std::vector<Change>& changes) {
   for (const HtmlAttribute& attribute : body.attributes) {
-    if (IsNamed(html, attribute, row.attribute)) changes.push_back(Replaced(html, attribute, row, ""));
+    if (IsNamed(html, attribute, row.attribute)) changes.push_back(Replaced(html, attribute, row.attribute, ""));
   }
 }
 
@@ -120,7 +123,7 @@ std::string Apply(std::string_view html, std::vector<Change> changes) {
 std::string WithNewBody(std::string_view html, std::size_t at, const BodyColours& chosen) {
   std::string tag = "<body";
   for (const Row& row : kRows) {
-    if (!(chosen.*row.field).empty()) tag += ' ' + Written(row, chosen.*row.field);
+    if (!(chosen.*row.field).empty()) tag += ' ' + Written(row.attribute, chosen.*row.field);
   }
   return tag == "<body" ? std::string(html) : Apply(html, {{at, at, tag + '>'}});
 }
@@ -132,7 +135,11 @@ BodyColours ReadBodyColours(std::string_view html) {
   HtmlTokenizer page(html);
   HtmlToken token;
   if (!FindBody(html, page, token)) return found;
-  for (const Row& row : kRows) found.*row.field = page.Value(token, row.attribute);
+  const std::string style = page.Value(token, "style");
+  for (const Row& row : kRows) {
+    const auto styled = row.styled ? StyleColour(style, *row.styled) : std::nullopt;
+    found.*row.field = styled ? *styled : page.Value(token, row.attribute);
+  }
   return found;
 }
 
@@ -153,17 +160,23 @@ std::string WithBodyColours(std::string_view html, const BodyColours& chosen) {
   if (!FindBody(html, page, body)) return WithNewBody(html, body.begin, chosen);
   std::vector<Change> changes;
   std::string added;
+  const std::string old_style = page.Value(body, "style");
+  std::string style = old_style;
   for (const Row& row : kRows) {
     const std::string& value = chosen.*row.field;
+    const auto styled = row.styled ? StyleColour(style, *row.styled) : std::nullopt;
+    if (styled == value) continue;
+    if (styled) style = WithStyleColour(style, *row.styled, value);
     const HtmlAttribute* const attribute = page.Find(body, row.attribute);
     if (attribute == nullptr) {
-      if (!value.empty()) added += ' ' + Written(row, value);
+      if (!value.empty()) added += ' ' + Written(row.attribute, value);
     } else if (value.empty()) {
       TakeOut(html, body, row, changes);
     } else if (value != page.Value(body, row.attribute)) {
-      changes.push_back(Replaced(html, *attribute, row, value));
+      changes.push_back(Replaced(html, *attribute, row.attribute, value));
     }
   }
+  if (style != old_style) changes.push_back(Replaced(html, *page.Find(body, "style"), "style", style));
   const std::size_t end = EndOfAttributes(html, body);
   if (!added.empty()) changes.push_back({end, end, std::move(added)});
   return Apply(html, std::move(changes));

@@ -31,6 +31,13 @@ TEST(BodyColours, ChangeTheirAttributesAlone) {
             {.text = "#123456"},
             "<!DOCTYPE html>\n<html><head><title>T</title>\n<style>b{}</style></head>\n<body text=\"#123456\"><p>x"},
            {"only text", {.active = "#123456"}, "<body alink=\"#123456\">only text"},
+           // What its style says is what is seen.
+           {"<body style='margin:0; Background:#e6f1f5 url(a.png); color:#233640' bgcolor='#e6f1f5'>x",
+            {.text = "#112233", .background = "#00ff00"},
+            "<body style=\"margin:0; Background:#00ff00 url(a.png); color:#112233\" bgcolor=\"#00ff00\" text=\"#112233\">x"},
+           {"<body style='color:navy;background-color:#fff' bgcolor=red>x",
+            {.text = "navy"},
+            "<body style=\"color:navy;background-color:transparent\">x"},
            {"<p>x", {}, "<p>x"},
            {"", {.visited = "#123456"}, "<body vlink=\"#123456\">"},
        }) {
