@@ -103,6 +103,19 @@ std::optional<Sentence> NoteOnPicture(const fs::path& picture) {
 
 }  // namespace
 
+std::vector<Sentence> SamplesLeft(std::string_view letter) {
+  std::vector<Sentence> left;
+  if (letter.find(kSampleStreet) != std::string_view::npos) {
+    left.push_back(Say(
+        "“{}” stands in the letter still. Write your postal address there; many countries ask for it.", kSampleStreet));
+  }
+  for (const auto sample : {kSampleCompany, kSampleWebSite}) {
+    if (letter.find(sample) == std::string_view::npos) continue;
+    left.push_back(Say("“{}” stands in the letter still. Write your own there.", sample));
+  }
+  return left;
+}
+
 std::optional<Complaint<DesignBox>> CheckDesign(const DesignChoice& choice) {
   for (const Rule& rule : kRules) {
     if ((choice.*rule.field).empty()) return Complaint<DesignBox>{rule.message, rule.box};

@@ -37,6 +37,9 @@ struct DesignChoice {
 };
 enum class DesignBox : std::uint8_t { kList, kCompany, kWebSite, kAddress, kSubject };
 
+// A sentence for each of these that stands in a letter still.
+std::vector<Sentence> SamplesLeft(std::string_view letter);
+
 // The first thing that is missing.
 std::optional<Complaint<DesignBox>> CheckDesign(const DesignChoice& choice);
 

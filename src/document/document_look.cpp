@@ -165,14 +165,7 @@ class Look {
 
   // What waits to be filled in, or was meant as a tag.
   void FindWhatWasLeft(const std::string& body) {
-    if (body.find(kSampleStreet) != std::string::npos) {
-      Find(Say("“{}” stands in the letter still. Write your postal address there; many countries ask for it.",
-               kSampleStreet));
-    }
-    for (const auto sample : {kSampleCompany, kSampleWebSite}) {
-      if (body.find(sample) == std::string::npos) continue;
-      Find(Say("“{}” stands in the letter still. Write your own there.", sample));
-    }
+    for (Sentence& left : SamplesLeft(body)) Find(std::move(left));
     std::vector<std::string> tags = UnknownTags(body);
     tags.resize(std::min<std::size_t>(tags.size(), kMostTroubles));
     for (const std::string& tag : tags) Find(DescribeUnknownTag(tag));

@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "account/account_connection.h"
+#include "document/designs.h"
 #include "document/local_links.h"
 #include "html/local_pictures.h"
 #include "platform/text.h"
@@ -68,6 +69,7 @@ PreFlight LookAt(const document::MessageDocument& document, const message::Messa
   PreFlight found;
   found.unknown_tags =
       document::UnknownTags(document.subject + "\n" + document.html + "\n" + document.text.value_or(""));
+  found.samples = document::SamplesLeft(document.text.value_or("") + document.html);
   for (const auto& trouble : message.picture_troubles()) {
     found.pictures.push_back(message::GoesWithout(trouble));
   }
@@ -123,6 +125,7 @@ std::vector<Sentence> Describe(const PreFlight& findings) {
   if (findings.lacks_text) {
     lines.emplace_back("The message goes out without a plain-text part, which some readers and filters expect.");
   }
+  lines.insert(lines.end(), findings.samples.begin(), findings.samples.end());
   for (const auto& tag : findings.unknown_tags) {
     lines.push_back(document::DescribeUnknownTag(tag));
   }

@@ -29,6 +29,7 @@ struct PreFlight {
     std::string first;
   };
   std::vector<EmptyField> empty_fields;
+  std::vector<Sentence> samples;  // of a design that was not filled in
   std::vector<std::string> unknown_tags;
   std::vector<Sentence> pictures;  // on those that do not go along
   std::vector<Sentence> links;     // on those that lead to files of this computer

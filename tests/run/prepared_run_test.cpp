@@ -163,6 +163,7 @@ TEST_F(PreparedRunTest, ShowsThePartsThatGoOut) {
 
 TEST_F(PreparedRunTest, FindsWhatThePersonMayNotHaveMeant) {
   letter_.html += "<a href='file:///home/$*MergeFirstName*$.pdf'>your list</a><a href='https://example.org/'>shop</a>";
+  letter_.html += "[your street, postcode and town]";
   auto prepared = Prepared();
   const auto look = prepared.LookOver(PreparedRun::Server::kIsLeftAlone);
   ASSERT_TRUE(look);
@@ -171,6 +172,8 @@ TEST_F(PreparedRunTest, FindsWhatThePersonMayNotHaveMeant) {
                 Say("The link “{}” leads to “{}”, a file of this computer, which nobody else can open. Put it on a web "
                     "server, or attach it.",
                     "your list", "file:///home/$*MergeFirstName*$.pdf"),
+                Say("“{}” stands in the letter still. Write your postal address there; many countries ask for it.",
+                    "[your street, postcode and town]"),
                 Say("Unknown tag {}: it goes out as it stands.", "$*MergeNick*$"),
                 SayOf(2, "{} recipient has no value for {} (the first is {}).",
                       "{} recipients have no value for {} (the first is {}).", "$*MergeFirstName*$", "cy@example.net"),
