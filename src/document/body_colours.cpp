@@ -31,8 +31,7 @@ constexpr auto kRows = std::to_array<Row>({
     {&BodyColours::link, "link", "link colour", BodyBox::kLink},
     {&BodyColours::visited, "vlink", "visited link colour", BodyBox::kVisited},
     {&BodyColours::active, "alink", "active link colour", BodyBox::kActive},
-    {&BodyColours::background, "bgcolor", "background colour", BodyBox::kBackground,
-     StyledColour::kBackground},
+    {&BodyColours::background, "bgcolor", "background colour", BodyBox::kBackground, StyledColour::kBackground},
     {&BodyColours::picture, "background", nullptr, {}},
 });
 

@@ -106,8 +106,8 @@ std::optional<Sentence> NoteOnPicture(const fs::path& picture) {
 std::vector<Sentence> SamplesLeft(std::string_view letter) {
   std::vector<Sentence> left;
   if (letter.find(kSampleStreet) != std::string_view::npos) {
-    left.push_back(Say(
-        "“{}” stands in the letter still. Write your postal address there; many countries ask for it.", kSampleStreet));
+    left.push_back(Say("“{}” stands in the letter still. Write your postal address there; many countries ask for it.",
+                       kSampleStreet));
   }
   for (const auto sample : {kSampleCompany, kSampleWebSite}) {
     if (letter.find(sample) == std::string_view::npos) continue;

@@ -34,7 +34,8 @@ TEST(BodyColours, ChangeTheirAttributesAlone) {
            // What its style says is what is seen.
            {"<body style='margin:0; Background:#e6f1f5 url(a.png); color:#233640' bgcolor='#e6f1f5'>x",
             {.text = "#112233", .background = "#00ff00"},
-            "<body style=\"margin:0; Background:#00ff00 url(a.png); color:#112233\" bgcolor=\"#00ff00\" text=\"#112233\">x"},
+            "<body style=\"margin:0; Background:#00ff00 url(a.png); color:#112233\" bgcolor=\"#00ff00\" "
+            "text=\"#112233\">x"},
            {"<body style='color:navy;background-color:#fff' bgcolor=red>x",
             {.text = "navy"},
             "<body style=\"color:navy;background-color:transparent\">x"},

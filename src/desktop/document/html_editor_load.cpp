@@ -1,6 +1,7 @@
 // The editor's page: made, loaded, and put back after a crash.
 #include <QApplication>
 #include <QCoreApplication>
+#include <QDialog>
 #include <QEventLoop>
 #include <QFile>
 #include <QGuiApplication>
@@ -198,8 +199,9 @@ bool HtmlEditor::eventFilter(QObject* watched, QEvent* event) {
     const QString typed = static_cast<QKeyEvent*>(event)->text();
     if (!typed.isEmpty() && typed[0].isPrint()) last_key_.start();
   }
-  const bool is_escape =
-      event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape && read_only_;
+  // A dialog closes by it, wherever the keys are.
+  const bool is_escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape &&
+                         (read_only_ || qobject_cast<QDialog*>(window()) != nullptr);
   return is_escape ? QCoreApplication::sendEvent(window(), event) : QWidget::eventFilter(watched, event);
 }
 
