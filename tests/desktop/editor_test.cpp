@@ -302,6 +302,23 @@ class EditorTest : public QObject {
     QTRY_VERIFY2(Body().contains("<td>a</td><td>d</td>"), qPrintable(Body()));
   }
 
+  void whatIsPutInIsSeen() {
+    const char* const top =
+        "getSelection().collapse(document.body.firstChild,0),scrollTo(0,document.body.scrollHeight)";
+    const char* const bottom = "getSelection().collapse(document.body.lastChild,0),scrollTo(0,0)";
+    for (const char* place : {top, bottom}) {
+      for (const char* html :
+           {"<hr id=\"new\">", "<table id=\"new\"><tr><td>a</td></tr></table>", "<b id=\"new\">x</b>"}) {
+        Load(QString("<p>line</p>").repeated(200));
+        editor_->Evaluate(place);
+        QVERIFY(editor_->InsertHtml(html));
+        const QVariant seen = editor_->Evaluate(
+            "(b=>b.top>=-1&&b.bottom<=innerHeight+1)(document.getElementById('new').getBoundingClientRect())");
+        QVERIFY2(seen.toBool(), html);
+      }
+    }
+  }
+
   void insertionsReplaceTheSelection() {
     SelectSecondWord();
     QVERIFY(editor_->InsertHtml("$*MergeField1*$"));

@@ -125,13 +125,26 @@
     if (name === 'unlink') selectLink();
     return document.execCommand(name, false, value);
   };
+  // What was put in is to be seen: the engine brings the caret into view for what is typed alone.
+  const showCaret = done => {
+    const kAround = 16;  // pixels
+    const range = document.getSelection().rangeCount && document.getSelection().getRangeAt(0);
+    if (!done || !range) return done;
+    const within = range.startContainer.childNodes;
+    const near = within[range.startOffset - 1] || within[range.startOffset] || range.startContainer;
+    const element = near.nodeType === Node.ELEMENT_NODE ? near : near.parentElement;
+    const box = range.getClientRects()[0] || element.getBoundingClientRect();
+    if (box.bottom > window.innerHeight) window.scrollBy(0, box.bottom - window.innerHeight + kAround);
+    else if (box.top < 0) window.scrollBy(0, box.top - kAround);
+    return done;
+  };
   // Words alone, such as a merge tag, are as what is typed: in the style that is switched on for the letters to come.
   // They are a step of their own for the engine's Undo, unlike letters, where the caret was placed anew.
   quill.insert = html => {
     ensureSelection();
-    if (!html || /[<&\n]/.test(html)) return document.execCommand('insertHTML', false, html);
+    if (!html || /[<&\n]/.test(html)) return showCaret(document.execCommand('insertHTML', false, html));
     placeAnew();
-    return document.execCommand('insertText', false, html);
+    return showCaret(document.execCommand('insertText', false, html));
   };
   quill.state = () => {
     const on = name => document.queryCommandState(name);
@@ -193,7 +206,7 @@
     const anchor = document.createElement('a');
     anchor.setAttribute('href', address);
     anchor.textContent = text || address;
-    return document.execCommand('insertHTML', false, anchor.outerHTML);
+    return showCaret(document.execCommand('insertHTML', false, anchor.outerHTML));
   };
 
   // What a word processor or a page puts round its text goes; what a letter is made of stays.
