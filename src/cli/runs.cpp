@@ -83,11 +83,7 @@ void ShowMailing(const Context& context, const run::MailingEntry& mailing) {
                     run.standing == run::RunStanding::kEnded ? "" : fmt::format(", {}", WordOf(run.standing))));
     context.output.Object(AsObject(mailing, run, context.clock));
   }
-  const std::string again = mailing.tried_again == 0
-                                ? ""
-                                : fmt::format(" ({} to be tried again)", platform::WithThousands(mailing.tried_again));
-  context.output.Line(
-      fmt::format("    {}: {}{}", run::Name(run::StandingOf(mailing)), run::CountsText(mailing.counts), again));
+  context.output.Line(fmt::format("    {}", run::StandingText(mailing)));
 }
 
 int RunList(Context& context) {

@@ -100,6 +100,13 @@ std::string CountsText(const StateCounts& counts) {
   return text.empty() ? "nobody" : text;
 }
 
+std::string StandingText(const MailingEntry& mailing) {
+  const std::string again = mailing.tried_again == 0
+                                ? ""
+                                : fmt::format(" ({} to be tried again)", platform::WithThousands(mailing.tried_again));
+  return fmt::format("{}: {}{}", Name(StandingOf(mailing)), CountsText(mailing.counts), again);
+}
+
 RecipientChoice WhoIsLeft() {
   RecipientChoice choice(SetOf({ResultState::kNotTried}));
   choice.tried_again = true;

@@ -29,6 +29,14 @@ class KeptRunsFormTest : public QObject {
   }
   static QString Status(const QWidget& window) { return window.findChild<QLabel*>("StatusLine")->text(); }
 
+  // A line of the list of runs, its columns parted by " | ".
+  static QString LineOf(const QWidget& window, int row) {
+    const auto* rows = window.findChild<QTableView*>("KeptRunsGrid")->model();
+    QStringList cells;
+    for (int column = 0; column < rows->columnCount(); ++column) cells << rows->index(row, column).data().toString();
+    return cells.join(" | ");
+  }
+
  private slots:
   void offersForEachStateWhatCanBeDone() {
     test::FormRig rig;
@@ -39,10 +47,11 @@ class KeptRunsFormTest : public QObject {
                  "1 recipient was deferred, not reached, or refused because of the account, and is to be tried again."),
              qPrintable(Status(form)));
     QVERIFY2(!Status(form).contains("in this state"), "what is told of them is told once");
-    const auto lines = test::RowsOf(form, "KeptRunsGrid");
-    QCOMPARE(lines.size(), 1);
-    QVERIFY2(lines[0].endsWith("“Hello” to Readers: 1 sent, 1 refused, 1 deferred, 1 unknown, 1 not tried"),
-             qPrintable(lines[0]));
+    QCOMPARE(test::RowsOf(form, "KeptRunsGrid").size(), 1);
+    QCOMPARE(LineOf(form, 0).section(" | ", 0, 0), QString("1"));
+    QCOMPARE(LineOf(form, 0).section(" | ", 2),
+             QString("“Hello” to Readers | can be resumed: 1 sent, 1 refused, 1 deferred, 1 unknown, 1 not tried (1 to "
+                     "be tried again)"));
     struct Case {
       const char* whom;
       std::optional<run::RunKind> kind;
@@ -222,8 +231,10 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(Status(form).contains("0 messages were sent, 1 failed."), qPrintable(Status(form)));
     QVERIFY2(Status(form).contains("as it was when the run began"), qPrintable(Status(form)));
     KeptRunsForm runs(rig.program, nullptr);
-    QVERIFY(test::RowsOf(runs, "KeptRunsGrid")[0].endsWith("1 sent, 1 refused, 1 deferred, 1 failed, 1 unknown"));
-    QVERIFY(test::RowsOf(runs, "KeptRunsGrid")[1].contains("went on, 1 recipient"));
+    QVERIFY2(LineOf(runs, 0).endsWith("| can be resumed: 1 sent, 1 refused, 1 deferred, 1 failed, 1 unknown (1 to be "
+                                      "tried again)"),
+             qPrintable(LineOf(runs, 0)));
+    QVERIFY2(LineOf(runs, 1).endsWith("| went on with 1 | 1 recipient"), qPrintable(LineOf(runs, 1)));
     // And whoever goes on once more does so at that pace.
     std::optional<GoOnRequest> asked;
     runs.go_on = [&](const GoOnRequest& request) { asked = request; };
@@ -284,6 +295,44 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(status.contains("meanwhile, and 1 recipient is left."), qPrintable(status));
   }
 
+  // Whoever begins, goes on with or forgets a run: what is chosen stays, and what was told of the last button.
+  void theListFollowsWhatOthersDo() {
+    test::FormRig rig;
+    QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
+    KeptRunsForm form(rig.program, nullptr);
+    form.show();
+    auto* grid = form.findChild<RowList*>("KeptRunsGrid");
+    form.findChild<QLineEdit*>("GroupTextBox")->setText("Left");
+    Press(form, "MakeGroupButton");
+    const QString told = "The group Left was made of 1 recipient.";
+    QTRY_COMPARE(Status(form), told);
+    QVERIFY(test::LeaveCutOff(rig.folders, "Others, whose name is so long that it would go on below in a line", true));
+    QTRY_COMPARE(grid->size(), std::size_t{2});
+    QVERIFY2(LineOf(form, 0).contains("“Hello” to Others"), qPrintable(LineOf(form, 0)));
+    QCOMPARE(grid->rowHeight(0), grid->rowHeight(1));
+    QCOMPARE(grid->Chosen(), std::vector<std::size_t>{1});
+    QCOMPARE(Status(form), told);
+    QVERIFY(IsOn(form, "SendToTheseButton"));
+    const platform::CancelToken none;
+    const auto journal = run::OpenJournal(rig.folders, rig.clock, none);
+    {
+      const auto run = (*journal)->GoOn(1, run::RunKind::kResume, run::WhoIsLeft(), {"base"});
+      QVERIFY(run);
+      QTRY_VERIFY2(LineOf(form, 1).contains("| goes on: "), qPrintable(LineOf(form, 1)));
+      QCOMPARE(grid->size(), std::size_t{3});
+      QCOMPARE(grid->Chosen(), std::vector<std::size_t>{1});
+      QVERIFY(!IsOn(form, "SendToTheseButton") && !IsOn(form, "ForgetButton"));
+      grid->Choose(2);
+      QVERIFY((*run)->End());
+    }
+    QTRY_VERIFY2(LineOf(form, 1).contains("| can be resumed: "), qPrintable(LineOf(form, 1)));
+    QCOMPARE(grid->Chosen(), std::vector<std::size_t>{2});
+    QVERIFY((*journal)->Forget(1));
+    QTRY_COMPARE(grid->size(), std::size_t{1});
+    QCOMPARE(grid->Chosen(), std::vector<std::size_t>{0});
+    QVERIFY2(Status(form).contains("to be tried again"), qPrintable(Status(form)));
+  }
+
   // What a resume leaves stands in the history behind the window of the runs as soon as it is over.
   void theHistoryShowsWhatWasSentFromTheRuns() {
     test::FormRig rig;
@@ -318,16 +367,16 @@ class KeptRunsFormTest : public QObject {
       QString chosen;
       test::WhileOpen("KeptRunsForm", [&](QDialog& form) {
         const auto rows = form.findChild<RowList*>("KeptRunsGrid")->Chosen();
-        if (rows.size() == 1) chosen = test::RowsOf(form, "KeptRunsGrid").at(static_cast<qsizetype>(rows[0]));
+        if (rows.size() == 1) chosen = LineOf(form, static_cast<int>(rows[0]));
       });
       Press(*scene.window, "GoOnWithRunButton");
       return chosen;
     };
-    QVERIFY(chosen_by_notice().contains("to Beta:"));
+    QVERIFY(chosen_by_notice().contains("to Beta |"));
     Press(*scene.window, "LaterButton");
     QTRY_VERIFY2(scene.Notice().startsWith("The run “Hello” to Alpha was cut off."), qPrintable(scene.Notice()));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // the buttons of the notice before
-    QVERIFY(chosen_by_notice().contains("to Alpha:"));
+    QVERIFY(chosen_by_notice().contains("to Alpha |"));
   }
 
   void clearingTheHistoryKeepsWhatCanBeResumed() {

@@ -1,10 +1,10 @@
 #include "desktop/run/kept_runs_form.h"
 
 #include <QComboBox>
-#include <QDateTime>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
+#include <QScrollBar>
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -62,8 +62,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
       program_(program),
       pages_(program.folders, program.clock),
-      grid_(new RowList(
-          "KeptRunsGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this)),
+      runs_(new KeptRunsList(program, this)),
       people_(new RowList(
           "PeopleGrid", tr("Recipients"),
           {{tr("#"), 8, true}, {tr("Recipient"), 28}, {tr("State"), 27}, {tr("What the server said")}},
@@ -75,15 +74,13 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
       task_(new BackgroundTask(this)) {
   setObjectName("KeptRunsForm");
   setWindowTitle(tr("Runs"));
-  resize(680, 540);
+  resize(760, 560);
   for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
-  grid_->SetLongText(LongText::kWrapped);
-  grid_->SetEmptyText(tr("What becomes of each recipient is kept here while a message goes out. Send one to see it."));
   reply_->setPlaceholderText(tr("Any; or the beginnings of its codes: 452, 5.2.2"));
   reply_->setMaxLength(255);
   group_->setMaxLength(255);
   auto* column = new FormColumn(this);
-  column->Add(grid_, 1);
+  column->Add(runs_, 1);
   auto* grid = column->AddGrid();
   grid->Add("StateComboBox", tr("&Whom:"), states_);
   grid->Add("ReplyTextBox", tr("With re&ply:"), reply_);
@@ -92,14 +89,20 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   column->AddGrid()->Add("GroupTextBox", tr("&Group to make of them:"), group_);
   column->Add(status_);
   MakeButtons(column);
-  connect(grid_, &RowList::ChosenChanged, this, &KeptRunsForm::MeetMailing);
-  connect(grid_, &RowList::ChosenChanged, this, &KeptRunsForm::EnableButtons);
+  connect(runs_, &KeptRunsList::ChosenChanged, this, &KeptRunsForm::MeetMailing);
+  connect(runs_, &KeptRunsList::ChosenChanged, this, &KeptRunsForm::EnableButtons);
   connect(states_, &QComboBox::currentIndexChanged, this, &KeptRunsForm::EnableButtons);
   connect(reply_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
   connect(group_, &QLineEdit::textChanged, this, &KeptRunsForm::EnableButtons);
+  // What came of the last button stays told, whatever other programs do meanwhile.
+  connect(runs_, &KeptRunsList::Followed, this, [this] {
+    const QString told = std::exchange(told_, {});
+    EnableButtons();
+    if (!told.isEmpty() && !task_->is_running()) Tell(told);
+  });
   connect(group_, &QLineEdit::returnPressed, make_group_, &QPushButton::click);
   Fill();
-  grid_->setFocus();
+  runs_->setFocus();
 }
 
 void KeptRunsForm::MakeButtons(FormColumn* column) {
@@ -120,59 +123,9 @@ void KeptRunsForm::MakeButtons(FormColumn* column) {
 }
 
 void KeptRunsForm::Fill() {
-  const run::MailingEntry* chosen = Chosen();
-  const run::MailingId stays = chosen == nullptr ? 0 : chosen->id;
-  mailings_.clear();
-  lines_.clear();
-  listed_.reset();
-  const platform::CancelToken none;
-  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-  auto mailings = journal ? (*journal)->List() : journal.error();
-  if (!mailings) {
-    grid_->Reset(0);
-    EnableButtons();
-    status_->Fail(mailings.error());
-    return;
-  }
-  mailings_ = std::move(*mailings);
-  for (std::size_t mailing = 0; mailing < mailings_.size(); ++mailing) {
-    for (std::size_t run = 0; run < mailings_[mailing].runs.size(); ++run) lines_.push_back({mailing, run});
-  }
-  grid_->Reset(lines_.size());
-  const auto same =
-      std::find_if(lines_.begin(), lines_.end(), [&](const auto& line) { return mailings_[line.mailing].id == stays; });
-  if (!lines_.empty()) grid_->Choose(same == lines_.end() ? 0 : static_cast<std::size_t>(same - lines_.begin()));
+  const auto filled = runs_->Fill();
   EnableButtons();
-}
-
-void KeptRunsForm::Choose(run::RunId run) {
-  for (std::size_t row = 0; row < lines_.size(); ++row) {
-    const auto& runs = mailings_[lines_[row].mailing].runs;
-    if (std::ranges::find(runs, run, &run::RunEntry::id) == runs.end()) continue;
-    grid_->Choose(row);  // its first line
-    return;
-  }
-}
-
-// A mailing by its first run, with where its recipients are now; those that went on with it below.
-QString KeptRunsForm::TextOf(std::size_t row) const {
-  const run::MailingEntry& mailing = mailings_[lines_[row].mailing];
-  const run::RunEntry& run = mailing.runs[lines_[row].run];
-  const std::tm local = program_.clock.Local(run.began);
-  const QDateTime began(QDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday),
-                        QTime(local.tm_hour, local.tm_min, std::min(local.tm_sec, 59)));
-  const QString when = QLocale().toString(began, QLocale::ShortFormat);
-  const QString recipients = Counted(run.recipients, tr("1 recipient"), tr("%1 recipients"));
-  if (run.kind == run::RunKind::kResume) return tr("    %1  went on, %2").arg(when, recipients);
-  if (run.kind == run::RunKind::kRetry) return tr("    %1  tried again, %2").arg(when, recipients);
-  return tr("%1  “%2” to %3: %4")
-      .arg(when, ToQt(platform::Printable(mailing.subject, kLongestSubject)),
-           ToQt(platform::Printable(mailing.group, kLongestSubject)), ToQt(run::CountsText(mailing.counts)));
-}
-
-const run::MailingEntry* KeptRunsForm::Chosen() const {
-  const auto chosen = grid_->Chosen();
-  return chosen.empty() ? nullptr : &mailings_[lines_[chosen.front()].mailing];
+  if (!filled) status_->Fail(filled.error());
 }
 
 QString KeptRunsForm::TextOfOne(std::size_t row, int column) {
@@ -192,18 +145,21 @@ QString KeptRunsForm::TextOfOne(std::size_t row, int column) {
 }
 
 void KeptRunsForm::ListThem() {
-  const run::MailingEntry* mailing = Chosen();
+  const run::MailingEntry* mailing = runs_->Mailing();
   const run::MailingId id = mailing == nullptr ? 0 : mailing->id;
   const bool is_same = listed_ && listed_->first == id && listed_->second == choice_ &&
                        people_->size() == static_cast<std::size_t>(count_);
   if (is_same) return;
+  const bool stays_there = listed_ && listed_->first == id && listed_->second == choice_;
+  const int scrolled = people_->verticalScrollBar()->value();
   listed_ = {id, choice_};
   pages_.Choose(id, choice_);
   people_->Reset(static_cast<std::size_t>(count_));
+  if (stays_there) people_->verticalScrollBar()->setValue(scrolled);
 }
 
 void KeptRunsForm::MeetMailing() {
-  const run::MailingEntry* mailing = Chosen();
+  const run::MailingEntry* mailing = runs_->Mailing();
   if (mailing == nullptr || std::exchange(met_, mailing->id) == mailing->id) return;
   const auto& offered = Offered();
   const auto has_somebody = [&](const Whom& whom) { return run::KnownCount(*mailing, whom.choice).value_or(0) > 0; };
@@ -224,7 +180,7 @@ std::optional<run::RunKind> KeptRunsForm::Kind() const {
 }
 
 Result<std::int64_t> KeptRunsForm::Count() const {
-  const run::MailingEntry* mailing = Chosen();
+  const run::MailingEntry* mailing = runs_->Mailing();
   if (mailing == nullptr) return 0;
   if (const auto known = run::KnownCount(*mailing, choice_)) return *known;
   const platform::CancelToken none;
@@ -232,8 +188,14 @@ Result<std::int64_t> KeptRunsForm::Count() const {
   return journal ? run::CountChosen(**journal, *mailing, choice_) : Result<std::int64_t>(journal.error());
 }
 
+void KeptRunsForm::Tell(const QString& done) {
+  status_->Say(done);
+  told_ = done;
+}
+
 void KeptRunsForm::EnableButtons() {
-  const run::MailingEntry* mailing = Chosen();
+  told_.clear();
+  const run::MailingEntry* mailing = runs_->Mailing();
   const bool is_free = mailing != nullptr && !task_->is_running();
   const bool is_sent_now = mailing != nullptr && run::StandingOf(*mailing) == run::MailingStanding::kGoesOn;
   const auto choice = Choice();
@@ -268,17 +230,19 @@ void KeptRunsForm::EnableButtons() {
   status_->Say(sentences.join(' '));
 }
 
+// Other programs may go on with it, or forget it, while the person is asked.
 void KeptRunsForm::SendToThese() {
-  const run::MailingEntry* mailing = Chosen();
-  if (mailing == nullptr || !Kind() || !go_on) return;
+  if (runs_->Mailing() == nullptr || !Kind() || !go_on) return;
+  const run::MailingEntry mailing = *runs_->Mailing();
+  const std::int64_t count = count_;
   if (run::Holds(choice_.states, ResultState::kUnknown) &&
       program_.prompts.Ask(
           "Their messages were out and no answers came, so some of them may get this one twice. Are you "
           "sure you want to send it to them again?") != platform::Answer::kYes) {
     return;
   }
-  go_on({mailing->runs.front().id, *Kind(), choice_, mailing->subject, mailing->group, count_,
-         run::OptionsIn(mailing->runs.back().pace, program_.clock)});
+  go_on({mailing.runs.front().id, *Kind(), choice_, mailing.subject, mailing.group, count,
+         run::OptionsIn(mailing.runs.back().pace, program_.clock)});
   Fill();
 }
 
@@ -289,7 +253,7 @@ void KeptRunsForm::Work(std::function<Result<Sentence>(run::RunJournal&, const p
     auto done = journal ? work(**journal, cancel) : Result<Sentence>(journal.error());
     return [this, done = std::move(done)] {
       EnableButtons();
-      done ? status_->Say(InWords(*done)) : status_->Fail(done.error());
+      done ? Tell(InWords(*done)) : status_->Fail(done.error());
     };
   });
   EnableButtons();
@@ -297,15 +261,17 @@ void KeptRunsForm::Work(std::function<Result<Sentence>(run::RunJournal&, const p
 }
 
 void KeptRunsForm::ExportList() {
-  const run::MailingEntry* mailing = Chosen();
+  if (runs_->Mailing() == nullptr) return;
+  const run::MailingEntry mailing = *runs_->Mailing();
+  const run::RecipientChoice choice = choice_;
   const auto file = program_.prompts.PickSaveFile({.title = "Save List",
                                                    .filter = "Comma Separated Values (*.csv)|*.csv|All Files (*.*)|*.*",
                                                    .ask_before_overwriting = true});
-  if (file.empty() || mailing == nullptr) return;
+  if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) return status_->Fail(may_write.error());
   if (!*may_write) return status_->Say(InWords(platform::LeftLocked(file)));
-  Work([file, id = mailing->id, choice = choice_, own = program_.folders.OwnFiles()](
+  Work([file, id = mailing.id, choice, own = program_.folders.OwnFiles()](
            run::RunJournal& journal, const platform::CancelToken& cancel) -> Result<Sentence> {
     std::int64_t rows = 0;
     auto written = platform::ReplaceChosenFile(file, own, [&](int fd) -> Result<void> {
@@ -321,7 +287,7 @@ void KeptRunsForm::ExportList() {
 }
 
 void KeptRunsForm::MakeGroup() {
-  const run::MailingEntry* mailing = Chosen();
+  const run::MailingEntry* mailing = runs_->Mailing();
   if (mailing == nullptr) return;
   Work([mailing = *mailing, choice = choice_, name = FromQt(group_->text().trimmed()),
         database = program_.folders.Database()](run::RunJournal& journal,
@@ -340,15 +306,16 @@ void KeptRunsForm::MakeGroup() {
 }
 
 void KeptRunsForm::WriteReport() {
-  const run::MailingEntry* mailing = Chosen();
+  if (runs_->Mailing() == nullptr) return;
+  const run::MailingEntry mailing = *runs_->Mailing();
   const auto file = program_.prompts.PickSaveFile({.title = "Save Report",
                                                    .filter = "HTML Files (*.html)|*.html|All Files (*.*)|*.*",
                                                    .ask_before_overwriting = true});
-  if (file.empty() || mailing == nullptr) return;
+  if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) return status_->Fail(may_write.error());
   if (!*may_write) return status_->Say(InWords(platform::LeftLocked(file)));
-  Work([file, mailing = *mailing, own = program_.folders.OwnFiles(), &clock = program_.clock](
+  Work([file, mailing, own = program_.folders.OwnFiles(), &clock = program_.clock](
            run::RunJournal& journal, const platform::CancelToken& cancel) -> Result<Sentence> {
     auto written = platform::ReplaceChosenFile(file, own, [&](int fd) {
       return run::WriteMailingPage(journal, mailing, clock, cancel,
@@ -360,17 +327,15 @@ void KeptRunsForm::WriteReport() {
 }
 
 void KeptRunsForm::Forget() {
-  const run::MailingEntry* mailing = Chosen();
-  if (mailing == nullptr ||
-      program_.prompts.Ask(FromQt(InWords(run::ForgetQuestion(*mailing)))) != platform::Answer::kYes) {
-    return;
-  }
+  if (runs_->Mailing() == nullptr) return;
+  const run::MailingEntry mailing = *runs_->Mailing();
+  if (program_.prompts.Ask(FromQt(InWords(run::ForgetQuestion(mailing)))) != platform::Answer::kYes) return;
   const platform::CancelToken none;
   const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-  const auto gone = journal ? (*journal)->Forget(mailing->id) : Result<void>(journal.error());
+  const auto gone = journal ? (*journal)->Forget(mailing.id) : Result<void>(journal.error());
   Fill();
   if (!gone) return status_->Fail(gone.error());
-  status_->Say(tr("The run was forgotten; its report stays in the history."));
+  Tell(tr("The run was forgotten; its report stays in the history."));
 }
 
 }  // namespace quillcast::desktop

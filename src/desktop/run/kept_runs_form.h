@@ -5,9 +5,9 @@
 #include <functional>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "desktop/run/go_on_request.h"
+#include "desktop/run/kept_runs_list.h"
 #include "profile/program.h"
 #include "run/chosen_pages.h"
 #include "run/kept_runs.h"
@@ -29,29 +29,22 @@ class KeptRunsForm final : public QDialog {
   KeptRunsForm(const profile::Program& program, QWidget* parent);
 
   // The mailing of this run; where there is none any more, the newest stays chosen.
-  void Choose(run::RunId run);
+  void Choose(run::RunId run) { runs_->ChooseRun(run); }
 
   // Opens the sending window for it, and returns when that has closed.
   std::function<void(const GoOnRequest&)> go_on;
 
  private:
-  // A line of the list: a mailing, or a run that went on with it.
-  struct Line {
-    std::size_t mailing = 0;
-    std::size_t run = 0;
-  };
-
   void MakeButtons(FormColumn* column);
   void Fill();
   void EnableButtons();
-  QString TextOf(std::size_t row) const;
+  void Tell(const QString& done);
   // Of the chosen ones.
   QString TextOfOne(std::size_t row, int column);
   // Who is listed goes by what the boxes ask for.
   void ListThem();
   // The first state that somebody of another mailing is in.
   void MeetMailing();
-  const run::MailingEntry* Chosen() const;
   // Whom the boxes ask for. kUsage for a reply that is none.
   Result<run::RecipientChoice> Choice() const;
   Result<std::int64_t> Count() const;
@@ -65,12 +58,10 @@ class KeptRunsForm final : public QDialog {
   void Forget();
 
   const profile::Program& program_;
-  std::vector<run::MailingEntry> mailings_;
-  std::vector<Line> lines_;
   run::ChosenPages pages_;
   run::MailingId met_ = 0;  // the mailing that was chosen last
   std::optional<std::pair<run::MailingId, run::RecipientChoice>> listed_;
-  RowList* grid_;
+  KeptRunsList* runs_;
   RowList* people_;
   QComboBox* states_;
   QLineEdit* reply_;
@@ -78,6 +69,7 @@ class KeptRunsForm final : public QDialog {
   StatusLine* status_;
   run::RecipientChoice choice_;  // as the boxes had it when the buttons were last enabled
   std::int64_t count_ = 0;       // of those
+  QString told_;                 // what came of the button that was pressed last, as long as it stands
   BackgroundTask* task_;
   QPushButton* send_ = nullptr;
   QPushButton* list_ = nullptr;

@@ -49,6 +49,8 @@ struct RunEntry {
   std::optional<std::chrono::sys_seconds> ended;
   std::int64_t recipients = 0;  // whom it was for
   std::string pace;             // as NewRun had it
+
+  bool operator==(const RunEntry&) const = default;
 };
 
 struct MailingEntry {
@@ -59,6 +61,8 @@ struct MailingEntry {
   StateCounts counts;            // who of them is where, now
   std::int64_t tried_again = 0;  // who of the deferred, failed and refused were to be, when their run ended
   std::vector<RunEntry> runs;    // in the order in which they began
+
+  bool operator==(const MailingEntry&) const = default;
 };
 
 // A recipient as the journal knows it.

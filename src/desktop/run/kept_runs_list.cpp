@@ -1,0 +1,162 @@
+#include "desktop/run/kept_runs_list.h"
+
+#include <QDateTime>
+#include <QLocale>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <utility>
+
+#include "desktop/widgets/background_task.h"
+#include "desktop/widgets/qt_text.h"
+#include "desktop/widgets/row_list.h"
+#include "platform/text.h"
+#include "run/kept_runs.h"
+
+namespace quillcast::desktop {
+namespace {
+
+constexpr std::size_t kLongestSubject = 60;
+constexpr int kLookPause = 1500;  // milliseconds
+
+enum Column : int { kNumber, kBegan, kWhat, kStanding };
+
+Result<std::vector<run::MailingEntry>> Read(const profile::Program& program, const platform::CancelToken& cancel) {
+  const auto journal = run::OpenJournal(program.folders, program.clock, cancel);
+  if (!journal) return journal.error();
+  return (*journal)->List();
+}
+
+QString WhenText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
+  const std::tm local = clock.Local(moment);
+  const QDateTime when(QDate(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday),
+                       QTime(local.tm_hour, local.tm_min, std::min(local.tm_sec, 59)));
+  return QLocale().toString(when, QLocale::ShortFormat);
+}
+
+}  // namespace
+
+KeptRunsList::KeptRunsList(const profile::Program& program, QWidget* parent)
+    : QWidget(parent),
+      program_(program),
+      grid_(new RowList(
+          "KeptRunsGrid", tr("Runs"), {{tr("#"), 5, true}, {tr("Began"), 17}, {tr("Message"), 27}, {tr("Standing")}},
+          [this](std::size_t row, int column) { return TextOf(row, column); }, this)),
+      pause_(new QTimer(this)),
+      look_(new BackgroundTask(this)) {
+  grid_->SetEmptyText(tr("What becomes of each recipient is kept here while a message goes out. Send one to see it."));
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(grid_);
+  setFocusProxy(grid_);
+  connect(grid_, &RowList::ChosenChanged, this, &KeptRunsList::ChosenChanged);
+  pause_->setSingleShot(true);
+  pause_->setInterval(kLookPause);
+  connect(pause_, &QTimer::timeout, this, &KeptRunsList::Look);
+}
+
+Result<void> KeptRunsList::Fill() {
+  const platform::CancelToken none;
+  look_->GiveUp();
+  auto mailings = Read(program_, none);
+  const Result<void> read = mailings ? Result<void>() : mailings.error();
+  Take(mailings ? *std::move(mailings) : std::vector<run::MailingEntry>());
+  if (isVisible()) pause_->start();
+  return read;
+}
+
+const run::MailingEntry* KeptRunsList::Mailing() const {
+  const auto chosen = grid_->Chosen();
+  return chosen.empty() ? nullptr : &mailings_[lines_[chosen.front()].mailing];
+}
+
+void KeptRunsList::ChooseRun(run::RunId run) {
+  for (std::size_t row = 0; row < lines_.size(); ++row) {
+    const auto& runs = mailings_[lines_[row].mailing].runs;
+    if (std::ranges::find(runs, run, &run::RunEntry::id) == runs.end()) continue;
+    grid_->Choose(row);  // its first line
+    return;
+  }
+}
+
+void KeptRunsList::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  pause_->start();
+}
+
+void KeptRunsList::hideEvent(QHideEvent* event) {
+  QWidget::hideEvent(event);
+  pause_->stop();
+}
+
+// What cannot be read now is looked at the next time.
+void KeptRunsList::Look() {
+  look_->Start([this, &program = program_](const platform::CancelToken& cancel) -> std::function<void()> {
+    auto mailings = Read(program, cancel);
+    return [this, mailings = std::move(mailings)] {
+      if (mailings && *mailings != mailings_) {
+        Take(*mailings);
+        emit Followed();
+      }
+      if (isVisible()) pause_->start();
+    };
+  });
+}
+
+// Told once, when all of it stands: nobody sees a list in which nothing is chosen meanwhile.
+void KeptRunsList::Take(std::vector<run::MailingEntry> mailings) {
+  const auto chosen = grid_->Chosen();
+  run::RunId stays = 0;
+  run::RunId first_of_it = 0;
+  if (!chosen.empty()) {
+    stays = RunOf(lines_[chosen.front()]).id;
+    first_of_it = mailings_[lines_[chosen.front()].mailing].runs.front().id;
+  }
+  std::vector<run::RunId> before;
+  for (const Line& line : lines_) before.push_back(RunOf(line).id);
+  mailings_ = std::move(mailings);
+  lines_.clear();
+  for (std::size_t mailing = 0; mailing < mailings_.size(); ++mailing) {
+    for (std::size_t run = 0; run < mailings_[mailing].runs.size(); ++run) lines_.push_back({mailing, run});
+  }
+  const auto id_of = [this](const Line& line) { return RunOf(line).id; };
+  if (std::ranges::equal(before, lines_, {}, {}, id_of)) return grid_->viewport()->update();
+  auto same = lines_.end();
+  {
+    const QSignalBlocker quiet(grid_);
+    QScrollBar* const bar = grid_->verticalScrollBar();
+    const int scrolled = bar->value();
+    grid_->Reset(lines_.size());
+    same = std::ranges::find(lines_, stays, id_of);
+    if (same == lines_.end()) same = std::ranges::find(lines_, first_of_it, id_of);
+    if (!lines_.empty()) grid_->Choose(same == lines_.end() ? 0 : static_cast<std::size_t>(same - lines_.begin()));
+    if (same != lines_.end()) bar->setValue(scrolled);
+  }
+  if (same == lines_.end() || id_of(*same) != stays) emit ChosenChanged();
+}
+
+QString KeptRunsList::TextOf(std::size_t row, int column) const {
+  const run::MailingEntry& mailing = mailings_[lines_[row].mailing];
+  const run::RunEntry& run = RunOf(lines_[row]);
+  const bool is_first = lines_[row].run == 0;
+  switch (column) {
+    case kNumber:
+      return QLocale::c().toString(static_cast<qlonglong>(run.id));
+    case kBegan:
+      return WhenText(run.began, program_.clock);
+    case kWhat:
+      if (!is_first) return tr("went on with %1").arg(mailing.runs.front().id);
+      return tr("“%1” to %2")
+          .arg(ToQt(platform::Printable(mailing.subject, kLongestSubject)),
+               ToQt(platform::Printable(mailing.group, kLongestSubject)));
+    default:
+      if (is_first) return ToQt(run::StandingText(mailing));
+      return run.kind == run::RunKind::kRetry
+                 ? Counted(run.recipients, tr("1 recipient once more"), tr("%1 recipients once more"))
+                 : Counted(run.recipients, tr("1 recipient"), tr("%1 recipients"));
+  }
+}
+
+}  // namespace quillcast::desktop

@@ -1,0 +1,59 @@
+// The mailings that the journal keeps and the runs that went on with them, newest first. While it is on the screen it
+// follows what this program and others do: it looks at the journal every other second, and what is chosen stays so.
+#pragma once
+
+#include <QWidget>
+#include <vector>
+
+#include "profile/program.h"
+#include "run/journal/run_journal.h"
+
+class QTimer;
+
+namespace quillcast::desktop {
+
+class BackgroundTask;
+class RowList;
+
+class KeptRunsList final : public QWidget {
+  Q_OBJECT
+ public:
+  KeptRunsList(const profile::Program& program, QWidget* parent);
+
+  // Reads them now. Fails as the journal does, and is empty then.
+  Result<void> Fill();
+  // The mailing of the chosen line: until the list changes, which it may do whenever events are taken.
+  const run::MailingEntry* Mailing() const;
+  // The mailing of this run; where there is none any more, what is chosen stays.
+  void ChooseRun(run::RunId run);
+
+ signals:
+  void ChosenChanged();
+  // The same line is chosen as before, and what stands in it is not what it was; or the line is gone.
+  void Followed();
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+
+ private:
+  // A mailing by its first run, or a run that went on with it.
+  struct Line {
+    std::size_t mailing = 0;
+    std::size_t run = 0;
+  };
+
+  QString TextOf(std::size_t row, int column) const;
+  const run::RunEntry& RunOf(const Line& line) const { return mailings_[line.mailing].runs[line.run]; }
+  void Look();
+  void Take(std::vector<run::MailingEntry> mailings);
+
+  const profile::Program& program_;
+  std::vector<run::MailingEntry> mailings_;
+  std::vector<Line> lines_;
+  RowList* grid_;
+  QTimer* pause_;  // between two looks
+  BackgroundTask* look_;
+};
+
+}  // namespace quillcast::desktop
