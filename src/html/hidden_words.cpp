@@ -1,6 +1,7 @@
 #include "html/hidden_words.h"
 
 #include <algorithm>
+#include <array>
 
 #include "html/html_elements.h"
 #include "html/style_values.h"
@@ -12,28 +13,67 @@ namespace {
 constexpr std::size_t kMostOpen = 100;
 constexpr double kUsualPoints = 12;
 
-// Nothing where it says none, or one of that around it.
+bool IsOfAround(std::string_view value) {
+  constexpr auto kWords = std::to_array<std::string_view>({"inherit", "unset", "currentcolor", "smaller", "larger"});
+  const auto is_value = [&](std::string_view word) { return platform::EqualsIgnoringAsciiCase(word, value); };
+  return value.ends_with('%') || std::ranges::any_of(kWords, is_value);
+}
+
+// Nothing for one of that around it. One that is not read may be any: what it is said of is seen.
 std::optional<bool> SaysTooSmall(std::string_view size) {
   const auto pixels = ReadLength(size, kUsualPoints, kUsualPoints);
   const bool is_of_around = pixels != ReadLength(size, 0, kUsualPoints);
-  if (pixels) return is_of_around ? std::nullopt : std::optional(*pixels <= 1);
-  const auto points = ReadPoints(size, 0, kUsualPoints);
-  return points && *points > 1 ? std::optional(false) : std::nullopt;
+  if (pixels) return is_of_around || *pixels < 0 ? std::nullopt : std::optional(*pixels <= 1);
+  return IsOfAround(size) ? std::nullopt : std::optional(false);
 }
 
 }  // namespace
 
+// Of several declarations any that would show them counts: a mark of importance may stand at each.
 HiddenWords::Letters HiddenWords::LettersWithin(const HtmlTokenizer& page, const HtmlToken& tag, Letters letters) {
+  const std::string style = page.Value(tag, "style");
+  const bool has_its_own = tag.name == "button" || tag.name == "mark";  // by what readers bring along
+  if (has_its_own || style.find("/*") != std::string::npos) return {};
+  bool is_seen = false;
+  bool shines_through = false;
   bool has_picture = false;  // that may be cut to the letters
-  if (tag.name == "font" && ReadFontSize(page.Value(tag, "size"))) letters.are_too_small = false;
-  EachDeclaration(page.Value(tag, "style"), [&](std::string_view property, std::string_view value) {
-    if (property == "font-size") letters.are_too_small = SaysTooSmall(value).value_or(letters.are_too_small);
-    if (property == "color" && platform::EqualsIgnoringAsciiCase(value, "transparent")) letters.are_transparent = true;
-    if (property == "color" && ReadColour(value)) letters.are_transparent = false;
-    if (property == "background" || property == "background-image") has_picture = has_picture || NamesPicture(value);
+  if (tag.name == "font") {
+    if (ReadFontSize(page.Value(tag, "size"))) letters.are_too_small = false;
+    if (page.Find(tag, "color") != nullptr) letters.are_transparent = false;
+  }
+  EachDeclaration(style, [&](std::string_view property, std::string_view value) {
+    if (property == "font-size") {
+      letters.are_too_small = SaysTooSmall(value).value_or(letters.are_too_small);
+      is_seen = is_seen || !letters.are_too_small;
+    } else if (property == "color" && !IsOfAround(value)) {
+      letters.are_transparent = platform::EqualsIgnoringAsciiCase(value, "transparent");
+      shines_through = shines_through || !letters.are_transparent;
+    } else if (property == "all") {
+      is_seen = shines_through = true;
+    } else if (property == "background" || property == "background-image") {
+      has_picture = has_picture || NamesPicture(value);
+    }
   });
-  if (has_picture) letters.are_transparent = false;
+  letters.are_too_small = letters.are_too_small && !is_seen;
+  letters.are_transparent = letters.are_transparent && !shines_through && !has_picture;
   return letters;
+}
+
+HiddenWords::Sheets HiddenWords::ReadSheets(std::string_view page) {
+  const std::string lower = platform::AsciiLower(page);
+  Sheets sheets;
+  const std::string_view all = lower;
+  // Letters without a colour of their own, of which something else is seen.
+  constexpr auto kDrawn =
+      std::to_array<std::string_view>({"background-clip", "text-fill", "text-stroke", "text-shadow"});
+  for (const auto what : kDrawn) sheets.say_colours = sheets.say_colours || all.find(what) != std::string_view::npos;
+  for (std::size_t at = all.find("<style"); at != std::string_view::npos; at = all.find("<style", at + 1)) {
+    const std::string_view sheet = all.substr(at, all.find("</style", at) - at);
+    const auto says = [&](std::string_view what) { return sheet.find(what) != std::string_view::npos; };
+    sheets.say_sizes = sheets.say_sizes || says("font-size") || says("font:") || says("font :");
+    sheets.say_colours = sheets.say_colours || says("color");
+  }
+  return sheets;
 }
 
 void HiddenWords::Start(const HtmlTokenizer& page, const HtmlToken& tag) {
@@ -43,18 +83,23 @@ void HiddenWords::Start(const HtmlTokenizer& page, const HtmlToken& tag) {
   if (tag.attributes.empty() && open_.empty()) return;
   const bool may_differ =
       role == HtmlRole::kLink || page.Find(tag, "class") != nullptr || page.Find(tag, "id") != nullptr;
-  const Letters letters = LettersWithin(page, tag, may_differ || open_.empty() ? Letters() : open_.back().letters);
+  Letters letters = LettersWithin(page, tag, may_differ || open_.empty() ? Letters() : open_.back().letters);
+  if (letters.are_too_small || letters.are_transparent) {
+    if (!sheets_) sheets_ = ReadSheets(page_);
+    letters.are_too_small = letters.are_too_small && !sheets_->say_sizes;
+    letters.are_transparent = letters.are_transparent && !sheets_->say_colours && transparency_ == Transparency::kHides;
+  }
   const bool counts = !open_.empty() || letters.are_too_small || letters.are_transparent;
-  if (counts && open_.size() < kMostOpen) open_.push_back({tag.name, letters});
+  if (!counts) return;
+  if (open_.size() == kMostOpen) return open_.clear();  // what is not kept count of hides nothing
+  open_.push_back({tag.name, letters});
 }
 
+// One of an element that began before ends all of these.
 void HiddenWords::End(const std::string& name) {
   const auto last = std::find_if(open_.rbegin(), open_.rend(), [&](const Open& open) { return open.name == name; });
-  if (last != open_.rend()) {
-    open_.erase(last.base() - 1, open_.end());
-  } else if (IsBlock(RoleOf(name))) {
-    open_.clear();
-  }
+  if (last == open_.rend()) return open_.clear();
+  open_.erase(last.base() - 1, open_.end());
 }
 
 void HiddenWords::Take(const HtmlTokenizer& page, const HtmlToken& tag) {

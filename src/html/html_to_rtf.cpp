@@ -54,7 +54,7 @@ std::size_t ColumnsAhead(HtmlTokenizer tokenizer) {
 class Reader {
  public:
   Reader(std::string_view html, const FindRtfPicture& find_picture)
-      : tokenizer_(html), find_picture_(find_picture), link_room_(4 * html.size() + 65'536) {}
+      : tokenizer_(html), find_picture_(find_picture), hidden_words_(html), link_room_(4 * html.size() + 65'536) {}
 
   RtfPage Run() {
     HtmlToken token;

@@ -28,7 +28,8 @@ constexpr std::size_t kLongestFact = 60;
 
 class Reader {
  public:
-  Reader(std::string_view html, std::size_t columns) : tokenizer_(html), layout_(html.size(), columns) {}
+  Reader(std::string_view html, std::size_t columns)
+      : tokenizer_(html), layout_(html.size(), columns), hidden_words_(html) {}
 
   std::string Run() {
     HtmlToken token;

