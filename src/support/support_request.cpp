@@ -59,7 +59,10 @@ std::optional<Complaint<SupportControl>> CheckDescription(const SupportRequest& 
 
 std::optional<Complaint<SupportControl>> CheckEmail(const SupportRequest& request) {
   const auto ats = std::count(request.email.begin(), request.email.end(), '@');
-  if (ats != 1 || !smtp::EnvelopeAddress(request.email)) {
+  const std::string_view typed = platform::Trim(request.email);
+  // Words beside an address that is not in brackets are a part of it to whoever typed them.
+  const bool has_words = !typed.ends_with('>') && typed.find_first_of(" \t") != std::string_view::npos;
+  if (ats != 1 || has_words || !smtp::EnvelopeAddress(request.email)) {
     return Complaint<SupportControl>{
         "", SupportControl::kEmail,
         Say("\"{}\" is no address that an answer could go to.", platform::Printable(request.email, 80))};

@@ -264,8 +264,13 @@ TEST(SupportRequestChecks, RefuseWhatCannotBeAnswered) {
   EXPECT_EQ(CheckRequest(request)->message, "Please enter your description.");
   request.description = " ";
   EXPECT_EQ(CheckRequest(request), std::nullopt);
-  request.email = "nobody";
-  EXPECT_EQ(CheckRequest(request)->control, SupportControl::kEmail);
+  request.email = " Ada Lovelace <ada@example.org> ";
+  EXPECT_EQ(CheckRequest(request), std::nullopt);
+  for (const char* wrong : {"nobody", "a b@c.example", "a@b@c.example", "Ada ada@example.org"}) {
+    request.email = wrong;
+    ASSERT_TRUE(CheckRequest(request)) << wrong;
+    EXPECT_EQ(CheckRequest(request)->control, SupportControl::kEmail);
+  }
   EXPECT_EQ(CheckRequest(request)->message, "");
   request.description.resize(kLongestDescription + 1, 'x');
   EXPECT_EQ(CheckRequest(request)->control, SupportControl::kDescription);
