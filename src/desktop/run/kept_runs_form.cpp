@@ -27,7 +27,6 @@ namespace {
 
 using run::ResultState;
 
-constexpr std::size_t kLongestSubject = 60;
 constexpr platform::LockPatience kPatience{.lock_wait = std::chrono::seconds(5)};
 
 // Whom the box offers, in its order, and the run that goes to them.

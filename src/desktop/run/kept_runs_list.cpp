@@ -61,7 +61,7 @@ Result<void> KeptRunsList::Fill() {
   const platform::CancelToken none;
   look_->GiveUp();
   auto mailings = Read(program_, none);
-  const Result<void> read = mailings ? Result<void>() : mailings.error();
+  Result<void> read = mailings ? Result<void>() : mailings.error();
   Take(mailings ? *std::move(mailings) : std::vector<run::MailingEntry>());
   if (isVisible()) pause_->start();
   return read;
