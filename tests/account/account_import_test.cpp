@@ -212,6 +212,10 @@ TEST(AccountImport, DamagedPreferencesLoseThemselvesAlone) {
     EXPECT_EQ(preferences, (Preferences{{"mail.y", "-5"}}));
   }
   Preferences preferences;
+  EXPECT_FALSE(ReadPreferences(std::string_view("\xFF\xFEu\0s\0", 6), "mail.", preferences))
+      << "none is read, and told";
+  EXPECT_TRUE(ReadPreferences("\xEF\xBB\xBFuser_pref(\"mail.y\", 1);", "mail.", preferences));
+  EXPECT_EQ(std::exchange(preferences, {}), (Preferences{{"mail.y", "1"}}));
   EXPECT_TRUE(
       ReadPreferences("# user_pref(\"mail.x\", 1);\n//user_pref(\"mail.x\", 1);\nuser_pref(\"other.x\", bad\n"
                       "  sticky_pref( 'mail.x' , \"\\x41\\n\\'\\\\\" ) ; // seen\npref(\"mail.z\", true);",

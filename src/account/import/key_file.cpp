@@ -7,8 +7,7 @@ namespace quillcast::account {
 using platform::Trim;
 
 void ReadKeyFile(std::string_view file, const std::function<void(const KeyLine&)>& take) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (file.starts_with(kByteOrderMark)) file.remove_prefix(kByteOrderMark.size());
+  if (file.starts_with(kUtf8Mark)) file.remove_prefix(kUtf8Mark.size());
   std::string_view section;
   while (!file.empty()) {
     const std::size_t end = file.find('\n');

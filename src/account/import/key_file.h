@@ -7,6 +7,9 @@
 
 namespace quillcast::account {
 
+// What editors may put before a text in UTF-8.
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
 // One line with a value. The texts are views of the file, without blanks around them.
 struct KeyLine {
   std::string_view section;  // empty before the first

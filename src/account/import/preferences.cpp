@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "account/import/key_file.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
 
@@ -110,7 +111,9 @@ constexpr std::array<std::string_view, 3> kBeginnings = {"user_pref", "sticky_pr
 }  // namespace
 
 bool ReadPreferences(std::string_view file, std::string_view prefix, Preferences& preferences) {
-  bool is_whole = true;
+  // In no text of this kind; and a zero is what other encodings have between letters.
+  bool is_whole = file.find('\0') == std::string_view::npos;
+  if (file.starts_with(kUtf8Mark)) file.remove_prefix(kUtf8Mark.size());
   while (!file.empty()) {
     const std::size_t end = file.find('\n');
     std::string_view line = platform::Trim(file.substr(0, end));
