@@ -12,6 +12,7 @@
 #include "platform/file.h"
 #include "platform/file_attributes.h"
 #include "platform/text.h"
+#include "platform/unseen_signs.h"
 #include "platform/utf8.h"
 
 namespace quillcast::document {
@@ -54,26 +55,6 @@ Error IsTaken(std::string_view name, const fs::path& file) {
           "Take another name, or say that it is to be replaced."};
 }
 
-struct CodeRange {
-  char32_t first;
-  char32_t last;
-};
-// What leaves no mark on the screen, so that two names would look alike. What turns the line is in Printable.
-constexpr CodeRange kUnseen[] = {{0xAD, 0xAD},      {0x61C, 0x61C},   {0x115F, 0x1160}, {0x180E, 0x180E},
-                                 {0x200B, 0x200B},  {0x200E, 0x200F}, {0x2060, 0x2065}, {0x206A, 0x206F},
-                                 {0x3164, 0x3164},  {0xFEFF, 0xFEFF}, {0xFFA0, 0xFFA0}, {0xFFF9, 0xFFFB},
-                                 {0xE0000, 0xE0FFF}};
-// Blanks of other widths, and what joins letters or chooses their form: within a name alone.
-constexpr CodeRange kBlanks[] = {{0x09, 0x0D},     {0x20, 0x20},     {0xA0, 0xA0},     {0x1680, 0x1680},
-                                 {0x2000, 0x200A}, {0x200C, 0x200D}, {0x202F, 0x202F}, {0x205F, 0x205F},
-                                 {0x2800, 0x2800}, {0x3000, 0x3000}};
-
-template <std::size_t kCount>
-bool IsIn(const CodeRange (&ranges)[kCount], char32_t code) {
-  return std::any_of(std::begin(ranges), std::end(ranges),
-                     [code](CodeRange range) { return code >= range.first && code <= range.last; });
-}
-
 // Of a text in UTF-8.
 struct LookOfName {
   bool hides = false;  // holds what is not seen
@@ -85,11 +66,11 @@ struct LookOfName {
 LookOfName LookAtName(std::string_view name) {
   LookOfName look;
   look.hides = platform::Printable(name, name.size()) != name;
-  look.begins_blank = IsIn(kBlanks, platform::DecodeUtf8(name).code);
+  look.begins_blank = platform::IsBlank(platform::DecodeUtf8(name).code);
   while (!name.empty()) {
     const auto [code, length] = platform::DecodeUtf8(name);
-    look.hides = look.hides || IsIn(kUnseen, code);
-    look.ends_blank = IsIn(kBlanks, code);
+    look.hides = look.hides || platform::IsUnseen(code);
+    look.ends_blank = platform::IsBlank(code);
     look.is_blank = look.is_blank && look.ends_blank;
     name.remove_prefix(length);
   }

@@ -6,6 +6,8 @@
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
 #include "platform/text.h"
+#include "platform/unseen_signs.h"
+#include "platform/utf8.h"
 
 namespace quillcast::mail_file {
 namespace {
@@ -25,14 +27,12 @@ std::string WordsAlone(std::string_view html) {
 }
 
 bool HasWord(std::string_view text) {
-  constexpr auto kUnseen = std::to_array<std::string_view>(
-      {"\u00a0", "\u00ad", "\u034f", "\u2007", "\u200b", "\u200c", "\u200d", "\u200e", "\u200f", "\u2060", "\ufeff"});
-  for (;;) {
-    text = platform::Trim(text);
-    const auto* unseen = std::ranges::find_if(kUnseen, [&](std::string_view sign) { return text.starts_with(sign); });
-    if (unseen == kUnseen.end()) return !text.empty();
-    text.remove_prefix(unseen->size());
+  while (!text.empty()) {
+    const auto [code, length] = platform::DecodeUtf8(text);
+    if (!platform::IsBlank(code) && !platform::IsUnseen(code)) return true;
+    text.remove_prefix(length);
   }
+  return false;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "document/picture_kind.h"
 #include "html/picture_addresses.h"
+#include "mail_file/data_picture.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
@@ -112,7 +113,7 @@ bool EmbeddedParts::ShowsPicture(const Part& page, std::string_view html) const 
     }
     if (token.name != "img") continue;
     const std::string address = tokenizer.Value(token, "src");
-    if (platform::StartsWithIgnoringAsciiCase(platform::Trim(address), "data:image/")) return true;
+    if (PictureInAddress(address)) return true;
     const std::size_t found = addresses_.Find(place, base, address);
     if (found != kNoPart && !PictureTypeOf(message_.parts()[found]).empty()) return true;
   }

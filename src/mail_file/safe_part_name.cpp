@@ -6,6 +6,7 @@
 #include <array>
 
 #include "platform/text.h"
+#include "platform/unseen_signs.h"
 #include "platform/utf8.h"
 
 namespace quillcast::mail_file {
@@ -56,19 +57,12 @@ bool IsDropped(char32_t code) {
   return is_control || is_direction;
 }
 
-// What shows nothing, beside the blank itself.
-bool IsBlank(char32_t code) {
-  constexpr std::u32string_view kBlanks =
-      U"\u00A0\u00AD\u034F\u115F\u1160\u1680\u180E\u202F\u205F\u2800\u3000\u3164\uFFA0";
-  return (code >= 0x2000 && code <= 0x200A) || kBlanks.find(code) != std::u32string_view::npos;
-}
-
 // How many bytes at its beginning are dots and blanks of any kind.
 std::size_t UnseenBeginning(std::string_view name) {
   std::size_t at = 0;
   while (at < name.size()) {
     const auto [code, length] = platform::DecodeUtf8(name.substr(at));
-    if (code != '.' && code != ' ' && !IsBlank(code)) break;
+    if (code != '.' && !platform::IsBlank(code) && !platform::IsUnseen(code)) break;
     at += length;
   }
   return at;
