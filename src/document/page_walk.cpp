@@ -6,10 +6,10 @@
 
 #include "document/single_blanks.h"
 #include "document/way_out.h"
-#include "html/hidden_element.h"
 #include "html/html_elements.h"
 #include "html/html_link.h"
 #include "html/html_tokenizer.h"
+#include "html/shown_tokens.h"
 #include "html/unquoted_path.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -76,8 +76,7 @@ class Walk {
 
   PageFacts Run(const platform::CancelToken& cancel) {
     HtmlToken token;
-    while (cancel.Requested() == platform::Stop::kNone && tokenizer_.Next(token)) {
-      if (hidden_.active() && !hidden_.Skip(token)) continue;
+    while (cancel.Requested() == platform::Stop::kNone && shown_.Next(token)) {
       if (token.kind == HtmlTokenKind::kStartTag) Start(token);
       if (token.kind == HtmlTokenKind::kEndTag) End(token);
       if (token.kind == HtmlTokenKind::kText && !dropping_) AddText(tokenizer_.Source(token));
@@ -93,10 +92,6 @@ class Walk {
     const HtmlRole role = html::RoleOf(token.name);
     dropping_ = role == HtmlRole::kDropped;
     if (dropping_) return;
-    if (html::IsHidden(tokenizer_, token)) {
-      if (!html::HasNoContent(token.name)) hidden_.Begin(token);
-      return;
-    }
     if (html::IsBlock(role)) EndBlock();
     if (role == HtmlRole::kBreak) words_.End(), way_out_.Add(" ");
     if (role == HtmlRole::kLink || role == HtmlRole::kArea) BeginLink(token);
@@ -167,8 +162,8 @@ class Walk {
   }
 
   html::HtmlTokenizer tokenizer_;
+  html::ShownTokens shown_{tokenizer_};
   const LinkVisitor& link_;
-  html::HiddenElement hidden_;
   WordCounter words_;
   WayOutSearch way_out_;    // in what is read
   WayOutSearch addresses_;  // in where links lead

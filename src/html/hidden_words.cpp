@@ -48,6 +48,8 @@ HiddenWords::Letters HiddenWords::LettersWithin(const HtmlTokenizer& page, const
     } else if (property == "color" && !IsOfAround(value)) {
       letters.are_transparent = platform::EqualsIgnoringAsciiCase(value, "transparent");
       shines_through = shines_through || !letters.are_transparent;
+    } else if (property == "font") {  // whose size is not read
+      is_seen = true;
     } else if (property == "all") {
       is_seen = shines_through = true;
     } else if (property == "background" || property == "background-image") {
@@ -67,11 +69,12 @@ HiddenWords::Sheets HiddenWords::ReadSheets(std::string_view page) {
   constexpr auto kDrawn =
       std::to_array<std::string_view>({"background-clip", "text-fill", "text-stroke", "text-shadow"});
   for (const auto what : kDrawn) sheets.say_colours = sheets.say_colours || all.find(what) != std::string_view::npos;
-  for (std::size_t at = all.find("<style"); at != std::string_view::npos; at = all.find("<style", at + 1)) {
+  for (std::size_t at = all.find("<style"); at != std::string_view::npos; at = all.find("<style", at)) {
     const std::string_view sheet = all.substr(at, all.find("</style", at) - at);
     const auto says = [&](std::string_view what) { return sheet.find(what) != std::string_view::npos; };
     sheets.say_sizes = sheets.say_sizes || says("font-size") || says("font:") || says("font :");
     sheets.say_colours = sheets.say_colours || says("color");
+    at += sheet.size();
   }
   return sheets;
 }

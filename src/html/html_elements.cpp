@@ -53,8 +53,9 @@ bool IsFormatting(std::string_view name) {
 bool IsRowGroup(std::string_view name) { return name == "tbody" || name == "thead" || name == "tfoot"; }
 
 bool HasNoContent(std::string_view name) {
-  constexpr std::array<std::string_view, 13> kVoid = {"area",  "base", "br",   "col",   "embed",  "hr", "img",
-                                                      "input", "link", "meta", "param", "source", "wbr"};
+  constexpr auto kVoid = std::to_array<std::string_view>({"area", "base", "basefont", "bgsound", "br", "col", "embed",
+                                                          "frame", "hr", "image", "img", "input", "keygen", "link",
+                                                          "meta", "param", "source", "track", "wbr"});
   return std::find(kVoid.begin(), kVoid.end(), name) != kVoid.end();
 }
 

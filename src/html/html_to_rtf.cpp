@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "html/hidden_element.h"
 #include "html/hidden_words.h"
 #include "html/html_elements.h"
 #include "html/html_list.h"
@@ -11,6 +10,7 @@
 #include "html/rtf_body.h"
 #include "html/rtf_style.h"
 #include "html/safe_page.h"
+#include "html/shown_tokens.h"
 #include "html/style_values.h"
 #include "platform/text.h"
 
@@ -58,8 +58,7 @@ class Reader {
 
   RtfPage Run() {
     HtmlToken token;
-    while (tokenizer_.Next(token)) {
-      if (hidden_.active() && !hidden_.Skip(token)) continue;
+    while (shown_.Next(token)) {
       if (token.kind == HtmlTokenKind::kStartTag) {
         Start(token);
       } else if (token.kind == HtmlTokenKind::kEndTag) {
@@ -93,10 +92,6 @@ class Reader {
     const HtmlRole role = RoleOf(token.name);
     dropping_ = role == HtmlRole::kDropped;
     if (dropping_) return;
-    if (IsHidden(tokenizer_, token)) {
-      if (!HasNoContent(token.name)) hidden_.Begin(token);
-      return;
-    }
     hidden_words_.Take(tokenizer_, token);
     if (role == HtmlRole::kPicture) {
       AddPicture(token);
@@ -352,10 +347,10 @@ class Reader {
   }
 
   HtmlTokenizer tokenizer_;
+  ShownTokens shown_{tokenizer_};
   const FindRtfPicture& find_picture_;
   RtfBody body_;
   RtfPage page_;
-  HiddenElement hidden_;
   HiddenWords hidden_words_;
   std::vector<Open> open_;
   RtfStyle style_;

@@ -5,12 +5,12 @@
 #include <utility>
 #include <vector>
 
-#include "html/hidden_element.h"
 #include "html/hidden_words.h"
 #include "html/html_elements.h"
 #include "html/html_link.h"
 #include "html/html_list.h"
 #include "html/html_tokenizer.h"
+#include "html/shown_tokens.h"
 #include "html/text_layout.h"
 #include "html/text_links.h"
 #include "html/word_list.h"
@@ -33,8 +33,7 @@ class Reader {
 
   std::string Run() {
     HtmlToken token;
-    while (tokenizer_.Next(token)) {
-      if (hidden_.active() && !hidden_.Skip(token)) continue;
+    while (shown_.Next(token)) {
       if (token.kind == HtmlTokenKind::kStartTag) {
         Start(token);
       } else if (token.kind == HtmlTokenKind::kEndTag) {
@@ -157,10 +156,6 @@ class Reader {
     const HtmlRole role = RoleOf(token.name);
     dropping_ = role == HtmlRole::kDropped;
     if (dropping_) return;
-    if (IsHidden(tokenizer_, token)) {
-      if (!HasNoContent(token.name)) hidden_.Begin(token);
-      return;
-    }
     hidden_words_.Take(tokenizer_, token);
     if (word_list_.Start(tokenizer_, token)) return;
     is_raised_ = token.name == "sup";
@@ -284,10 +279,10 @@ class Reader {
   }
 
   HtmlTokenizer tokenizer_;
+  ShownTokens shown_{tokenizer_};
   TextLayout layout_;
   TextLinks links_{tokenizer_, layout_};
   WordList word_list_{layout_};
-  HiddenElement hidden_;
   HiddenWords hidden_words_;
   std::vector<Open> open_;
   std::array<std::size_t, kStackedRoles> open_counts_{};

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "html/html_elements.h"
 #include "html/html_tokenizer.h"
 #include "html/safe_css.h"
 #include "platform/text.h"
@@ -13,23 +14,23 @@ namespace {
 // The elements and attributes that are kept, in their order for a search; "style", "title", "href", "src" and
 // "background" have rules of their own.
 constexpr auto kElements = std::to_array<std::string_view>(
-    {"a",          "abbr",    "acronym", "address", "article", "aside",  "b",    "bdi",     "bdo",        "big",
-     "blockquote", "body",    "br",      "caption", "center",  "cite",   "code", "col",     "colgroup",   "dd",
-     "del",        "details", "dfn",     "dir",     "div",     "dl",     "dt",   "em",      "figcaption", "figure",
-     "font",       "footer",  "h1",      "h2",      "h3",      "h4",     "h5",   "h6",      "head",       "header",
-     "hr",         "html",    "i",       "img",     "ins",     "kbd",    "li",   "main",    "mark",       "menu",
-     "nav",        "nobr",    "ol",      "p",       "pre",     "q",      "rp",   "rt",      "ruby",       "s",
-     "samp",       "section", "small",   "span",    "strike",  "strong", "sub",  "summary", "sup",        "table",
-     "tbody",      "td",      "tfoot",   "th",      "thead",   "time",   "tr",   "tt",      "u",          "ul",
-     "var",        "wbr"});
+    {"a",          "abbr",    "acronym", "address",  "article", "aside",  "b",      "bdi",  "bdo",        "big",
+     "blockquote", "body",    "br",      "caption",  "center",  "cite",   "code",   "col",  "colgroup",   "dd",
+     "del",        "details", "dfn",     "dir",      "div",     "dl",     "dt",     "em",   "figcaption", "figure",
+     "font",       "footer",  "h1",      "h2",       "h3",      "h4",     "h5",     "h6",   "head",       "header",
+     "hr",         "html",    "i",       "img",      "ins",     "kbd",    "label",  "li",   "main",       "mark",
+     "menu",       "nav",     "nobr",    "ol",       "p",       "pre",    "q",      "rp",   "rt",         "ruby",
+     "s",          "samp",    "section", "small",    "span",    "strike", "strong", "sub",  "summary",    "sup",
+     "table",      "tbody",   "td",      "template", "tfoot",   "th",     "thead",  "time", "tr",         "tt",
+     "u",          "ul",      "var",     "wbr"});
 // Their content is no markup, and goes with them.
 constexpr auto kDropped = std::to_array<std::string_view>({"iframe", "noembed", "noframes", "script", "textarea"});
 constexpr auto kAttributes = std::to_array<std::string_view>(
-    {"abbr",   "align", "alink", "alt",     "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
-     "clear",  "color", "cols",  "colspan", "datetime", "dir",     "face",        "height",      "hspace",
-     "id",     "lang",  "link",  "name",    "noshade",  "nowrap",  "reversed",    "rows",        "rowspan",
-     "rules",  "scope", "size",  "span",    "start",    "summary", "text",        "title",       "type",
-     "valign", "value", "vlink", "vspace",  "width"});
+    {"abbr",    "align",  "alink", "alt",     "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
+     "clear",   "color",  "cols",  "colspan", "datetime", "dir",     "face",        "height",      "hidden",
+     "hspace",  "id",     "lang",  "link",    "name",     "noshade", "nowrap",      "reversed",    "rows",
+     "rowspan", "rules",  "scope", "size",    "span",     "start",   "summary",     "text",        "title",
+     "type",    "valign", "value", "vlink",   "vspace",   "width"});
 
 template <std::size_t kSize>
 bool IsAmong(const std::array<std::string_view, kSize>& names, std::string_view name) {
@@ -43,9 +44,9 @@ constexpr std::string_view kPolicy =
     "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src 'self' file: data:; "
     "style-src 'unsafe-inline'\">";
 
-constexpr bool HasNoEnd(std::string_view name) {
-  return name == "br" || name == "col" || name == "hr" || name == "img" || name == "wbr";
-}
+// In place of a button, whose letters are not of the size around it.
+constexpr std::string_view kButton = "<span style=\"font-size:small\">";
+constexpr std::string_view kEndOfButton = "</span>";
 
 class Copy {
  public:
@@ -85,14 +86,18 @@ class Copy {
       special_ = token.name;
     } else if (IsAmong(kElements, token.name)) {
       AddTag(token);
+    } else if (token.name == "button") {
+      AddHead();
+      out_ += kButton;
     }
   }
 
   void End(const std::string& name) {
     special_.clear();
-    if (!IsAmong(kElements, name) || HasNoEnd(name)) return;
+    const bool is_button = name == "button";
+    if (!is_button && (!IsAmong(kElements, name) || HasNoContent(name))) return;
     AddHead();
-    out_.append("</").append(name) += '>';
+    is_button ? out_ += kEndOfButton : out_.append("</").append(name) += '>';
   }
 
   void AddText(std::string_view text, bool is_raw) {

@@ -7,7 +7,6 @@
 #include <optional>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "html/colour_names.h"
 #include "html/safe_page.h"
@@ -140,11 +139,8 @@ std::optional<std::string> SimpleAddress(const HtmlTokenizer& page, const HtmlTo
   const bool is_link = tag.name == "a";
   std::string address = page.Value(tag, is_link ? "href" : "src");
   address = platform::Trim(address);
-  const auto schemes = is_link ? std::vector<std::string_view>{"http:", "https:", "mailto:", "tel:"}
-                               : std::vector<std::string_view>{"cid:"};
-  const bool fits = std::any_of(schemes.begin(), schemes.end(), [&](std::string_view scheme) {
-    return platform::StartsWithIgnoringAsciiCase(address, scheme);
-  });
+  const bool fits = is_link ? MayBeFollowed(address) && !address.starts_with('#')
+                            : platform::StartsWithIgnoringAsciiCase(address, "cid:");
   if (!fits || address.size() > kLongestAddress) return std::nullopt;
   return address;
 }

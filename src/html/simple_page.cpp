@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "html/hidden_element.h"
 #include "html/hidden_words.h"
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
 #include "html/said_colours.h"
+#include "html/shown_tokens.h"
 #include "html/simple_attributes.h"
 #include "html/simple_colours.h"
 #include "html/table_shapes.h"
@@ -362,15 +362,9 @@ void SimpleWriter::Take(const HtmlToken& token) {
 }
 
 SimplePage SimpleWriter::Write() {
-  HiddenElement hidden;
+  ShownTokens shown(page_);
   HtmlToken token;
-  while (page_.Next(token)) {
-    if (hidden.active()) {
-      if (!hidden.Skip(token)) continue;
-    } else if (token.kind == HtmlTokenKind::kStartTag && !HasNoContent(token.name) && IsHidden(page_, token)) {
-      hidden.Begin(token);
-      continue;
-    }
+  while (shown.Next(token)) {
     Take(token);
     if (out_.size() > most_) {
       CloseTo(0);

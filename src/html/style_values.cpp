@@ -129,8 +129,9 @@ std::string_view TakePiece(std::string_view& value) {
   return piece;
 }
 
-// "italic bold 14px/1.5 Arial, serif": nothing where it names no size.
+// "italic bold 14px/1.5 Arial, serif": itself where it names no size that is read.
 void EachOfFont(std::string_view value, const TakeDeclaration& take) {
+  const std::string_view all = value;
   std::string_view style = "normal";
   std::string_view weight = "normal";
   while (!value.empty()) {
@@ -149,6 +150,7 @@ void EachOfFont(std::string_view value, const TakeDeclaration& take) {
     if (is_weight) weight = piece;
     if (platform::EqualsIgnoringAsciiCase(piece, "italic")) style = piece;
   }
+  take("font", all);
 }
 
 // One to four: of what is at the top, right, bottom and left.

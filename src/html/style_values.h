@@ -10,7 +10,8 @@
 namespace quillcast::html {
 
 // Calls `take` with each declaration of a style attribute: the property in small letters, the value without
-// "!important". What "font" and "margin" say at once comes as the declarations that it stands for.
+// "!important". What "font" and "margin" say at once comes as the declarations that it stands for, where
+// those are read.
 void EachDeclaration(std::string_view style,
                      const std::function<void(std::string_view property, std::string_view value)>& take);
 

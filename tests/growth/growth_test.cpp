@@ -295,7 +295,8 @@ TEST(Growth, OfReadingHtmlInOnePlace) {
           Row{"a steeper one", "<table>", "<tr><td rowspan=\1>x", "</table>"},
           Row{"one of four rows", "<table>", "<tr><td rowspan=4>x<td rowspan=3>x", "</table>"},
           Row{"fonts within fonts", "<div>", "<i><b>", "</div></i>"},
-          Row{"servers in styles", "<style>", "\\\\a", "</style>"}}) {
+          Row{"servers in styles", "<style>", "\\\\a", "</style>"},
+          Row{"sheets where letters hide", "<p style='font-size:0'>x</p>", "<style x ", ""}}) {
       ExpectSteadyGrowth(std::string(reader.name) + " of " + row.name, reader.read,
                          [&](std::size_t size) { return row.before + Repeated(row.pattern, size) + row.behind; });
     }

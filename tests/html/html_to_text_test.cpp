@@ -125,6 +125,10 @@ constexpr Page kPages[] = {
      "<p style='opacity:0'>a</p><p style='COLOR:red;max-height: 0px !important'>b</p><p style='visibility:hidden'>c</p>"
      "<p style='opacity:0.9;font-size:0.9em;max-height:0.5em;x-display:none'>shown</p><noscript>d</noscript>",
      "shown\n"},
+    {"hidden by the declaration that counts",
+     "<p style='display:none;display:block'>a<p style='/*display:none;*/color:red'>b<p style='display:none "
+     "!important;display:block'>x<p style='display'>c",
+     "a\n\nb\n\nc\n"},
     {"hidden by their letters",
      "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i "
      "style='font-size:2em'>x</i>"
@@ -142,8 +146,9 @@ constexpr Page kPages[] = {
      "<td style='font-size:0;color:transparent'><b style='font-size:clamp(14px,2vw,18px);color:var(--c)'>a</b>"
      "<b style='font-size:4vw;color:color(srgb 0 0 0)'>b</b><b style='font-size:initial;color:initial'>c</b>"
      "<b style='font-size:120%;color:red'>x</b><b style='font-size:inherit;color:red'>x</b>"
-     "<b style='font-size:9px;color:currentColor'>x</b><b style='font-size:9px;color:inherit'>x</b>",
-     "abc\n"},
+     "<b style='font-size:9px;color:currentColor'>x</b><b style='font-size:9px;color:inherit'>x</b></td>"
+     "<td style='font-size:0'><b style='font:italic calc(1px + 1em) Arial'>d</b><track>x",
+     "abc\nd\n"},
     {"that another rule may give a size or colour",
      "<div style='font-size:14px!important;font-size:0;color:red!important;color:transparent'>a</div>"
      "<p style='color:transparent'><font color=red>b</font></p><style>@media screen{TD{Font-Size:14px}}</style>"

@@ -61,7 +61,8 @@ TEST(SimplePage, KeepsWhatIsSeenAndNothingThatLoads) {
       {"<b>a<i>b</b>c</i>", "<b>a<i>b</i></b>c"},
       {"</p></table>a", "a"},
       {"a<3 &lt;b&gt; <!-- c --><script>d</script><style>e</style><title>f</title>", "a&lt;3 &lt;b&gt; "},
-      {"<div style='display:none'>x<b>y</b></div>z", "z"},
+      {"<div style='display:none'>x<b>y</b></div><img hidden src=cid:x alt=y>z", "z"},
+      {"<label><span style='font-size:0'>x</label>a", "<span>a</span>"},
       {"<div style='font-size:0;color:#fff'>x<img src=cid:0></div><td style='font-size:1px'>&nbsp;<img src=x "
        "alt=a></td>"
        "<span style='color:transparent'>x</span>b",
