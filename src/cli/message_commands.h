@@ -1,4 +1,4 @@
-// quillcast message show: what the commands for message files share.
+// What the commands for message files share.
 #pragma once
 
 #include <filesystem>

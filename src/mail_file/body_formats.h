@@ -24,13 +24,11 @@ std::optional<Sentence> FormNote(const std::filesystem::path& file, BodyFormat f
 std::optional<Error> WhyNothing(const MailMessage& message, BodyFormat format);
 
 // Gives the body to `write`, piece by piece.
-//   text  the text; of a message that has a page alone the text of that. In the
-//   character set `code_page` (empty for
+//   text  the text; of a message that has a page alone the text of that. In the character set `code_page` (empty for
 //         UTF-8); what that lacks becomes "?" and is counted.
-//   HTML  the page without what runs or loads (html::SafePage), in UTF-8; of a
-//   text a page that shows it. RTF   the same page, with its embedded pictures.
-//   XML   the message's fields, recipients, stamps, parts and both bodies, as
-//   docs/message.xsd has them.
+//   HTML  the page without what runs or loads (html::SafePage), in UTF-8; of a text a page that shows it.
+//   RTF   the same page, with its embedded pictures.
+//   XML   the message's fields, recipients, stamps, parts and both bodies, as docs/message.xsd has them.
 // Fails when the message cannot be read, or `write` fails.
 using WriteText = std::function<Result<void>(std::string_view)>;
 Result<std::size_t> WriteBody(const MailMessage& message, BodyFormat format, std::string_view code_page,
