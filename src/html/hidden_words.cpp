@@ -19,20 +19,27 @@ bool IsOfAround(std::string_view value) {
   return value.ends_with('%') || std::ranges::any_of(kWords, is_value);
 }
 
-// Nothing for one of that around it. One that is not read may be any: what it is said of is seen.
-std::optional<bool> SaysTooSmall(std::string_view size) {
+// Nothing for one that is no more than that around it, or many times nothing. One that is not read may be any: what it
+// is said of is seen.
+std::optional<bool> SaysTooSmall(std::string_view size, bool has_none_around) {
   const auto pixels = ReadLength(size, kUsualPoints, kUsualPoints);
   const bool is_of_around = pixels != ReadLength(size, 0, kUsualPoints);
-  if (pixels) return is_of_around || *pixels < 0 ? std::nullopt : std::optional(*pixels <= 1);
-  return IsOfAround(size) ? std::nullopt : std::optional(false);
+  if (pixels && *pixels < 0) return {};
+  if (pixels && !is_of_around) return *pixels <= 1;
+  const auto points = ReadPoints(size, kUsualPoints, kUsualPoints);
+  const bool is_larger = points && *points > kUsualPoints;
+  return (is_of_around || IsOfAround(size)) && (has_none_around || !is_larger) ? std::nullopt : std::optional(false);
 }
+
+bool SaysNone(std::string_view size) { return ReadLength(size, kUsualPoints, kUsualPoints) == 0.0; }
 
 }  // namespace
 
 // Of several declarations any that would show them counts: a mark of importance may stand at each.
 HiddenWords::Letters HiddenWords::LettersWithin(const HtmlTokenizer& page, const HtmlToken& tag, Letters letters) {
   const std::string style = page.Value(tag, "style");
-  const bool has_its_own = tag.name == "button" || tag.name == "mark";  // by what readers bring along
+  const bool has_its_own =
+      tag.name == "button" || tag.name == "select" || tag.name == "mark";  // by what readers bring along
   if (has_its_own || style.find("/*") != std::string::npos) return {};
   bool is_seen = false;
   bool shines_through = false;
@@ -43,13 +50,14 @@ HiddenWords::Letters HiddenWords::LettersWithin(const HtmlTokenizer& page, const
   }
   EachDeclaration(style, [&](std::string_view property, std::string_view value) {
     if (property == "font-size") {
-      letters.are_too_small = SaysTooSmall(value).value_or(letters.are_too_small);
+      letters.are_too_small = SaysTooSmall(value, letters.have_no_size).value_or(letters.are_too_small);
+      letters.have_no_size = letters.are_too_small && (letters.have_no_size || SaysNone(value));
       is_seen = is_seen || !letters.are_too_small;
     } else if (property == "color" && !IsOfAround(value)) {
       letters.are_transparent = platform::EqualsIgnoringAsciiCase(value, "transparent");
       shines_through = shines_through || !letters.are_transparent;
     } else if (property == "font") {  // whose size is not read
-      is_seen = true;
+      is_seen = is_seen || !IsOfAround(value);
     } else if (property == "all") {
       is_seen = shines_through = true;
     } else if (property == "background" || property == "background-image") {

@@ -28,6 +28,7 @@ class HiddenWords {
  private:
   struct Letters {
     bool are_too_small = false;
+    bool have_no_size = false;  // which none that is reckoned from it has either
     bool are_transparent = false;
   };
   struct Open {

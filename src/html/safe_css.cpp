@@ -32,8 +32,6 @@ std::string ColourOfGround(std::string_view piece) {
   return colour ? fmt::format("background-color:#{:06x}{}", *colour, outweighs ? " !important" : "") : std::string();
 }
 
-}  // namespace
-
 std::string WithoutComments(std::string_view css) {
   std::string out;
   out.reserve(css.size());
@@ -48,6 +46,8 @@ std::string WithoutComments(std::string_view css) {
   }
   return out;
 }
+
+}  // namespace
 
 std::string SafeCss(std::string_view css) {
   const std::string plain = WithoutComments(css);

@@ -6,9 +6,6 @@
 
 namespace quillcast::html {
 
-// Each comment is a blank.
-std::string WithoutComments(std::string_view css);
-
 // The declarations of a style attribute, or the rules of a style element, without those that load something or could:
 // an address, an import, a font; what hides such a thing behind escapes goes too. Of a background the colour stays,
 // which the words on it need. Comments become blanks. The result holds no "<", so that it can end no element. Linear in

@@ -6,6 +6,7 @@
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
 #include "html/safe_css.h"
+#include "html/shown_tokens.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -14,23 +15,23 @@ namespace {
 // The elements and attributes that are kept, in their order for a search; "style", "title", "href", "src" and
 // "background" have rules of their own.
 constexpr auto kElements = std::to_array<std::string_view>(
-    {"a",          "abbr",    "acronym", "address",  "article", "aside",  "b",      "bdi",  "bdo",        "big",
-     "blockquote", "body",    "br",      "caption",  "center",  "cite",   "code",   "col",  "colgroup",   "dd",
-     "del",        "details", "dfn",     "dir",      "div",     "dl",     "dt",     "em",   "figcaption", "figure",
-     "font",       "footer",  "h1",      "h2",       "h3",      "h4",     "h5",     "h6",   "head",       "header",
-     "hr",         "html",    "i",       "img",      "ins",     "kbd",    "label",  "li",   "main",       "mark",
-     "menu",       "nav",     "nobr",    "ol",       "p",       "pre",    "q",      "rp",   "rt",         "ruby",
-     "s",          "samp",    "section", "small",    "span",    "strike", "strong", "sub",  "summary",    "sup",
-     "table",      "tbody",   "td",      "template", "tfoot",   "th",     "thead",  "time", "tr",         "tt",
-     "u",          "ul",      "var",     "wbr"});
+    {"a",          "abbr",    "acronym", "address", "article", "aside",   "b",     "bdi",  "bdo",    "big",
+     "blockquote", "body",    "br",      "button",  "caption", "center",  "cite",  "code", "col",    "colgroup",
+     "dd",         "del",     "details", "dfn",     "dir",     "div",     "dl",    "dt",   "em",     "fieldset",
+     "figcaption", "figure",  "font",    "footer",  "h1",      "h2",      "h3",    "h4",   "h5",     "h6",
+     "head",       "header",  "hr",      "html",    "i",       "img",     "ins",   "kbd",  "label",  "legend",
+     "li",         "main",    "mark",    "menu",    "nav",     "nobr",    "ol",    "p",    "pre",    "q",
+     "rp",         "rt",      "ruby",    "s",       "samp",    "section", "small", "span", "strike", "strong",
+     "sub",        "summary", "sup",     "table",   "tbody",   "td",      "tfoot", "th",   "thead",  "time",
+     "tr",         "tt",      "u",       "ul",      "var",     "wbr"});
 // Their content is no markup, and goes with them.
 constexpr auto kDropped = std::to_array<std::string_view>({"iframe", "noembed", "noframes", "script", "textarea"});
 constexpr auto kAttributes = std::to_array<std::string_view>(
-    {"abbr",    "align",  "alink", "alt",     "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
-     "clear",   "color",  "cols",  "colspan", "datetime", "dir",     "face",        "height",      "hidden",
-     "hspace",  "id",     "lang",  "link",    "name",     "noshade", "nowrap",      "reversed",    "rows",
-     "rowspan", "rules",  "scope", "size",    "span",     "start",   "summary",     "text",        "title",
-     "type",    "valign", "value", "vlink",   "vspace",   "width"});
+    {"abbr",   "align",   "alink",  "alt",     "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
+     "clear",  "color",   "cols",   "colspan", "datetime", "dir",     "face",        "height",      "hidden",
+     "hspace", "id",      "lang",   "link",    "name",     "noshade", "nowrap",      "open",        "reversed",
+     "rows",   "rowspan", "rules",  "scope",   "size",     "span",    "start",       "summary",     "text",
+     "title",  "type",    "valign", "value",   "vlink",    "vspace",  "width"});
 
 template <std::size_t kSize>
 bool IsAmong(const std::array<std::string_view, kSize>& names, std::string_view name) {
@@ -44,9 +45,8 @@ constexpr std::string_view kPolicy =
     "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src 'self' file: data:; "
     "style-src 'unsafe-inline'\">";
 
-// In place of a button, whose letters are not of the size around it.
-constexpr std::string_view kButton = "<span style=\"font-size:small\">";
-constexpr std::string_view kEndOfButton = "</span>";
+// What is not kept says nothing any more of whether it is displayed.
+bool IsLeftOut(std::string_view name) { return !IsAmong(kElements, name); }
 
 class Copy {
  public:
@@ -56,7 +56,7 @@ class Copy {
 
   std::string Run() {
     HtmlToken token;
-    while (tokenizer_.Next(token)) Take(token);
+    while (shown_.Next(token)) Take(token);
     AddHead();
     return std::move(out_);
   }
@@ -86,18 +86,17 @@ class Copy {
       special_ = token.name;
     } else if (IsAmong(kElements, token.name)) {
       AddTag(token);
-    } else if (token.name == "button") {
-      AddHead();
-      out_ += kButton;
+    } else if (is_in_paragraph_ && IsBlock(RoleOf(token.name))) {
+      End("p");
     }
   }
 
   void End(const std::string& name) {
     special_.clear();
-    const bool is_button = name == "button";
-    if (!is_button && (!IsAmong(kElements, name) || HasNoContent(name))) return;
+    if (!IsAmong(kElements, name) || HasNoContent(name)) return;
+    if (IsBlock(RoleOf(name))) is_in_paragraph_ = false;
     AddHead();
-    is_button ? out_ += kEndOfButton : out_.append("</").append(name) += '>';
+    out_.append("</").append(name) += '>';
   }
 
   void AddText(std::string_view text, bool is_raw) {
@@ -114,6 +113,7 @@ class Copy {
 
   void AddTag(const HtmlToken& token) {
     if (token.name != "html" && token.name != "head") AddHead();
+    if (IsBlock(RoleOf(token.name))) is_in_paragraph_ = token.name == "p";
     out_.append("<").append(token.name);
     for (const HtmlAttribute& attribute : token.attributes) AddAttribute(token.name, attribute);
     out_ += '>';
@@ -152,10 +152,12 @@ class Copy {
   }
 
   HtmlTokenizer tokenizer_;
+  ShownTokens shown_{tokenizer_, IsLeftOut};
   const SafePageOptions& options_;
   std::string out_;
   bool is_before_head_ = true;
-  std::string special_;  // the element whose text comes, where that is treated in a way of its own
+  bool is_in_paragraph_ = false;  // which a block ends
+  std::string special_;           // the element whose text comes, where that is treated in a way of its own
 };
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "html/html_tokenizer.h"
 
@@ -10,23 +12,29 @@ namespace quillcast::html {
 
 class ShownTokens {
  public:
-  // `page` must outlive it.
-  explicit ShownTokens(HtmlTokenizer& page) : page_(page) {}
+  // Whether elements of a name are looked at; the others stay with all that is in them.
+  using Names = bool (*)(std::string_view name);
+  // `page` must outlive it. Without `names` all are looked at.
+  explicit ShownTokens(HtmlTokenizer& page, Names names = nullptr) : page_(page), names_(names) {}
 
-  // The next that is displayed; false at the end. An element that is not is passed over up to its end tag, or to that
-  // of an element around it where its own is missing.
+  // The next that is displayed; false at the end. An element that is not is passed over up to its end tag; where that
+  // is missing, to what ends it as readers have it: the next item, cell or paragraph, or the end of an element around
+  // it.
   bool Next(HtmlToken& token);
 
  private:
-  void Begin(const HtmlToken& token);
+  bool IsHidden(const HtmlToken& token) const;
   bool EndsBefore(const HtmlToken& token);
+  bool EndsBeforeStart(const HtmlToken& token);
+  bool EndsBeforeEnd(const std::string& name);
+  void Open(const HtmlToken& token);
+  void CountDrawings(const HtmlToken& token);
 
   HtmlTokenizer& page_;
-  bool passes_over_ = false;
-  // What is passed over:
-  std::string name_;
-  std::size_t depth_ = 0;   // open elements of the name
-  std::size_t blocks_ = 0;  // open blocks of other names
+  Names names_;
+  std::vector<std::string> open_;  // what is passed over, and what is open in it
+  std::size_t too_deep_ = 0;       // that is open in those and not kept
+  std::size_t drawings_ = 0;       // that are open
 };
 
 }  // namespace quillcast::html

@@ -5,6 +5,7 @@
 
 #include "html/html_to_text.h"
 #include "html/html_tokenizer.h"
+#include "html/shown_tokens.h"
 #include "platform/text.h"
 #include "platform/unseen_signs.h"
 #include "platform/utf8.h"
@@ -19,17 +20,24 @@ std::string WordsAlone(std::string_view html) {
   constexpr auto kLeftOut = std::to_array<std::string_view>({"a", "area", "hr", "q"});
   std::string out;
   html::HtmlTokenizer page(html);
+  html::ShownTokens shown(page);
   html::HtmlToken token;
-  while (page.Next(token)) {
+  while (shown.Next(token)) {
     if (std::ranges::find(kLeftOut, token.name) == kLeftOut.end()) out += page.Source(token);
   }
   return out;
 }
 
+// What turns the line, and what chooses the form of the letter before it.
+bool HasNoLook(char32_t code) {
+  const bool turns = (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+  return turns || (code >= 0x180B && code <= 0x180D) || (code >= 0xFE00 && code <= 0xFE0F);
+}
+
 bool HasWord(std::string_view text) {
   while (!text.empty()) {
     const auto [code, length] = platform::DecodeUtf8(text);
-    if (!platform::IsBlank(code) && !platform::IsUnseen(code)) return true;
+    if (!platform::IsBlank(code) && !platform::IsUnseen(code) && !HasNoLook(code)) return true;
     text.remove_prefix(length);
   }
   return false;

@@ -4,6 +4,7 @@
 
 #include "document/picture_kind.h"
 #include "html/picture_addresses.h"
+#include "html/shown_tokens.h"
 #include "mail_file/data_picture.h"
 #include "platform/text.h"
 
@@ -104,8 +105,9 @@ bool EmbeddedParts::ShowsPicture(const Part& page, std::string_view html) const 
   std::string base = addresses_.BaseOf(place);
   bool has_base = false;
   html::HtmlTokenizer tokenizer(html);
+  html::ShownTokens shown(tokenizer);
   html::HtmlToken token;
-  while (tokenizer.Next(token)) {
+  while (shown.Next(token)) {
     if (token.kind != html::HtmlTokenKind::kStartTag) continue;
     if (token.name == "base" && !has_base && tokenizer.Find(token, "href") != nullptr) {
       has_base = true;

@@ -11,7 +11,7 @@ struct Range {
   char32_t last;
 };
 constexpr auto kUnseen = std::to_array<Range>({{0xAD, 0xAD},
-                                               {0x34F, 0x34F},
+
                                                {0x61C, 0x61C},
                                                {0x115F, 0x1160},
                                                {0x180E, 0x180E},
@@ -27,6 +27,7 @@ constexpr auto kUnseen = std::to_array<Range>({{0xAD, 0xAD},
 constexpr auto kBlanks = std::to_array<Range>({{0x09, 0x0D},
                                                {0x20, 0x20},
                                                {0xA0, 0xA0},
+                                               {0x34F, 0x34F},
                                                {0x1680, 0x1680},
                                                {0x2000, 0x200A},
                                                {0x200C, 0x200D},

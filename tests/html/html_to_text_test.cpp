@@ -122,20 +122,29 @@ constexpr Page kPages[] = {
      "Text.\n"},
     {"unclosed hidden", "<div><span style=display:none>x</div>shown<p style=display:none>y<p>z", "shown\n\nz\n"},
     {"hidden in other ways",
-     "<p style='opacity:0'>a</p><p style='COLOR:red;max-height: 0px !important'>b</p><p style='visibility:hidden'>c</p>"
-     "<p style='opacity:0.9;font-size:0.9em;max-height:0.5em;x-display:none'>shown</p><noscript>d</noscript>",
+     "<p style='opacity:0'>a</p><p style='COLOR:red;max-height: 0px !important;overflow:hidden'>b</p><p "
+     "style='visibility:hidden'>c</p>"
+     "<p style='opacity:0.9;font-size:0.9em;max-height:0;x-display:none'>shown</p><noscript>d</noscript>",
      "shown\n"},
     {"hidden by the declaration that counts",
      "<p style='display:none;display:block'>a<p style='/*display:none;*/color:red'>b<p style='display:none "
-     "!important;display:block'>x<p style='display'>c",
-     "a\n\nb\n\nc\n"},
+     "!important;display:block'>x<p style='display'>c"
+     "<p style='display:none;display:;display:x'>x<p style='background:url(//a/*/b);display:none;content:\"/*;\"'>x"
+     "<p style='display:none !ie'>d<p hidden style='display:block'>e",
+     "a\n\nb\n\nc\n\nd\n\ne\n"},
+    {"hidden without an end of their own",
+     "<ul><li>a<li hidden>x<ul><li>x<li>x</ul>x<li>b</ul><p><i hidden>x</p><b><i hidden>x</b>c<table><tr hidden><td>x"
+     "<tr><td hidden><table><tr><td>x</table>x<td>d<tr><td>e</table>f<svg><g hidden/></svg>g",
+     "- a\n- b\n\nc\nd\ne\n\nfg\n"},
     {"hidden by their letters",
      "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i "
-     "style='font-size:2em'>x</i>"
-     "</span><td style='font:bold .5px Arial'>x&zwnj;&nbsp;<p style='color:Transparent'>x<br>x <b "
+     "style='font-size:.9em'>x</i>"
+     "</span><p style='font-size:0'><i style='font-size:30em'>x<select><option>c</select></i></p><p "
+     "style='font-size:1px'><b style='font-size:30em'>d</b></p><td style='font:bold .5px Arial'>x&zwnj;&nbsp;<p "
+     "style='color:Transparent'>x<br>x <b "
      "style='color:red'>a</b>"
      "<u style='font-size:9pt'>x</u></p>b",
-     "a\n\nb\n"},
+     "c\n\nd\n\na\n\nb\n"},
     {"of a size that others may give",
      "<table><tr><td style='font-size:0px'><p>a</p><div style='font-size:13px'>b</div><span "
      "style='font-size:14px'>c</span>"
