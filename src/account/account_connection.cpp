@@ -7,6 +7,7 @@
 #include "account/account_choices.h"
 #include "account/password_place.h"
 #include "net/address.h"
+#include "net/idna.h"
 #include "platform/text.h"
 
 namespace quillcast::account {
@@ -22,16 +23,22 @@ Result<std::uint16_t> PortFrom(std::string_view text) {
                "A port is a number from 1 to 65535: quillcast account set Port=587"};
 }
 
-// Whether it may be one, in any script: what cannot be asked for is no fault of name servers.
+// Whether it may be one, in any script: what cannot be asked for is no fault of name servers. No name ends in a number:
+// 10.0.0.256 was to be an address.
 bool IsHost(std::string_view text) {
   if (net::ParseIpAddress(text.substr(0, text.find('%')))) return true;  // also behind an interface that is away
-  return !text.empty() && text.find_first_of(" \t/@[]<>:,?#%") == std::string_view::npos;
+  const auto last_dot = net::WithoutRootDot(text).rfind('.');
+  const bool ends_in_number =
+      last_dot != std::string_view::npos && platform::ParseWholeNumber(net::WithoutRootDot(text).substr(last_dot + 1));
+  return !ends_in_number && net::IsHostName(text);
 }
 
 Error NoServer(std::string_view entry) {
   return Error{
-      Failure::kNotConfigured, Say("\"{}\" is no name of a mail server.", platform::Printable(std::string(entry), 80)),
-      "Write mail.example.org, mail.example.org:587 or [2001:db8::1]:25, several of them parted by a semicolon."};
+      Failure::kNotConfigured,
+      Say("Server: \"{}\" is no name of a mail server.", platform::Printable(std::string(entry), 80)),
+      "Type it anew, as mail.example.org, mail.example.org:587 or [2001:db8::1]:25, several of them parted by a "
+      "semicolon."};
 }
 
 Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
@@ -51,7 +58,7 @@ Result<smtp::Server> ServerFrom(std::string_view entry, std::uint16_t port) {
   const auto own_port = PortFrom(port_text);
   if (!own_port) {
     return Error{own_port.error().failure,
-                 Say("\"{}\" names no port of a mail server.", platform::Printable(entry, 80)),
+                 Say("Server: \"{}\" names no port of a mail server.", platform::Printable(entry, 80)),
                  "A port is a number from 1 to 65535, as in mail.example.org:587."};
   }
   server.port = *own_port;

@@ -14,6 +14,14 @@ namespace quillcast::net {
 // 1035 2.3.4) among them.
 Result<std::string> AsciiHost(std::string_view host);
 
+// Labels of 1 to 63 letters, digits, "_" and, but at an end, "-", parted by dots: at most 253 octets (RFC 1035 2.3.4).
+// Without the root's dot. The "_" is none by the book, and in use.
+bool IsDottedName(std::string_view ascii);
+
+// Whether a host's name, in any script, is one that can be asked for: what AsciiHost makes of it is such a name, with
+// or without the root's dot, and nothing in it goes unseen.
+bool IsHostName(std::string_view host);
+
 // "mx.example." is "mx.example", said with the root of all names.
 constexpr std::string_view WithoutRootDot(std::string_view host) {
   return host.ends_with('.') ? host.substr(0, host.size() - 1) : host;

@@ -6,6 +6,7 @@
 #include "account/account_checks.h"
 #include "account/account_connection.h"
 #include "account/account_message.h"
+#include "platform/text.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::account {
@@ -73,7 +74,6 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
             "",
             ControlOf(kPasswordCommand)},
            {{{kServer, " ; "}}, "Please enter your mail server.", ControlOf(kServer)},
-           {{{kServer, "a.example;b.example:x"}}, "", ControlOf(kServer)},
            {{{kServer, "a.example:0"}, {kWrap, "31"}}, "Please enter a valid wrap characters.", ControlOf(kWrap)},
            {{{kTimeout, ""}}, "Please enter your timeout.", ControlOf(kTimeout)},
            {{{kTimeout, "11"}}, "Please enter a valid timeout.", ControlOf(kTimeout)},
@@ -123,11 +123,38 @@ TEST(Account, GivesTheConnection) {
   }
   account.Set(kAuthMode, "NTLM");
   EXPECT_EQ(account::ConnectionOptionsOf(account)->auth_mode, smtp::AuthMode::kNtlm);
+}
 
-  for (const char* bad : {"a.example:0", "a.example:65536", "a.example:x"}) {
-    account.Set(kServer, bad);
-    EXPECT_FALSE(account::ConnectionOptionsOf(account)) << bad;
-  }
+TEST(Account, TakesForAServerWhatCanBeAskedFor) {
+  AccountSettings account = Good();
+  const std::string label(63, 'a');
+  const std::string long_name = label + "." + label + "." + label + "." + label.substr(2);  // 253 octets
+  const auto takes = [&](const std::string& server) {
+    account.Set(kServer, server);
+    EXPECT_FALSE(CheckAccount(account, "")) << server;
+  };
+  const auto refuses = [&](const std::string& server) {
+    account.Set(kServer, "a.example;" + server);
+    const auto complaint = CheckAccount(account, "");
+    ASSERT_TRUE(complaint) << server;
+    EXPECT_EQ(complaint->control, ControlOf(kServer));
+    EXPECT_TRUE(complaint->reason.InEnglish().starts_with("Server: \"")) << complaint->reason.InEnglish();
+    EXPECT_FALSE(account::ConnectionOptionsOf(account)) << server;  // one that was stored before
+  };
+  takes(long_name);
+  constexpr std::string_view kGood =
+      "localhost mail_1.a.example. 12 1.a.example m\u00FCller.example:465 xn--mller-kva.example [mx.example]:25 "
+      "fe80::1%nowhere7 \u0646\u0627\u0645\u0647\u200C\u0627\u06CC.example";
+  for (const auto good : platform::Split(kGood, ' ')) takes(std::string(good));
+  refuses("a" + long_name);
+  refuses(label + "a.example");
+  refuses("a b");
+  constexpr std::string_view kBad =
+      "mx.example\\ mx\r.example mx\u200B.example m\u00FC\u00ADx.example -h --help mx-.example a..example a.example.. "
+      ". "
+      "10.0.0.256 10.1. https://mx.example mx.example::587 mx.example,a.example <mx.example> ada@mx.example "
+      "mx.example?x mx.example#1 % mx.example/25 :2525 []:25 m\xFC.example a.example:0 a.example:65536 a.example:x";
+  for (const auto bad : platform::Split(kBad, ' ')) refuses(std::string(bad));
 }
 
 TEST(Account, GivesTheMessage) {

@@ -161,9 +161,9 @@ class ExtraForm5Test : public QObject {
     complains("localhost", "smtp", "PortTextBox", "warn: Please enter your port.", "");  // digits alone pass
     complains("localhost", "70000", "PortTextBox", "", "\"70000\" is no port of a mail server.");
     complains("mail.example.org:smtp", "587", "ServerTextBox", "",
-              "\"mail.example.org:smtp\" names no port of a mail server.");
+              "Server: \"mail.example.org:smtp\" names no port of a mail server.");
     complains("https://mail.example.org", "587", "ServerTextBox", "",
-              "\"https://mail.example.org\" is no name of a mail server.");
+              "Server: \"https://mail.example.org\" is no name of a mail server.");
     QCOMPARE(scene.Report(), "");
   }
 

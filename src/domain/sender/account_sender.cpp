@@ -11,23 +11,12 @@
 namespace quillcast::domain {
 namespace {
 
-constexpr std::size_t kLongestName = 253;  // RFC 1035 2.3.4, without the root
-constexpr std::size_t kLongestLabel = 63;
-
-bool IsLabel(std::string_view label) {
-  return !label.empty() && label.size() <= kLongestLabel && !label.starts_with('-') && !label.ends_with('-') &&
-         std::all_of(label.begin(), label.end(),
-                     [](char c) { return platform::AsciiIsAlnum(c) || c == '-' || c == '_'; });
-}
-
 // In A-labels and small letters; nothing for what cannot stand behind the "@", or is an address of the network.
 std::optional<std::string> DomainIn(std::string_view text) {
   const Result<std::string> ascii = net::AsciiHost(text);
   if (!ascii) return std::nullopt;
   std::string name = platform::AsciiLower(net::WithoutRootDot(*ascii));
-  const auto labels = platform::Split(std::string_view(name), '.');
-  const bool is_domain = name.size() <= kLongestName && labels.size() > 1 && !net::ParseIpAddress(name) &&
-                         std::all_of(labels.begin(), labels.end(), IsLabel);
+  const bool is_domain = net::IsDottedName(name) && name.find('.') != std::string::npos && !net::ParseIpAddress(name);
   return is_domain ? std::optional(std::move(name)) : std::nullopt;
 }
 
@@ -60,8 +49,7 @@ Result<std::string> SelectorIn(std::string_view typed) {
       platform::EqualsIgnoringAsciiCase(platform::Trim(text.substr(0, equals)), "s"))
     text = platform::Trim(text.substr(equals + 1));
   text = net::WithoutRootDot(text.substr(0, platform::AsciiLower(text).find("._domainkey")));
-  const auto labels = platform::Split(text, '.');
-  if (std::all_of(labels.begin(), labels.end(), IsLabel)) return std::string(text);
+  if (net::IsDottedName(text)) return std::string(text);
   return Error{Failure::kUsage, Say("\"{}\" is no selector.", platform::Printable(typed, 100)),
                "Write what stands behind \"s=\" in the DKIM-Signature of a message that you sent."};
 }
