@@ -23,6 +23,19 @@ Sentence NoAddress(std::string_view email) {
 // Where a keyring or a command gives it, it is not looked for before it is needed.
 bool NeedsPassword(const AccountSettings& a) { return a.IsOn(kAuth) && PlaceOfPassword(a) == PasswordPlace::kSettings; }
 
+// Everybody who gets a letter reads them, and a mark that turns round what stands behind it would lie there about the
+// address. The joiners and the marks of one place, which scripts need, do no such thing.
+std::optional<Complaint<AccountControl>> HidesSomething(const AccountSettings& account) {
+  for (const AccountKey key : {kName, kEmail}) {
+    if (platform::Printable(account[key], account[key].size()) == account[key]) continue;
+    return Complaint<AccountControl>{"", ControlOf(key),
+                                     Say("{}: \"{}\" holds a sign that is not seen, such as one that turns round what "
+                                         "stands behind it. Type it anew.",
+                                         RowOf(key).name, platform::Printable(account[key], 80))};
+  }
+  return {};
+}
+
 struct AccountCheck {
   bool (*passes)(const AccountSettings&);
   const char* message;
@@ -66,6 +79,7 @@ std::optional<Complaint<AccountControl>> CheckAccount(const AccountSettings& acc
     if (complaint.message.empty()) complaint.reason = NoAddress(account[kEmail]);
     return complaint;
   }
+  if (auto hides = HidesSomething(account)) return hides;
   const auto servers = ServersOf(account);  // one of several may have a port of its own
   if (!servers)
     return Complaint<AccountControl>{"", ControlOf(kServer),

@@ -74,6 +74,10 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
             "",
             ControlOf(kPasswordCommand)},
            {{{kServer, " ; "}}, "Please enter your mail server.", ControlOf(kServer)},
+           {{{kName, "Ada\u202E"}, {kServer, "-h"}}, "", ControlOf(kName)},
+           {{{kName, "\u2067Ada"}}, "", ControlOf(kName)},
+           {{{kName, "Ada\r\nBcc: eve@a.example"}}, "", ControlOf(kName)},
+           {{{kEmail, "Ada\u202C <ada@example.org>"}}, "", ControlOf(kEmail)},
            {{{kServer, "a.example:0"}, {kWrap, "31"}}, "Please enter a valid wrap characters.", ControlOf(kWrap)},
            {{{kTimeout, ""}}, "Please enter your timeout.", ControlOf(kTimeout)},
            {{{kTimeout, "11"}}, "Please enter a valid timeout.", ControlOf(kTimeout)},
@@ -98,6 +102,9 @@ TEST(Account, TheFirstCheckThatFailsIsTold) {
     account.Set(key, value);
     EXPECT_FALSE(CheckAccount(account, "")) << value;
   }
+  AccountSettings persian = Good();
+  persian.Set(kName, "\u0646\u0627\u0645\u0647\u200C\u0627\u06CC\u200D\u200E\u200F");
+  EXPECT_FALSE(CheckAccount(persian, ""));
 }
 
 TEST(Account, GivesTheConnection) {

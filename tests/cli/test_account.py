@@ -64,12 +64,12 @@ class Account(Case):
 
     def test_what_is_stored_is_shown_and_told(self):
         long, odd = "n" * 10_000, "A\tda \"é\" \x1b[31m\u2028\u202e\x9b"
-        self.account(25, f"Name={odd}", f"Username={long}", "Auth=1", "--password-file", self.write("p", "geheim-7\n"))
+        self.account(25, f"BCCField={odd}", f"Username={long}", "Auth=1", "--password-file", self.write("p", "geheim-7\n"))
         out = self.ok("--json", "account", "show") + self.ok("account", "show")
         for obeyed in "\x1b\u2028\u202e\x9b":
             self.assertNotIn(obeyed, out)
         shown = json.loads(self.ok("--json", "account", "show"))
-        self.assertEqual((shown["Name"], shown["Username"], shown["Password"]), (odd, long, "********"))
+        self.assertEqual((shown["BCCField"], shown["Username"], shown["Password"]), (odd, long, "********"))
         out = self.run_program("account", "set", "Auth=0", "Pipeline=1", "BCCField=x")
         self.assertEqual(out[0], 0)
         self.assertIn("Without Auth=1 these are not kept: Username, Password.", out[2])

@@ -165,7 +165,7 @@ class BadInput(Case):
         self.check([
             (["Port=65536"], 64, "valid port"), (["Server="], 64, "enter your mail server"), (["Server=host:0"], 64, "no port", "1 to 65535"),
             (["Server= ; "], 64, "mail server"),
-            (["Server=mx.example\\"], 64, 'Server: "mx.example\\" is no name of a mail server. Type it anew'),
+            (["Server=mx.example\\"], 64, 'Server: "mx.example\\" is no name of a mail server. Type it anew'), (["Name=Ada\u202e"], 64, 'Name: "Ada?" holds'),
             (["Email=ada"], 64, '"ada" is no complete e-mail address', "Set one: Email=you@"), (["Colour=red"], 64, "Colour=red", "KEY=VALUE"),
             (["Port"], 64, "no setting", "KEY=VALUE"), (["=x"], 64, "no setting"), (["Auth=perhaps"], 64, "one of: 0, 1"),
             (["CharSet=Klingon"], 64, "CharSet cannot be", "Unicode (UTF-8)"),
