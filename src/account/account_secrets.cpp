@@ -86,7 +86,7 @@ Error EndedOtherwise(const platform::ProgramRun& run, std::chrono::milliseconds 
     case ProgramEnd::kExited:
       break;
     case ProgramEnd::kNotStarted:
-      return {Failure::kUnavailable, Say("The password command could not be started: {}", std::strerror(run.status)),
+      return {Failure::kUnavailable, Say("The password command could not be started: {}.", std::strerror(run.status)),
               kTryItByHand};
     case ProgramEnd::kTimedOut:
       return {Failure::kTimedOut,

@@ -127,6 +127,13 @@ std::string AsAttribute(const std::string& name) {
   return coded;
 }
 
+// What a library said, at the end of a sentence: some of what it says brings its own full stop.
+std::string AsEnd(const GError& error) {
+  std::string said = Printable(error.message, 200);
+  if (!said.ends_with('.')) said += '.';
+  return said;
+}
+
 Error WhyNot(const GError* error) {
   if (error == nullptr) return {Failure::kUnavailable, "The keyring gave no answer that can be used.", kTheWayOn};
   if (g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED) != 0) return Locked("The keyring was not unlocked.");
@@ -136,7 +143,7 @@ Error WhyNot(const GError* error) {
   }
   const Failed copy(g_error_copy(error));
   g_dbus_error_strip_remote_error(copy.get());
-  return {Failure::kUnavailable, Say("The keyring could not be used: {}", Printable(copy->message, 200)), kTheWayOn};
+  return {Failure::kUnavailable, Say("The keyring could not be used: {}", AsEnd(*copy)), kTheWayOn};
 }
 
 // The library would end the program with its bus.
@@ -146,8 +153,7 @@ Result<void> Question::Open() {
   const Failed unreached(error);
   if (!bus_) {
     return Error{Failure::kUnavailable,
-                 Say("The session bus, over which a keyring is asked, cannot be reached: {}",
-                     Printable(unreached->message, 200)),
+                 Say("The session bus, over which a keyring is asked, cannot be reached: {}", AsEnd(*unreached)),
                  kTheWayOn};
   }
   g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);

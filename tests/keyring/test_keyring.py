@@ -179,9 +179,9 @@ class Keyring(Case):
         before = self.ok("account", "show")
         tells = {
             "locked": (77, "The keyring is locked, and nobody is there to unlock it.\n" + WAY_ON, 77),
-            "broken": (69, "The keyring could not be used: The file of?the keyring is damaged\n" + WAY_ON, 0),
+            "broken": (69, "The keyring could not be used: The file of?the keyring is damaged.\n" + WAY_ON, 0),
             "silent": (69, "The keyring gave no answer within 8 seconds, or was not unlocked in that time.\n" + WAY_ON, 0),
-            "full": (0, "The keyring could not be used: No space left on device\n" + WAY_ON, 69),
+            "full": (0, "The keyring could not be used: No space left on device.\n" + WAY_ON, 69),
             "late": (0, "The keyring gave no answer within 8 seconds; it may have the password.\n" + WAY_ON, 69),
             "none": (0, "No keyring is set up yet, and nobody is there to choose its password.\n" + WAY_ON, 77)}
         for behaviour, (_, told, moving) in tells.items():
@@ -227,7 +227,7 @@ class Keyring(Case):
         listener.listen()
         for bus, told in ((self.bus, "No keyring runs in this session.\nStart one, or let the account have its password" + ON),
                           (f"unix:path={self.bus_folder}/nowhere", "The session bus, over which a keyring is asked, cannot "
-                           "be reached: Could not connect: No such file or directory\n" + WAY_ON),
+                           "be reached: Could not connect: No such file or directory.\n" + WAY_ON),
                           ("", "There is no session bus here, over which a keyring is asked.\nStart this in the session of "
                            "a desktop, or let the account have its password" + ON),
                           (f"unix:path={self.bus_folder}/silent", "The keyring gave no answer within 8 seconds, or was not "
