@@ -168,6 +168,30 @@ class SupportFormTest : public QObject {
     }
   }
 
+  // The server changes behind the look at it, before the request goes.
+  void tellsOfAServerThatChangedOnTheWay() {
+    struct Changing final : QObject {
+      explicit Changing(Scene& changed) : scene(changed) {}
+      bool eventFilter(QObject* status, QEvent* event) override {
+        if (event->type() == QEvent::PaletteChange && scene.Status().startsWith("Sending"))
+          scene.rig.FillInAccount("2");
+        return QObject::eventFilter(status, event);
+      }
+      Scene& scene;
+    };
+    Scene scene;
+    scene.rig.FillInAccount("1");
+    scene.Open(SupportForm::Server::kPractice);  // its line has a colour, and loses it when it is sent
+    Changing changing(scene);
+    scene.Find("StatusLine").installEventFilter(&changing);
+    scene.Describe("Help");
+    scene.SendToTheEnd();
+    QCOMPARE(scene.rig.Shown(), "");
+    QCOMPARE(scene.Status(),
+             "Nothing was sent: the account names another server by now, 127.0.0.1, port 2. Look "
+             "whether that is right, and send once more.");
+  }
+
   void offersTheOnlineFormAfterAFailure() {
     Scene scene;
     scene.rig.FillInAccount("1");

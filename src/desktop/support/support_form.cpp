@@ -261,6 +261,7 @@ void SupportForm::ShowEnd(const support::SupportRequest& request, const Result<s
   if (sent) sent_ = request;
   EnableControls();
   if (!sent) send_->setFocus();
+  if (!end && !GoesWhereItWasTold()) return;  // it was held back on its way
   status_->Say(InWords(support::WhatBecameOf(end)), sent ? NoteKind::kInformation : NoteKind::kFailure);
   if (sent) SayItIsPractice();
   const auto told = support::TellEnd(end, program_.prompts, program_.desktop);
