@@ -543,6 +543,12 @@ class SendFormTest : public QObject {
     QCOMPARE(real.findChild<QLabel*>("RouteLabel")->text(),
              QString("From Ada <ada@example.org> over mail.example.org, port 587, or mx.example.org, port 26"));
     QVERIFY(real.findChild<QLabel*>("PaceLabel")->text().isEmpty());
+    QApplication::setLayoutDirection(Qt::RightToLeft);  // the brackets stay at the address
+    const SendMailForm1 turned(scene.rig.program, {}, {}, SendMailForm1::Server::kReal, nullptr);
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+    const QString route = turned.findChild<QLabel*>("RouteLabel")->text();
+    QVERIFY2(route.startsWith("From \u2068Ada <ada@example.org>\u2069 over \u2068mail.example.org,"),
+             qPrintable(route));
     QVERIFY(scene.rig.settings.Write("Account", "Rate", "30/min"));
     QVERIFY(scene.rig.settings.Write("Account", "Connections", "4"));
     SendMailForm1 practice(scene.rig.program, {}, {}, SendMailForm1::Server::kPractice, nullptr);

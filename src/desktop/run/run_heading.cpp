@@ -9,6 +9,7 @@
 #include "desktop/run/run_pace_form.h"
 #include "desktop/widgets/breakable.h"
 #include "desktop/widgets/form_column.h"
+#include "desktop/widgets/isolated.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
 #include "run/pace/pace_words.h"
@@ -30,10 +31,10 @@ RunHeading::RunHeading(const profile::Program& program, const std::string& subje
       pace_button_(new QPushButton(tr("Pa&ce…"), this)) {
   auto* what = new QLabel(this);
   what->setObjectName("HeadingLabel");
-  const QString sentence =
-      tr("“%1” to %2, %3")
-          .arg(ToQt(platform::Printable(subject, 100)), ToQt(platform::Printable(group.group.name, 60)),
-               Counted(group.recipients, tr("1 recipient"), tr("%1 recipients")));
+  const QString sentence = tr("“%1” to %2, %3")
+                               .arg(Isolated(ToQt(platform::Printable(subject, 100))),
+                                    Isolated(ToQt(platform::Printable(group.group.name, 60))),
+                                    Counted(group.recipients, tr("1 recipient"), tr("%1 recipients")));
   what->setText(Breakable(sentence, kLongestWord));
   QFont bold = what->font();
   bold.setBold(true);
@@ -75,11 +76,11 @@ std::optional<Error> RunHeading::TakeChange() {
 void RunHeading::ShowRoute() {
   const account::Route& route = shown_.route();
   const QString named = ToQt(platform::Printable(route.from.value_or(from_), 120));
-  const QString from = named.isEmpty() ? tr("its sender") : named;
-  route_->setText(Breakable(shown_.is_practice()
-                                ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
-                                : tr("From %1 over %2").arg(from, ToQt(platform::Printable(route.servers, 200))),
-                            kLongestWord));
+  const QString from = named.isEmpty() ? tr("its sender") : Isolated(named);
+  route_->setText(Breakable(
+      shown_.is_practice() ? tr("Practice: from %1 to the mailbox on this machine, and nowhere else").arg(from)
+                           : tr("From %1 over %2").arg(from, Isolated(ToQt(platform::Printable(route.servers, 200)))),
+      kLongestWord));
 }
 
 void RunHeading::ShowPace() {
