@@ -1,14 +1,8 @@
 // The dialogs of the account, the threading modes and the history.
 #include <QAccessible>
-#include <QCheckBox>
-#include <QComboBox>
 #include <QElapsedTimer>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QTabWidget>
-#include <QTest>
 #include <QToolButton>
 #include <memory>
 
@@ -17,6 +11,7 @@
 #include "desktop/account/outlook_express_form.h"
 #include "desktop/account/thread_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/widgets/row_list.h"
 #include "platform/file.h"
@@ -24,24 +19,13 @@
 
 namespace quillcast::desktop {
 
+using test::Press;
+using test::Text;
+using test::Type;
+
 class AccountFormsTest : public QObject {
   Q_OBJECT
 
-  static void Type(QDialog& form, const char* name, const QString& text) {
-    auto* box = form.findChild<QLineEdit*>(name);
-    box->selectAll();
-    QTest::keyClick(box, Qt::Key_Delete);
-    QTest::keyClicks(box, text);
-  }
-  static void Press(QDialog& form, const char* name) {
-    QTest::mouseClick(form.findChild<QPushButton*>(name), Qt::LeftButton);
-  }
-  static QString Text(QDialog& form, const char* name) {
-    if (auto* box = form.findChild<QComboBox*>(name)) return box->currentText();
-    if (auto* box = form.findChild<QCheckBox*>(name)) return box->isChecked() ? "1" : "0";
-    if (auto* label = form.findChild<QLabel*>(name)) return label->text();
-    return form.findChild<QLineEdit*>(name)->text();
-  }
   static void FillIn(QDialog& form) {
     Type(form, "FullNameTextBox", "Ada");
     Type(form, "EmailTextBox", "ada@example.org");
@@ -77,57 +61,39 @@ class AccountFormsTest : public QObject {
     }
   }
 
-  void checksWarnTurnThePageAndFocus_data() {
-    QTest::addColumn<QString>("control");
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QString>("warning");
-    QTest::addColumn<QString>("focus");
-    QTest::addColumn<QString>("page");
-    const auto row = [](const char* control, const char* value, const char* warning, const char* focus,
-                        const char* page = "General") {
-      QTest::addRow("%s=%s", control, value) << control << value << warning << focus << page;
-    };
-    row("FullNameTextBox", "", "warn: Please enter your name.", "FullNameTextBox");
-    row("EmailTextBox", "ada", "", "EmailTextBox");
-    row("ServerTextBox", "", "warn: Please enter your mail server.", "ServerTextBox");
-    row("ServerTextBox", " ; ;", "warn: Please enter your mail server.", "ServerTextBox");
-    row("ServerTextBox", "mail.example.org; mx.example.org:99999", "", "ServerTextBox");
-    row("PortTextBox", "", "warn: Please enter your port.", "PortTextBox");
-    row("PortTextBox", "65536", "warn: Please enter a valid port.", "PortTextBox");
-    row("AuthCheckBox", "1", "warn: You must enter the username.", "UsernameTextBox");
-    row("PasswordFromComboBox", "Command", "", "PasswordCommandTextBox");
-    row("TimeoutTextBox", "11", "warn: Please enter a valid timeout.", "TimeoutTextBox");
-    row("RateTextBox", "fast", "", "RateTextBox", "Pace");
-    row("ConnectionsTextBox", "51", "", "ConnectionsTextBox", "Pace");
-    row("RetriesTextBox", "often", "", "RetriesTextBox", "Pace");
-    row("ThirdRadioButton", "1", "warn: You must enter the queue directory.", "ThirdCommandButton", "Method");
-  }
   void checksWarnTurnThePageAndFocus() {
-    QFETCH(QString, control);
-    QFETCH(QString, value);
-    QFETCH(QString, warning);
-    QFETCH(QString, focus);
-    QFETCH(QString, page);
-    test::FormRig rig;
-    EmailManagerForm form(rig.program, nullptr);
-    form.show();
-    FillIn(form);
-    if (auto* button = form.findChild<QAbstractButton*>(control)) {
-      button->setChecked(true);
-    } else if (auto* choice = form.findChild<QComboBox*>(control)) {
-      form.findChild<QCheckBox*>("AuthCheckBox")->setChecked(true);
-      Type(form, "UsernameTextBox", "ada");
-      choice->setCurrentText(value);
-    } else {
-      Type(form, control.toLatin1(), value);
+    struct Case {
+      const char *control, *value, *warning, *focus, *page = "General";
+    };
+    for (const Case& c :
+         {Case{"EmailTextBox", "ada", "", "EmailTextBox"},
+          Case{"ServerTextBox", " ; ;", "warn: Please enter your mail server.", "ServerTextBox"},
+          Case{"ServerTextBox", "-h", "", "ServerTextBox"},
+          Case{"AuthCheckBox", "1", "warn: You must enter the username.", "UsernameTextBox"},
+          Case{"PasswordFromComboBox", "Command", "", "PasswordCommandTextBox"},
+          Case{"RetriesTextBox", "often", "", "RetriesTextBox", "Pace"},
+          Case{"ThirdRadioButton", "1", "warn: You must enter the queue directory.", "ThirdCommandButton", "Method"}}) {
+      test::FormRig rig;
+      EmailManagerForm form(rig.program, nullptr);
+      form.show();
+      FillIn(form);
+      if (auto* button = form.findChild<QAbstractButton*>(c.control)) {
+        button->setChecked(true);
+      } else if (auto* choice = form.findChild<QComboBox*>(c.control)) {
+        form.findChild<QCheckBox*>("AuthCheckBox")->setChecked(true);
+        Type(form, "UsernameTextBox", "ada");
+        choice->setCurrentText(c.value);
+      } else {
+        Type(form, c.control, c.value);
+      }
+      Press(form, "OKButton");
+      QCOMPARE(rig.Shown(), QString(c.warning));
+      QVERIFY(form.isVisible());
+      QCOMPARE(form.focusWidget()->objectName(), QString(c.focus));
+      auto* tabs = form.findChild<QTabWidget*>("AccountTabs");
+      QCOMPARE(tabs->tabText(tabs->currentIndex()), QString(c.page));
+      QCOMPARE(rig.settings.Read("Account", "Name", "never")->c_str(), "never");
     }
-    Press(form, "OKButton");
-    QCOMPARE(rig.Shown(), warning);
-    QVERIFY(form.isVisible());
-    QCOMPARE(form.focusWidget()->objectName(), focus);
-    auto* tabs = form.findChild<QTabWidget*>("AccountTabs");
-    QCOMPARE(tabs->tabText(tabs->currentIndex()), page);
-    QCOMPARE(rig.settings.Read("Account", "Name", "never")->c_str(), "never");
   }
 
   // A key that stands for two fields of a page acts on neither.
@@ -409,7 +375,7 @@ class AccountFormsTest : public QObject {
     Press(form, "ResetButton");
     QTRY_VERIFY(
         Text(form, "StatusLine").startsWith("The keyring may still have the password: The keyring was not unlocked."));
-    QCOMPARE(form.findChild<QLineEdit*>("ServerTextBox")->text(), QString());  // OK would save what is shown
+    QCOMPARE(test::Text(form, "ServerTextBox"), QString());  // OK would save what is shown
     QCOMPARE(form.findChild<QComboBox*>("PasswordFromComboBox")->currentText(), QString("Settings"));
     QVERIFY(form.isVisible() && stored("Name") == "none");
   }
@@ -572,7 +538,7 @@ class AccountFormsTest : public QObject {
     QCOMPARE(rig.settings.Read("POP3-Thread", "Mode", "")->c_str(), "Second");
     QCOMPARE(rig.settings.Read("IMAP4-Thread", "Mode", "")->c_str(), "Single");
     ThreadForm again(rig.settings, nullptr);
-    QVERIFY(again.findChild<QLabel*>("NoteLabel")->text().contains("no effect yet"));
+    QVERIFY(test::Text(again, "NoteLabel").contains("no effect yet"));
     QVERIFY(again.findChild<QRadioButton*>("SMTPNoRadioButton")->isChecked());
   }
 

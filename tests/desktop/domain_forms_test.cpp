@@ -1,20 +1,14 @@
 // The domain tools' windows against servers on loopback.
-#include <QAbstractItemView>
 #include <QClipboard>
-#include <QComboBox>
 #include <QElapsedTimer>
 #include <QGuiApplication>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTest>
 
 #include "desktop/domain/conversion_form.h"
 #include "desktop/domain/domain_check_form.h"
 #include "desktop/domain/domain_tools_form.h"
 #include "desktop/domain/mx_lookup_form.h"
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "domain/sender/kept_check.h"
 #include "platform/text.h"
 #include "smtp/scripted_server.h"
@@ -24,7 +18,7 @@ namespace quillcast::desktop {
 namespace {
 
 template <typename Form>
-struct Scene {
+struct Scene : test::Hands<Scene<Form>> {
   test::FormRig rig;
   Form form;
 
@@ -33,25 +27,6 @@ struct Scene {
   void Open() {
     form.show();
     if (!QTest::qWaitForWindowActive(&form)) qFatal("The form did not open.");
-  }
-  template <typename Widget = QWidget>
-  Widget& Find(const char* name) const {
-    return *form.template findChild<Widget*>(name);
-  }
-  void Press(const char* name) const { QTest::mouseClick(&Find<QPushButton>(name), Qt::LeftButton); }
-  void Type(const char* name, const QString& text) const {
-    Find<QLineEdit>(name).clear();
-    QTest::keyClicks(&Find<QLineEdit>(name), text);
-  }
-  QString Text(const char* name) const { return Find<QPlainTextEdit>(name).toPlainText(); }
-  QString Status() const { return Find<QLabel>("StatusLine").text(); }
-  QString Focus() const { return form.focusWidget() != nullptr ? form.focusWidget()->objectName() : "nothing"; }
-  QString Disabled(std::initializer_list<const char*> names) const {
-    QStringList disabled;
-    for (const char* name : names) {
-      if (!Find(name).isEnabled()) disabled << name;
-    }
-    return disabled.join(' ');
   }
 };
 
@@ -187,49 +162,41 @@ class DomainFormsTest : public QObject {
   }
 
   // As long as an answer may be: the window goes on, and the file gets what came.
-  void showsTheLongestAnswersAtOnce_data() {
-    QTest::addColumn<QByteArray>("repeated");
-    QTest::addColumn<int>("most_lines");
-    QTest::newRow("one line") << QByteArray("x") << 1000;
-    QTest::newRow("blank lines") << QByteArray("\n") << 20001;
-    QTest::newRow("tabs") << QByteArray("\t") << 1000;
-    QTest::newRow("marks") << QByteArray("\xCC\x81") << 1000;
-    QTest::newRow("another direction") << QByteArray("\xD7\x90 a1") << 1000;
-  }
   void showsTheLongestAnswersAtOnce() {
-    QFETCH(const QByteArray, repeated);
-    QFETCH(const int, most_lines);
-    std::string answer(
-        "\0\xE2\x80\xAE"
-        "xxx",
-        7);
-    while (answer.size() + static_cast<std::size_t>(repeated.size()) <= domain::kLongestWhoisAnswer) {
-      answer += repeated.toStdString();
+    for (const auto& [repeated, most_lines] : std::initializer_list<std::pair<std::string, int>>{
+             {"x", 1000}, {"\n", 20001}, {"\t", 1000}, {"\xCC\x81", 1000}, {"\xD7\x90 a1", 1000}}) {
+      std::string answer(
+          "\0\xE2\x80\xAE"
+          "xxx",
+          7);
+      while (answer.size() + repeated.size() <= domain::kLongestWhoisAnswer) {
+        answer += repeated;
+      }
+      const smtp::ScriptedServer server([&](smtp::Peer& peer, int) {
+        peer.Line();
+        peer.Say(answer);
+      });
+      ToolsScene scene(nullptr);
+      scene.form.server_for = [&](std::string_view) { return net::HostPort{"127.0.0.1", server.port()}; };
+      scene.Open();
+      scene.Type("DomainTextBox", "example");
+      qint64 longest = 0;
+      QElapsedTimer between;
+      between.start();
+      QTimer turns;
+      connect(&turns, &QTimer::timeout, this, [&] { longest = std::max(longest, between.restart()); });
+      turns.start(10);
+      scene.Press("WhoisButton");
+      QTRY_COMPARE_WITH_TIMEOUT(scene.Disabled(kTools), "", 60000);
+      QTest::qWait(50);
+      QVERIFY2(longest < 1000, qPrintable(QString::number(longest)));
+      QVERIFY(scene.Text("ResultTextBox").startsWith("??xxx"));
+      QVERIFY(scene.Find<QPlainTextEdit>("ResultTextBox").blockCount() <= most_lines);
+      const auto file = scene.rig.folder / "saved.txt";
+      scene.rig.prompts.files = {file};
+      scene.Press("SaveButton");
+      QVERIFY(test::ReadAll(file).find(platform::WithLineEnds(answer.substr(4))) != std::string::npos);
     }
-    const smtp::ScriptedServer server([&](smtp::Peer& peer, int) {
-      peer.Line();
-      peer.Say(answer);
-    });
-    ToolsScene scene(nullptr);
-    scene.form.server_for = [&](std::string_view) { return net::HostPort{"127.0.0.1", server.port()}; };
-    scene.Open();
-    scene.Type("DomainTextBox", "example");
-    qint64 longest = 0;
-    QElapsedTimer between;
-    between.start();
-    QTimer turns;
-    connect(&turns, &QTimer::timeout, this, [&] { longest = std::max(longest, between.restart()); });
-    turns.start(10);
-    scene.Press("WhoisButton");
-    QTRY_COMPARE_WITH_TIMEOUT(scene.Disabled(kTools), "", 60000);
-    QTest::qWait(50);
-    QVERIFY2(longest < 1000, qPrintable(QString::number(longest)));
-    QVERIFY(scene.Text("ResultTextBox").startsWith("??xxx"));
-    QVERIFY(scene.Find<QPlainTextEdit>("ResultTextBox").blockCount() <= most_lines);
-    const auto file = scene.rig.folder / "saved.txt";
-    scene.rig.prompts.files = {file};
-    scene.Press("SaveButton");
-    QVERIFY(test::ReadAll(file).find(platform::WithLineEnds(answer.substr(4))) != std::string::npos);
   }
 
   void keepsTheFirstAnswerUntilTheSecondCame() {
@@ -411,7 +378,7 @@ class DomainFormsTest : public QObject {
     test::FormRig rig;
     rig.FillInAccount();
     const DomainCheckForm form(rig.program, {}, nullptr);
-    QCOMPARE(form.findChild<QLineEdit*>("DomainTextBox")->text(), "example.org");
+    QCOMPARE(test::Text(form, "DomainTextBox"), "example.org");
   }
 };
 

@@ -1,15 +1,10 @@
 // The dialog of the export: what it checks, what it writes, and how it is given up.
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/recipients/recipient_export_form.h"
 #include "platform/file_attributes.h"
@@ -22,7 +17,7 @@ namespace {
 constexpr const char* kDone = "inform: 2 recipients exported successfully.";
 constexpr const char* kCancelQuestion = "ask: Are you sure you want to cancel the export process?";
 
-struct Scene {
+struct Scene : test::Hands<Scene> {
   test::FormRig rig;
   std::unique_ptr<RecipientExportForm> form;
 
@@ -39,11 +34,6 @@ struct Scene {
     Open("Readers");
     Find<QLineEdit>("BrowseTextBox").setText(PathToQt(File()));
   }
-  template <typename Widget>
-  Widget& Find(const char* name) const {
-    return *form->findChild<Widget*>(name);
-  }
-  void Press(const char* name) const { QTest::mouseClick(&Find<QAbstractButton>(name), Qt::LeftButton, {}, {5, 5}); }
   void Key(const char* name, Qt::Key key) const {
     Find<QWidget>(name).setFocus();
     QTest::keyClick(&Find<QWidget>(name), key);
@@ -62,7 +52,6 @@ struct Scene {
   }
   std::filesystem::path File() const { return rig.folder / "list.txt"; }
   QString Written() const { return QString::fromStdString(test::ReadAll(File())); }
-  QString Status() const { return Find<QLabel>("StatusLine").text(); }
   // More than are read before a person has looked up.
   void AddMany(int rows) {
     IgnoreErrors(recipients::OpenStore(rig.folders.Database())
@@ -360,7 +349,7 @@ class ExportFormTest : public QObject {
       QTRY_VERIFY(!form.isVisible());
     });
     manager.findChild<QPushButton*>("ExportButton")->click();
-    const QString said = manager.findChild<QLabel*>("StatusLine")->text();
+    const QString said = test::Text(manager, "StatusLine");
     QVERIFY2(said.contains("none was replaced"), qPrintable(said));
     QCOMPARE(scene.Written(), "old");
   }

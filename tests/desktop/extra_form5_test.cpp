@@ -2,14 +2,10 @@
 #include "desktop/domain/extra_form5.h"
 
 #include <QElapsedTimer>
-#include <QLabel>
-#include <QLineEdit>
 #include <QPrinter>
 #include <QProcess>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollBar>
-#include <QTest>
 #include <QTextEdit>
 #include <QVBoxLayout>
 #include <atomic>
@@ -18,6 +14,7 @@
 #include "desktop/domain/meaning_box.h"
 #include "desktop/domain/report_box.h"
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/widgets/status_line.h"
 #include "smtp/scripted_server.h"
 
@@ -63,7 +60,7 @@ struct ReportScene {
 
 constexpr const char* kQuestion = "ask: Are you sure you want to cancel the process?";
 
-struct TestScene {
+struct TestScene : test::Hands<TestScene> {
   test::FormRig rig;
   ExtraForm5 form{rig.program, nullptr};
 
@@ -71,27 +68,11 @@ struct TestScene {
     form.show();
     if (!QTest::qWaitForWindowActive(&form)) qFatal("The form did not open.");
   }
-  template <typename Widget = QWidget>
-  Widget& Find(const char* name) const {
-    return *form.findChild<Widget*>(name);
-  }
-  void Press(const char* name) const { QTest::mouseClick(&Find<QPushButton>(name), Qt::LeftButton); }
-  void Type(const char* name, const QString& text) const {
-    Find<QLineEdit>(name).clear();
-    QTest::keyClicks(&Find<QLineEdit>(name), text);
-  }
   QString Report() const { return Find<QPlainTextEdit>("Report").toPlainText(); }
   QString Meaning() const { return Find<QTextEdit>("MeaningBox").toPlainText(); }
-  QString Text(const char* label) const { return Find<QLabel>(label).text(); }
-  QString Focus() const { return form.focusWidget() != nullptr ? form.focusWidget()->objectName() : "nothing"; }
-  // Of the given controls, those that cannot be used.
   QString Disabled() const {
-    QStringList names;
-    for (const char* name : {"Report", "Label1", "ServerTextBox", "Label2", "PortTextBox", "ProcessButton",
-                             "SaveButton", "PrintButton", "CancelButton"}) {
-      if (!Find(name).isEnabled()) names << name;
-    }
-    return names.join(' ');
+    return Hands::Disabled({"Report", "Label1", "ServerTextBox", "Label2", "PortTextBox", "ProcessButton", "SaveButton",
+                            "PrintButton", "CancelButton"});
   }
 };
 

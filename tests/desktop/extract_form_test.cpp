@@ -2,17 +2,13 @@
 // left.
 #include <QtGui/qevent.h>
 
-#include <QCheckBox>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMimeData>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/mail_file/extra_form4.h"
 
 namespace quillcast::desktop {
@@ -26,7 +22,7 @@ constexpr const char* kDamaged =
     "To: ada@x.org\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nHello\r\n"
     "--b\r\nContent-Disposition: attachment; filename=a.txt\r\n\r\nattached\r\n";
 
-struct Scene {
+struct Scene : test::Hands<Scene> {
   test::FormRig rig;
   std::unique_ptr<ExtraForm4> form;
 
@@ -35,14 +31,7 @@ struct Scene {
     form->show();
     if (!QTest::qWaitForWindowActive(form.get())) qFatal("The dialog did not come forward.");
   }
-  template <typename Widget>
-  Widget& Find(const QString& name) const {
-    return *form->findChild<Widget*>(name);
-  }
-  void Press(const QString& name) const { QTest::mouseClick(&Find<QAbstractButton>(name), Qt::LeftButton, {}, {5, 5}); }
   void Type(const QString& box, const fs::path& path) const { Find<QLineEdit>(box).setText(PathToQt(path)); }
-  QString Text(const QString& box) const { return Find<QLineEdit>(box).text(); }
-  QString Status() const { return Find<QLabel>("StatusLine").text(); }
   QString Extract() {
     Press("ExtractButton");
     [this] { QTRY_VERIFY(Find<QPushButton>("ExtractButton").isEnabled()); }();

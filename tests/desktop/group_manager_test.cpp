@@ -1,19 +1,15 @@
 // The group manager: what each of its buttons checks, asks, writes and shows.
 #include <QAction>
 #include <QClipboard>
-#include <QComboBox>
 #include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMap>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QSet>
 #include <QTableView>
-#include <QTest>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/recipients/group_manager_form.h"
 #include "desktop/widgets/note.h"
 #include "recipients/edit/move_recipients.h"
@@ -46,7 +42,7 @@ struct Manager {
   }
   void Wait() const { QTRY_VERIFY(Grid().isEnabled()); }
   void Press(const char* button) const {
-    QTest::mouseClick(form->findChild<QPushButton*>(button), Qt::LeftButton);
+    test::Press(*form, button);
     Wait();
   }
   // In the grid, once it has the keyboard again.
@@ -58,8 +54,8 @@ struct Manager {
   }
   QComboBox& Box() const { return *form->findChild<QComboBox*>("GroupComboBox"); }
   QTableView& Grid() const { return *form->findChild<QTableView*>("MSFlexGrid"); }
-  QString Total() const { return form->findChild<QLabel*>("Total")->text(); }
-  QString Status() const { return form->findChild<QLabel*>("StatusLine")->text(); }
+  QString Total() const { return test::Text(*form, "Total"); }
+  QString Status() const { return test::Text(*form, "StatusLine"); }
   // "1:zoe@x.org 2:..."
   QString Rows() const {
     QStringList rows;
@@ -89,7 +85,7 @@ void FillIn(const char* dialog, const std::vector<std::pair<const char*, const c
       form.findChild<QLineEdit*>(box)->selectAll();
       QTest::keyClicks(form.findChild<QLineEdit*>(box), text);
     }
-    QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    test::Press(form, "OKButton");
   });
 }
 
@@ -103,42 +99,34 @@ class GroupManagerTest : public QObject {
   }
 
  private slots:
-  void checksComeInTheGivenOrder_data() {
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("none_chosen");
-    QTest::addColumn<QString>("nobody_there");
+  void checksComeInTheGivenOrder() {
     const QString group = "warn: Please specify a group.";
     const QString nobody = "warn: The selected group does not contain any recipients.";
+    struct Case {
+      const char* button;
+      QString none_chosen, nobody_there;
+    };
+    std::vector<Case> cases = {{"AddButton", group, "RecipientAddForm"},
+                               {"RenameGroupButton", group, "GroupRenameForm"},
+                               {"DeleteGroupButton", group, "ask: Are you sure you want to delete 'Empty'?"},
+                               {"ImportButton", "RecipientImportForm", "RecipientImportForm"},
+                               {"SortButton", group, "SortForm"},
+                               {"MergeButton", group, "MergeForm"},
+                               {"ExportButton", "RecipientExportForm", "RecipientExportForm"}};
     for (const char* button : {"ModifyButton", "DeleteButton", "SearchButton", "MoveButton", "PrintButton",
                                "CapitalizeButton", "DuplicatesButton", "WhereButton"})
-      QTest::newRow(button) << button << group << nobody;
-    QTest::newRow("AddButton") << "AddButton" << group << "RecipientAddForm";
-    QTest::newRow("RenameGroupButton") << "RenameGroupButton" << group << "GroupRenameForm";
-    QTest::newRow("DeleteGroupButton") << "DeleteGroupButton" << group
-                                       << "ask: Are you sure you want to delete 'Empty'?";
-    QTest::newRow("ImportButton") << "ImportButton"
-                                  << "RecipientImportForm"
-                                  << "RecipientImportForm";
-    QTest::newRow("SortButton") << "SortButton" << group << "SortForm";
-    QTest::newRow("MergeButton") << "MergeButton" << group << "MergeForm";
-    QTest::newRow("ExportButton") << "ExportButton"
-                                  << "RecipientExportForm"
-                                  << "RecipientExportForm";
-  }
-  void checksComeInTheGivenOrder() {
-    QFETCH(QString, button);
-    QFETCH(QString, none_chosen);
-    QFETCH(QString, nobody_there);
-    Manager manager;
-    for (const auto& [group, expected] :
-         std::initializer_list<std::pair<const char*, QString>>{{"", none_chosen}, {"Empty", nobody_there}}) {
-      manager.Open(group);
-      QString opened;
-      if (expected.endsWith("Form")) test::WhileOpen(expected, [&](QDialog& form) { opened = form.objectName(); });
-      manager.Press(button.toLatin1());
-      QCOMPARE(opened + manager.rig.Shown(), expected);
+      cases.push_back({button, group, nobody});
+    for (const Case& c : cases) {
+      Manager manager;
+      for (const auto& [chosen, expected] : {std::pair("", c.none_chosen), {"Empty", c.nobody_there}}) {
+        manager.Open(chosen);
+        QString opened;
+        if (expected.endsWith("Form")) test::WhileOpen(expected, [&](QDialog& form) { opened = form.objectName(); });
+        manager.Press(c.button);
+        QCOMPARE(c.button + opened + manager.rig.Shown(), c.button + expected);
+      }
+      QCOMPARE(*manager.rig.Store().ListGroupNames(), (std::vector<std::string>{"Empty", "Readers"}));
     }
-    QCOMPARE(*manager.rig.Store().ListGroupNames(), (std::vector<std::string>{"Empty", "Readers"}));
   }
 
   // The same command has the same key in the window beside, and no key stands for two.
@@ -170,7 +158,7 @@ class GroupManagerTest : public QObject {
     for (const auto& [button, warning] : std::initializer_list<std::pair<const char*, const char*>>{
              {"ImportButton", "warn: There is no group to import the data to."},
              {"ExportButton", "warn: There is no group to export the data from."}}) {
-      QTest::mouseClick(form.findChild<QPushButton*>(button), Qt::LeftButton);
+      test::Press(form, button);
       QCOMPARE(rig.Shown(), QString(warning));
     }
   }
@@ -301,7 +289,7 @@ class GroupManagerTest : public QObject {
     manager.Open("Readers");
     for (const bool agrees : {false, true}) {
       test::WhileOpen("CapitalizeForm", [agrees](QDialog& form) {
-        QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(),
+        QTRY_COMPARE(test::Text(form, "StatusLine"),
                      QString("Are you sure you want to change the name of one recipient in 'Readers'?"));
         const auto* changes = form.findChild<QTableView*>("ChangesList")->model();
         QCOMPARE(changes->rowCount(), 1);
@@ -314,7 +302,7 @@ class GroupManagerTest : public QObject {
     }
     QCOMPARE(manager.Status(), QString("1 recipient was changed."));
     test::WhileOpen("CapitalizeForm", [](QDialog& form) {
-      QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(), QString("All names are written as names are."));
+      QTRY_COMPARE(test::Text(form, "StatusLine"), QString("All names are written as names are."));
       QVERIFY(!form.findChild<QPushButton*>("OKButton")->isEnabled());
     });
     manager.Press("CapitalizeButton");
@@ -330,7 +318,7 @@ class GroupManagerTest : public QObject {
       form.findChild<QComboBox*>("FieldComboBox1")->setCurrentText("Country");
       form.findChild<QComboBox*>("FieldComboBox2")->setCurrentText("Email Address");
       form.findChild<QAbstractButton*>("DescendingCheckBox2")->setChecked(true);
-      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      test::Press(form, "OKButton");
     });
     manager.Press("SortButton");
     QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:Max@x.org 3:ada@x.org"));
@@ -339,7 +327,7 @@ class GroupManagerTest : public QObject {
       QCOMPARE(form.findChild<QComboBox*>("FieldComboBox2")->currentText(), QString("Email Address"));
       QVERIFY(form.findChild<QAbstractButton*>("DescendingCheckBox2")->isChecked());
       for (const char* box : {"FieldComboBox1", "FieldComboBox2"}) form.findChild<QComboBox*>(box)->setCurrentIndex(0);
-      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      test::Press(form, "OKButton");
     });
     manager.Press("SortButton");
     QCOMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org"));
@@ -355,12 +343,11 @@ class GroupManagerTest : public QObject {
       test::WhileOpen("MergeForm", [&](QDialog& form) {
         auto* list = form.findChild<QTableView*>("GroupsList");
         QCOMPARE(list->model()->rowCount(), 2);
-        if (!agrees) QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+        if (!agrees) test::Press(form, "OKButton");
         list->selectAll();
-        QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+        test::Press(form, "OKButton");
         if (!agrees) return;
-        QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(),
-                     QString("1 recipient came in. 1 was there already."));
+        QTRY_COMPARE(test::Text(form, "StatusLine"), QString("1 recipient came in. 1 was there already."));
         QCOMPARE(test::RowsOf(form, "DuplicatesList"), QStringList("ADA@x.org"));
         QVERIFY(!list->isVisible() && form.findChild<QTableView*>("DuplicatesList")->isVisible());
       });
@@ -414,7 +401,7 @@ class GroupManagerTest : public QObject {
     QTRY_COMPARE(manager.Rows(), QString("1:zoe@x.org 2:ada@x.org 3:Max@x.org"));
     manager.Select({2});
     test::WhileOpen("WhereForm", [&](QDialog& form) {
-      QTRY_COMPARE(form.findChild<QLabel*>("StatusLine")->text(), QString("Max@x.org is in 2 groups."));
+      QTRY_COMPARE(test::Text(form, "StatusLine"), QString("Max@x.org is in 2 groups."));
       QCOMPARE(rows(form, "HoldersList", 2), QString("Readers|Max@x.org|Guests|MAX@x.org"));
     });
     manager.Press("WhereButton");
@@ -509,7 +496,7 @@ class GroupManagerTest : public QObject {
     QVERIFY(other->Execute("BEGIN IMMEDIATE"));
     Answer(manager, {platform::Answer::kYes});
     manager.Select({0});
-    QTest::mouseClick(manager.form->findChild<QPushButton*>("DeleteButton"), Qt::LeftButton);
+    test::Press(*manager.form, "DeleteButton");
     QVERIFY(!manager.Grid().isEnabled());
     QTest::keyClick(manager.form.get(), Qt::Key_Escape);  // ends the wait, not the window
     manager.Wait();
@@ -519,8 +506,8 @@ class GroupManagerTest : public QObject {
              LineColour(NoteKind::kInformation, QApplication::palette()));  // it was wanted
     QCOMPARE(manager.Total(), QString("3"));
     Answer(manager, {platform::Answer::kYes});
-    QTest::mouseClick(manager.form->findChild<QPushButton*>("DeleteGroupButton"), Qt::LeftButton);
-    QTest::mouseClick(manager.form->findChild<QPushButton*>("CancelButton"), Qt::LeftButton);
+    test::Press(*manager.form, "DeleteGroupButton");
+    test::Press(*manager.form, "CancelButton");
     manager.Wait();
     QCOMPARE(manager.Box().currentText() + manager.Total(), QString("Readers3"));
     QVERIFY(other->Execute("ROLLBACK"));
@@ -664,7 +651,7 @@ class GroupManagerTest : public QObject {
       test::WhileOpen(dialog, [&](QDialog& form) {
         if (auto* note = form.findChild<QLabel*>("NoteLabel"); QByteArray(dialog) == "SortForm") {
           QVERIFY2(note->text().contains("random()"), qPrintable(note->text()));
-          QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+          test::Press(form, "OKButton");
         }
       });
       manager.Press(QByteArray(dialog).replace("Recipient", "").replace("Form", "Button"));

@@ -1,14 +1,10 @@
 // The dialogs that make and rename groups, and add and change recipients.
 #include <QClipboard>
-#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QInputMethodEvent>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/recipients/group_new_form.h"
 #include "desktop/recipients/group_rename_form.h"
 #include "desktop/recipients/recipient_add_form.h"
@@ -19,19 +15,13 @@
 
 namespace quillcast::desktop {
 
+using test::Type;
+
 class RecipientFormsTest : public QObject {
   Q_OBJECT
 
-  static void Type(QDialog& form, const char* name, const QString& text) {
-    auto* box = form.findChild<QLineEdit*>(name);
-    if (box == nullptr) box = form.findChild<QComboBox*>(name)->lineEdit();
-    box->setFocus();
-    box->selectAll();
-    QTest::keyClick(box, Qt::Key_Delete);
-    QTest::keyClicks(box, text);
-  }
-  static void PressOk(QDialog& form) { QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton); }
-  static QString Status(const QDialog& form) { return form.findChild<QLabel*>("StatusLine")->text(); }
+  static void PressOk(QDialog& form) { test::Press(form, "OKButton"); }
+  static QString Status(const QDialog& form) { return test::Text(form, "StatusLine"); }
   // What stands in the status line is not cut off.
   static bool IsWhole(const QDialog& form) {
     QCoreApplication::processEvents();
@@ -87,41 +77,29 @@ class RecipientFormsTest : public QObject {
     QCOMPARE(*rig.Store().ListGroupNames(), std::vector<std::string>{"ONeill and Co"});
   }
 
-  void namesAreRefusedInTheGivenOrder_data() {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("made");
-    QTest::addColumn<QString>("renamed");
-    const QString begins = "warn: Group name cannot begin with space.";
-    const QString ends = "warn: Group name cannot end with space.";
-    const QString exists = "warn: A Group with the name you specified already exists. Specify a different name.";
-    QTest::newRow("empty") << ""
-                           << "warn: Please enter a name."
-                           << "warn: Please enter a name.";
-    QTest::newRow("blank") << " " << begins << begins;
-    QTest::newRow("blank at the end") << "x " << ends << ends;
-    QTest::newRow("unchanged") << "Readers" << exists << "warn: You didn't modify the group name.";
-    QTest::newRow("other capitals") << "readers" << exists << exists;
-    QTest::newRow("of another") << "GUESTS" << exists << exists;
-  }
-  void namesAreRefusedInTheGivenOrder() {
-    QFETCH(QString, typed);
-    QFETCH(QString, made);
-    QFETCH(QString, renamed);
+  void namesThatAreRefusedKeepTheWindow() {
     test::FormRig rig;
     rig.AddGroup("Readers", {});
     rig.AddGroup("Guests", {});
     GroupNewForm make(rig.program, nullptr);
     GroupRenameForm rename(rig.program, "Readers", nullptr);
     QCOMPARE(rename.name(), QString("Readers"));
-    for (auto& [form, warning] :
-         std::initializer_list<std::pair<QDialog*, QString>>{{&make, made}, {&rename, renamed}}) {
-      form->show();
-      QVERIFY(QTest::qWaitForWindowActive(form));
-      Type(*form, "NameTextBox", typed);
-      PressOk(*form);
-      QCOMPARE(rig.Shown(), warning);
-      QVERIFY(form->isVisible() && IsWhole(*form));
-      QCOMPARE(form->focusWidget()->objectName(), QString("NameTextBox"));
+    struct Case {
+      QDialog* form;
+      const char *typed, *warning;
+    };
+    for (const Case& c :
+         {Case{&make, "x ", "warn: Group name cannot end with space."},
+          Case{&make, "readers", "warn: A Group with the name you specified already exists. Specify a different name."},
+          Case{&rename, "", "warn: Please enter a name."},
+          Case{&rename, "Readers", "warn: You didn't modify the group name."}}) {
+      c.form->show();
+      QVERIFY(QTest::qWaitForWindowActive(c.form));
+      Type(*c.form, "NameTextBox", c.typed);
+      PressOk(*c.form);
+      QCOMPARE(rig.Shown(), QString(c.warning));
+      QVERIFY(c.form->isVisible() && IsWhole(*c.form));
+      QCOMPARE(c.form->focusWidget()->objectName(), QString("NameTextBox"));
     }
     QCOMPARE(*rig.Store().ListGroupNames(), (std::vector<std::string>{"Readers", "Guests"}));
     Type(make, "NameTextBox", "Authors");
@@ -192,7 +170,7 @@ class RecipientFormsTest : public QObject {
     auto store = rig.Store();
     QVERIFY(*store.UpdateRecipientIfNew(group, key, stored));
     RecipientModifyForm1 form(rig.program, "Readers", key, nullptr);
-    QCOMPARE(form.findChild<QLineEdit*>("EmailTextBox")->text(), QString("eve@example.net"));
+    QCOMPARE(test::Text(form, "EmailTextBox"), QString("eve@example.net"));
     Type(form, "EmailTextBox", "bob@example.net");
     PressOk(form);
     QCOMPARE(rig.Shown(), QString("warn: A recipient with the email you specified already exists."));
@@ -206,40 +184,29 @@ class RecipientFormsTest : public QObject {
     QCOMPARE(form.written()->email, std::string("EVE@example.net"));
   }
 
-  void anOrderIsShownAsItIsStored_data() {
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<QString>("country_first");
-    QTest::newRow("none") << ""
-                          << "The order of adding|Nothing more|Nothing more"
-                          << "[G-Country]";
-    QTest::newRow("five") << "G-City,[G-Fax] DESC,[G-Title],G-Email desc , [G-Add1]"
-                          << "City|Fax desc|Title|Email Address desc|Additional Field 1"
-                          << "[G-Country], [G-Fax] DESC, [G-Title], [G-Email] DESC, [G-Add1]";
-    QTest::newRow("no fields") << "[G-ID], [ID] DESC"
-                               << "Number of the Group|Time of Adding desc|Nothing more"
-                               << "[G-Country], [ID] DESC";
-    QTest::newRow("repeats") << "[G-City], G-City DESC"
-                             << "City|Nothing more|Nothing more"
-                             << "[G-Country]";
-    QTest::newRow("not understood") << "random()"
-                                    << "changed: The order of adding|Nothing more|Nothing more"
-                                    << "[G-Country]";
-  }
   void anOrderIsShownAsItIsStored() {
-    QFETCH(QString, stored);
-    QFETCH(QString, shown);
-    QFETCH(QString, country_first);
-    SortForm form(FromQt(stored), nullptr);
-    QStringList keys;
-    for (int key = 1; auto* field = form.findChild<QComboBox*>(QString("FieldComboBox%1").arg(key)); ++key) {
-      const bool descends = form.findChild<QAbstractButton*>(QString("DescendingCheckBox%1").arg(key))->isChecked();
-      keys << field->currentText() + (descends ? " desc" : "");
+    struct Case {
+      const char *stored, *shown, *country_first;
+    };
+    for (const Case& c :
+         {Case{"", "The order of adding|Nothing more|Nothing more", "[G-Country]"},
+          Case{"G-City,[G-Fax] DESC,[G-Title],G-Email desc , [G-Add1]",
+               "City|Fax desc|Title|Email Address desc|Additional Field 1",
+               "[G-Country], [G-Fax] DESC, [G-Title], [G-Email] DESC, [G-Add1]"},
+          Case{"[G-ID], [ID] DESC", "Number of the Group|Time of Adding desc|Nothing more", "[G-Country], [ID] DESC"},
+          Case{"[G-City], G-City DESC", "City|Nothing more|Nothing more", "[G-Country]"},
+          Case{"random()", "changed: The order of adding|Nothing more|Nothing more", "[G-Country]"}}) {
+      SortForm form(c.stored, nullptr);
+      QStringList keys;
+      for (int key = 1; auto* field = form.findChild<QComboBox*>(QString("FieldComboBox%1").arg(key)); ++key) {
+        const bool descends = form.findChild<QAbstractButton*>(QString("DescendingCheckBox%1").arg(key))->isChecked();
+        keys << field->currentText() + (descends ? " desc" : "");
+      }
+      QCOMPARE((form.has_changed() ? "changed: " : "") + keys.join('|'), QString(c.shown));
+      form.findChild<QComboBox*>("FieldComboBox1")->setCurrentText("Country");
+      QVERIFY(form.has_changed());
+      QCOMPARE(ToQt(form.SortText()), QString(c.country_first));
     }
-    QCOMPARE((form.has_changed() ? "changed: " : "") + keys.join('|'), shown);
-    form.findChild<QComboBox*>("FieldComboBox1")->setCurrentText("Country");
-    QVERIFY(form.has_changed());
-    QCOMPARE(ToQt(form.SortText()), country_first);
   }
 
   void whatOthersDeletedOrHoldIsSaidInTheWindow() {

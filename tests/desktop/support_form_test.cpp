@@ -1,19 +1,13 @@
 // The dialog that asks for help, against the built-in mailbox and servers that fail.
 #include "desktop/support/support_form.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
 #include <QScreen>
 #include <QTabWidget>
-#include <QTest>
 #include <atomic>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/file.h"
 #include "smtp/mailbox/running_mailbox.h"
@@ -31,7 +25,7 @@ class DeskAddress final : public platform::Environment {
   std::optional<std::string> Get(const char*) const override { return address; }
 };
 
-struct Scene {
+struct Scene : test::Hands<Scene> {
   test::FormRig rig;
   DeskAddress environment;
   std::atomic<int> arrived = 0;
@@ -50,15 +44,7 @@ struct Scene {
     form->show();
     if (!QTest::qWaitForWindowActive(form.get())) qFatal("The form did not open.");
   }
-  template <typename Widget = QWidget>
-  Widget& Find(const char* name) const {
-    return *form->findChild<Widget*>(name);
-  }
-  void Press(const char* name) const { QTest::mouseClick(&Find<QPushButton>(name), Qt::LeftButton); }
   void Describe(const QString& text) const { Find<QPlainTextEdit>("DescriptionTextBox").setPlainText(text); }
-  QString Text(const char* name) const { return Find<QLineEdit>(name).text(); }
-  QString Status() const { return Find<QLabel>("StatusLine").text(); }
-  QString Focus() const { return form->focusWidget() != nullptr ? form->focusWidget()->objectName() : "nothing"; }
   void SendToTheEnd() const {
     Press("OKButton");
     QTRY_VERIFY(Find("OKButton").isEnabled());
