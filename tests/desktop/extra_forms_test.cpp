@@ -1,23 +1,17 @@
 // The dialogs for message files that take the message of the main window, or make it: what they check, do and say.
 #include <QAction>
-#include <QApplication>
 #include <QBuffer>
-#include <QCheckBox>
-#include <QLabel>
-#include <QLineEdit>
 #include <QPrintPreviewDialog>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QProcess>
-#include <QPushButton>
-#include <QTest>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextTable>
-#include <QTimer>
 #include <memory>
 
 #include "desktop/form_rig.h"
+#include "desktop/hands.h"
 #include "desktop/mail_file/extra_form1.h"
 #include "desktop/mail_file/extra_form2.h"
 #include "desktop/mail_file/foreign_page.h"
@@ -30,7 +24,7 @@ namespace {
 
 using std::filesystem::perms;
 
-struct Scene {
+struct Scene : test::Hands<Scene> {
   test::FormRig rig;
   std::unique_ptr<QDialog> form;
 
@@ -39,22 +33,12 @@ struct Scene {
     form->show();
     QVERIFY(QTest::qWaitForWindowActive(form.get()));
   }
-  template <typename Widget>
-  Widget& Find(const char* name) const {
-    return *form->findChild<Widget*>(name);
-  }
-  void Press(const char* name) const { QTest::mouseClick(&Find<QAbstractButton>(name), Qt::LeftButton, {}, {5, 5}); }
-  void Type(const char* name, const QString& text) const {
-    Find<QLineEdit>(name).clear();
-    QTest::keyClicks(&Find<QLineEdit>(name), text);
-  }
   // Presses it and waits until it can be pressed again.
   QString Run(const char* button) {
     Press(button);
     if (!QTest::qWaitFor([&] { return Find<QWidget>(button).isEnabled(); })) return "still running";
     return rig.Shown();
   }
-  QString Status() const { return Find<QLabel>("StatusLine").text(); }
 
   // Prints into "out.pdf" until another printer is put there.
   ExtraForm1& OpenPrint(const std::string& message) {

@@ -1,13 +1,9 @@
 // The window of the runs that are kept, and the notice that offers to go on with one that was cut off.
 #include "desktop/run/kept_runs_form.h"
 
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
-#include <QTest>
 
+#include "desktop/hands.h"
 #include "desktop/main_window.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/send_mail_form1.h"
@@ -18,16 +14,15 @@
 
 namespace quillcast::desktop {
 
+using test::Press;
+
 class KeptRunsFormTest : public QObject {
   Q_OBJECT
 
-  static void Press(QWidget& window, const char* name) {
-    QTest::mouseClick(window.findChild<QPushButton*>(name), Qt::LeftButton);
-  }
   static bool IsOn(const QWidget& window, const char* name) {
     return window.findChild<QPushButton*>(name)->isEnabled();
   }
-  static QString Status(const QWidget& window) { return window.findChild<QLabel*>("StatusLine")->text(); }
+  static QString Status(const QWidget& window) { return test::Text(window, "StatusLine"); }
 
   // A line of the list of runs, its columns parted by " | ".
   static QString LineOf(const QWidget& window, int row) {
@@ -206,8 +201,8 @@ class KeptRunsFormTest : public QObject {
                         {.rate = "30/min"}},
                        SendMailForm1::Server::kReal, nullptr);
     form.show();
-    QCOMPARE(form.findChild<QLabel*>("HeadingLabel")->text(), QString("“Hello” to Readers, 1 recipient"));
-    const QString route = form.findChild<QLabel*>("RouteLabel")->text();
+    QCOMPARE(test::Text(form, "HeadingLabel"), QString("“Hello” to Readers, 1 recipient"));
+    const QString route = test::Text(form, "RouteLabel");
     QVERIFY2(route.startsWith("From Ada <ada@example.org> over 127.0.0.1"), qPrintable(route));  // as the letter says
     // What is other by now can be read before it goes.
     QTRY_VERIFY(test::RowsOf(form, "NotesList").size() > 2);
@@ -216,16 +211,15 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(changes.join('\n').contains("Since then the group Readers was deleted."), qPrintable(changes.join('\n')));
     QVERIFY2(changes.join('\n').contains("the account's server has changed."), qPrintable(changes.join('\n')));
     QVERIFY(form.findChild<QWidget*>("NotesList")->isVisible());
-    QCOMPARE(form.findChild<QLabel*>("PaceLabel")->text(),
+    QCOMPARE(test::Text(form, "PaceLabel"),
              QString("Pace: 30 a minute (as this run was told before, else the mail account)"));
     test::WhileOpen("RunPaceForm", [](QDialog& pace) {
-      QCOMPARE(pace.findChild<QLineEdit*>("RateTextBox")->text(), QString("30/min"));
+      QCOMPARE(test::Text(pace, "RateTextBox"), QString("30/min"));
       pace.findChild<QLineEdit*>("ConnectionsTextBox")->setText("2");
       pace.findChild<QPushButton*>("UseButton")->click();
     });
     Press(form, "PaceButton");
-    QCOMPARE(form.findChild<QLabel*>("PaceLabel")->text(),
-             QString("Pace: 30 a minute, 2 connections (for this run alone)"));
+    QCOMPARE(test::Text(form, "PaceLabel"), QString("Pace: 30 a minute, 2 connections (for this run alone)"));
     Press(form, "SendButton");
     QTRY_COMPARE(form.stage(), SendMailForm1::Stage::kFinished);
     QVERIFY2(Status(form).contains("0 messages were sent, 1 failed."), qPrintable(Status(form)));
@@ -291,7 +285,7 @@ class KeptRunsFormTest : public QObject {
     auto* button = form.findChild<QPushButton*>("SendButton");
     QTest::mouseClick(button, Qt::LeftButton);
     QTRY_COMPARE(button->text(), QString("Close"));
-    const QString status = form.findChild<QLabel*>("StatusLine")->text();
+    const QString status = test::Text(form, "StatusLine");
     QVERIFY2(status.contains("meanwhile, and 1 recipient is left."), qPrintable(status));
   }
 
