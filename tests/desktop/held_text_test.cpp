@@ -1,17 +1,13 @@
 // The text of the body, whichever view holds it: nothing that was typed is lost, or called saved.
-#include <QApplication>
 #include <QClipboard>
 #include <QColorDialog>
 #include <QComboBox>
-#include <QDialog>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTest>
-#include <QTimer>
 #include <QWebEnginePage>
 #include <csignal>
 #include <set>
@@ -24,6 +20,9 @@ namespace quillcast::desktop {
 
 static const QString kDeep = QString("<div>").repeated(20'000) + "deep";  // more than the editor shows
 static const QString kPage = "<html><head></head><body><p>one two</p></body></html>";
+
+constexpr const char* kWithin = "(t=>getSelection().collapse(t,4))(document.body.firstChild.firstChild)";
+constexpr const char* kInBold = "(b=>getSelection().collapse(b,1))(document.querySelector('b').firstChild)";
 
 class HeldTextTest : public QObject {
   Q_OBJECT
@@ -40,6 +39,16 @@ class HeldTextTest : public QObject {
   static void Type(const Scene& scene, const char* text) {
     for (const char* c = text; *c != 0; ++c)
       QTest::sendKeyEvent(QTest::Click, scene.Editor().InputWidget(), QTest::asciiToKey(*c), *c, Qt::NoModifier);
+  }
+  // A letter whose caret stands in that place, while the keys are in that field.
+  static void BeginAt(Scene& scene, const char* field, const char* place) {
+    scene.Open();
+    scene.window->Dispatch(CommandId::kNew);
+    scene.Editor().SetHtml("<html><head></head><body><p>one two</p><p><b>ac</b></p></body></html>");
+    scene.Editor().BeginTyping();
+    scene.Find<QWidget>(field).setFocus();
+    QTest::qWait(100);  // the page hears who has the keys
+    scene.Editor().Evaluate(place);
   }
   static void ShowSource(const Scene& scene, const QString& html, bool changed) {
     scene.Editor().SetHtml(html);
@@ -73,54 +82,47 @@ class HeldTextTest : public QObject {
 
   // Of the whole table: what works in the page takes the source with it, or leaves it where the page cannot show it;
   // what only reads lets it stand.
-  void noCommandLosesTheSource_data() {
-    QTest::addColumn<QString>("html");
-    QTest::addColumn<bool>("changed");
-    QTest::newRow("unchanged") << kPage << false;
-    QTest::newRow("changed") << kPage << true;
-    QTest::newRow("too deep") << kDeep << true;
-  }
   void noCommandLosesTheSource() {
-    QFETCH(QString, html);
-    QFETCH(bool, changed);
-    Scene scene;
-    scene.Open();
     QTimer closes;
     connect(&closes, &QTimer::timeout, this, [] {
       if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) dialog->reject();
     });
     closes.start(10);
     const std::set<CommandId> elsewhere = {CommandId::kFind, CommandId::kSend, CommandId::kImport, CommandId::kExport};
-    const QString begin = changed ? "typed" : "";
-    for (const Command& command : Commands()) {
-      if (command.id == CommandId::kExit || command.id == CommandId::kSplash) continue;
-      // A document that is too deep takes a second to be looked at: with the one command that wants the page most.
-      if (html == kDeep && command.id != CommandId::kTemplate) continue;
-      ShowSource(scene, html, changed);
-      scene.window->activateWindow();
-      // The connection test asks before it closes, and stays for any other answer.
-      const bool asks_to_close = command.id == CommandId::kExtraForm5;
-      scene.rig.prompts.answers = {asks_to_close ? platform::Answer::kYes : platform::Answer::kCancel};
-      auto& said = scene.Find<QLabel>("StatusPanel1");
-      said.clear();
-      scene.window->Dispatch(command.id);
-      for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (window != scene.window.get() && window->isVisible()) window->close();
+    for (const auto& [html, changed] : {std::pair(kPage, false), {kPage, true}, {kDeep, true}}) {
+      Scene scene;
+      scene.Open();
+      const QString begin = changed ? "typed" : "";
+      for (const Command& command : Commands()) {
+        if (command.id == CommandId::kExit || command.id == CommandId::kSplash) continue;
+        // A document that is too deep takes a second to be looked at: with the one command that wants the page most.
+        if (html == kDeep && command.id != CommandId::kTemplate) continue;
+        ShowSource(scene, html, changed);
+        scene.window->activateWindow();
+        // The connection test asks before it closes, and stays for any other answer.
+        const bool asks_to_close = command.id == CommandId::kExtraForm5;
+        scene.rig.prompts.answers = {asks_to_close ? platform::Answer::kYes : platform::Answer::kCancel};
+        auto& said = scene.Find<QLabel>("StatusPanel1");
+        said.clear();
+        scene.window->Dispatch(command.id);
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+          if (window != scene.window.get() && window->isVisible()) window->close();
+        }
+        const auto text = scene.Editor().Text();
+        const QByteArray name = NameOf(command).toUtf8();
+        QVERIFY2(text, name);
+        const bool is_new = command.id == CommandId::kNew && !changed;
+        const bool edits = command.place.menu == Menu::kEdit || command.place.menu == Menu::kMergeTag;
+        const bool is_shown = Source(scene).isVisible();
+        if (is_shown && !edits) QVERIFY2(*text == begin + html, name);
+        if (!is_shown && !is_new) QVERIFY2(text->contains(begin) && text->contains("two"), name);
+        QVERIFY2(!changed || scene.Editor().IsModified(), name);
+        if (html == kDeep) QVERIFY2(is_shown, name);
+        if (elsewhere.contains(command.id)) continue;
+        QVERIFY2(scene.Focus() == (is_shown ? "SourceTextBox" : "Editor"), name + " " + scene.Focus().toUtf8());
       }
-      const auto text = scene.Editor().Text();
-      const QByteArray name = NameOf(command).toUtf8();
-      QVERIFY2(text, name);
-      const bool is_new = command.id == CommandId::kNew && !changed;
-      const bool edits = command.place.menu == Menu::kEdit || command.place.menu == Menu::kMergeTag;
-      const bool is_shown = Source(scene).isVisible();
-      if (is_shown && !edits) QVERIFY2(*text == begin + html, name);
-      if (!is_shown && !is_new) QVERIFY2(text->contains(begin) && text->contains("two"), name);
-      QVERIFY2(!changed || scene.Editor().IsModified(), name);
-      if (html == kDeep) QVERIFY2(is_shown, name);
-      if (elsewhere.contains(command.id)) continue;
-      QVERIFY2(scene.Focus() == (is_shown ? "SourceTextBox" : "Editor"), name + " " + scene.Focus().toUtf8());
+      scene.window->skip_save_prompt = true;
     }
-    scene.window->skip_save_prompt = true;
   }
 
   void theSourceIsKeptAsADraft() {
@@ -255,7 +257,7 @@ class HeldTextTest : public QObject {
     Scene scene;
     scene.Open();
     scene.Editor().SetHtml(kPage);
-    scene.Editor().Evaluate("(t=>getSelection().collapse(t,4))(document.body.firstChild.firstChild)");
+    scene.Editor().Evaluate(kWithin);
     QTest::qWait(200);  // the place is told
     QSignalSpy restored(&scene.Editor(), &HtmlEditor::Restored);
     test::WhileOpen("LineForm", [&](QDialog& form) {
@@ -275,129 +277,67 @@ class HeldTextTest : public QObject {
   }
 
   // What was switched on for the text to come holds for the first letter, too, wherever the keys were.
-  void theFirstLetterIsAsItWasSwitchedOn_data() {
-    QTest::addColumn<QString>("place");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("typed");
-    const char* const within = "(t=>getSelection().collapse(t,4))(document.body.firstChild.firstChild)";
-    const char* const bold = "(b=>getSelection().collapse(b,1))(document.querySelector('b').firstChild)";
-    QTest::newRow("at the begin") << ""
-                                  << "Editor"
-                                  << "Bold"
-                                  << "<p><b>yz</b>one";
-    QTest::newRow("within") << within << "Editor"
-                            << "Bold"
-                            << "one <b>yz</b>two";
-    QTest::newRow("from the subject") << ""
-                                      << "SubjectTextBox"
-                                      << "Bold"
-                                      << "<p><b>yz</b>one";
-    QTest::newRow("by its keys") << within << "SubjectTextBox"
-                                 << "Ctrl+I"
-                                 << "one <i>yz</i>two";
-    QTest::newRow("off") << bold << "SubjectTextBox"
-                         << "Bold"
-                         << "<b>a</b>yz<b>c</b>";
-    QTest::newRow("the size") << ""
-                              << "SubjectTextBox"
-                              << "Size"
-                              << "<p><font size=\"6\">yz</font>one";
-    QTest::newRow("behind a dialog") << within << "Editor"
-                                     << "Colour"
-                                     << "one <font color=\"#ff0000\">yz</font>two";
-    QTest::newRow("both") << ""
-                          << "SubjectTextBox"
-                          << "Colour"
-                          << "<p><font color=\"#ff0000\">yz</font>one";
-    QTest::newRow("the paragraph") << ""
-                                   << "SubjectTextBox"
-                                   << "Centre"
-                                   << "text-align: center;\">yzone";
-  }
   void theFirstLetterIsAsItWasSwitchedOn() {
-    QFETCH(QString, place);
-    QFETCH(QString, field);
-    QFETCH(QString, command);
-    QFETCH(QString, typed);
-    Scene scene;
-    scene.Open();
-    scene.window->Dispatch(CommandId::kNew);
-    scene.Editor().SetHtml("<html><head></head><body><p>one two</p><p><b>ac</b></p></body></html>");
-    scene.Editor().BeginTyping();
-    scene.Find<QWidget>(qPrintable(field)).setFocus();
-    QTest::qWait(100);  // the page hears who has the keys
-    scene.Editor().Evaluate(place);
-    if (command == "Ctrl+I") {
-      QTest::keyClick(QApplication::focusWidget(), Qt::Key_I, Qt::ControlModifier);
-    } else if (command == "Size") {
-      emit scene.Find<QComboBox>("FontSizeComboBox").activated(5);
-    } else if (command == "Colour") {
-      QTimer::singleShot(300, [] {
-        auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
-        dialog->setCurrentColor("#ff0000");
-        dialog->accept();
-      });
-      scene.window->Dispatch(CommandId::kTextColour);
-    } else {
-      scene.window->Dispatch(command == "Bold" ? CommandId::kBold : CommandId::kCentre);
+    struct Case {
+      const char *place, *field, *command, *typed;
+    };
+    for (const Case& c :
+         {Case{"", "Editor", "Bold", "<p><b>yz</b>one"}, Case{kWithin, "Editor", "Bold", "one <b>yz</b>two"},
+          Case{"", "SubjectTextBox", "Bold", "<p><b>yz</b>one"},
+          Case{kWithin, "SubjectTextBox", "Ctrl+I", "one <i>yz</i>two"},
+          Case{kInBold, "SubjectTextBox", "Bold", "<b>a</b>yz<b>c</b>"},
+          Case{"", "SubjectTextBox", "Size", "<p><font size=\"6\">yz</font>one"},
+          Case{kWithin, "Editor", "Colour", "one <font color=\"#ff0000\">yz</font>two"},
+          Case{"", "SubjectTextBox", "Colour", "<p><font color=\"#ff0000\">yz</font>one"},
+          Case{"", "SubjectTextBox", "Centre", "text-align: center;\">yzone"}}) {
+      Scene scene;
+      const QString command = c.command;
+      BeginAt(scene, c.field, c.place);
+      if (command == "Ctrl+I") {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_I, Qt::ControlModifier);
+      } else if (command == "Size") {
+        emit scene.Find<QComboBox>("FontSizeComboBox").activated(5);
+      } else if (command == "Colour") {
+        QTimer::singleShot(300, [] {
+          auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
+          dialog->setCurrentColor("#ff0000");
+          dialog->accept();
+        });
+        scene.window->Dispatch(CommandId::kTextColour);
+      } else {
+        scene.window->Dispatch(command == "Bold" ? CommandId::kBold : CommandId::kCentre);
+      }
+      scene.window->activateWindow();
+      QTRY_VERIFY(scene.Editor().isAncestorOf(QApplication::focusWidget()));
+      QTest::qWait(100);
+      Type(scene, "yz");
+      QTRY_VERIFY2(scene.Editor().Text()->contains(c.typed), qPrintable(*scene.Editor().Text()));
+      scene.window->skip_save_prompt = true;
     }
-    scene.window->activateWindow();
-    QTRY_VERIFY(scene.Editor().isAncestorOf(QApplication::focusWidget()));
-    QTest::qWait(100);
-    Type(scene, "yz");
-    QTRY_VERIFY2(scene.Editor().Text()->contains(typed), qPrintable(*scene.Editor().Text()));
-    scene.window->skip_save_prompt = true;
   }
 
-  void aTagIsAsTheLettersToCome_data() {
-    QTest::addColumn<QString>("place");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("text");
-    const char* const bold = "(b=>getSelection().collapse(b,1))(document.querySelector('b').firstChild)";
-    const char* const selected = "getSelection().selectAllChildren(document.querySelector('b'))";
-    QTest::newRow("first") << ""
-                           << "Editor"
-                           << ""
-                           << "<p><b>$*MergeEmail*$</b>one";
-    QTest::newRow("from the subject") << ""
-                                      << "SubjectTextBox"
-                                      << ""
-                                      << "<p><b>$*MergeEmail*$</b>one";
-    QTest::newRow("behind a letter") << ""
-                                     << "Editor"
-                                     << "x"
-                                     << "<p>x<b>$*MergeEmail*$</b>one";
-    QTest::newRow("off") << bold << "Editor"
-                         << ""
-                         << "<b>a</b>$*MergeEmail*$<b>c</b>";
-    QTest::newRow("in place of others") << selected << "Editor"
-                                        << ""
-                                        << "<p>$*MergeEmail*$</p>";
-  }
   void aTagIsAsTheLettersToCome() {
-    QFETCH(QString, place);
-    QFETCH(QString, field);
-    QFETCH(QString, before);
-    QFETCH(QString, text);
-    Scene scene;
-    scene.Open();
-    scene.window->Dispatch(CommandId::kNew);
-    scene.Editor().SetHtml("<html><head></head><body><p>one two</p><p><b>ac</b></p></body></html>");
-    scene.Editor().BeginTyping();
-    scene.Find<QWidget>(qPrintable(field)).setFocus();
-    QTest::qWait(100);  // the page hears who has the keys
-    scene.Editor().Evaluate(place);
-    Type(scene, qPrintable(before));
-    QTRY_VERIFY(scene.Editor().Text()->contains(before + "one"));
-    scene.window->Dispatch(CommandId::kBold);
-    const QString switched = *scene.Editor().Text();  // what is selected is changed at once
-    scene.window->Dispatch(CommandId::kMergeEmail);
-    QVERIFY2(scene.Editor().Text()->contains(text), qPrintable(*scene.Editor().Text()));
-    scene.window->Dispatch(CommandId::kUndo);
-    QTRY_COMPARE(*scene.Editor().Text(), switched);
-    scene.window->skip_save_prompt = true;
+    const char* const selected = "getSelection().selectAllChildren(document.querySelector('b'))";
+    struct Case {
+      const char *place, *field, *before, *text;
+    };
+    for (const Case& c : {Case{"", "Editor", "", "<p><b>$*MergeEmail*$</b>one"},
+                          Case{"", "SubjectTextBox", "", "<p><b>$*MergeEmail*$</b>one"},
+                          Case{"", "Editor", "x", "<p>x<b>$*MergeEmail*$</b>one"},
+                          Case{kInBold, "Editor", "", "<b>a</b>$*MergeEmail*$<b>c</b>"},
+                          Case{selected, "Editor", "", "<p>$*MergeEmail*$</p>"}}) {
+      Scene scene;
+      BeginAt(scene, c.field, c.place);
+      Type(scene, c.before);
+      QTRY_VERIFY(scene.Editor().Text()->contains(QString(c.before) + "one"));
+      scene.window->Dispatch(CommandId::kBold);
+      const QString switched = *scene.Editor().Text();  // what is selected is changed at once
+      scene.window->Dispatch(CommandId::kMergeEmail);
+      QVERIFY2(scene.Editor().Text()->contains(c.text), qPrintable(*scene.Editor().Text()));
+      scene.window->Dispatch(CommandId::kUndo);
+      QTRY_COMPARE(*scene.Editor().Text(), switched);
+      scene.window->skip_save_prompt = true;
+    }
   }
 
   void theFindBarGivesTheKeysBack() {
