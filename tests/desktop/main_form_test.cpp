@@ -2,32 +2,23 @@
 #include "desktop/shell/main_form.h"
 
 #include <QAction>
-#include <QCheckBox>
 #include <QClipboard>
-#include <QComboBox>
-#include <QDialog>
 #include <QDialogButtonBox>
 #include <QDropEvent>
 #include <QElapsedTimer>
 #include <QFontDialog>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QPlainTextEdit>
 #include <QPointer>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QScrollArea>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
-#include <QTest>
 #include <QTextBrowser>
 #include <QThread>
-#include <QTimer>
 #include <QWebEnginePage>
 #include <QWindow>
 #include <csignal>
@@ -36,6 +27,7 @@
 #include <tuple>
 
 #include "desktop/document/html_editor.h"
+#include "desktop/hands.h"
 #include "desktop/layout_requests.h"
 #include "desktop/main_window.h"
 #include "desktop/run/pictures_panel.h"
@@ -77,7 +69,7 @@ class MainFormTest : public QObject {
     scene.Open();
     QCOMPARE(scene.window->windowTitle(), QString("Tarnwick Quillcast Classic Edition"));
     QCOMPARE(scene.Box("FromComboBox"), QString());
-    QCOMPARE(scene.window->findChild<QComboBox*>("SendingMethodComboBox")->placeholderText(), QString("Personal"));
+    QCOMPARE(scene.Find<QComboBox>("SendingMethodComboBox").placeholderText(), QString("Personal"));
     QCOMPARE(scene.Box("PriorityComboBox") + scene.Box("FormatComboBox"), QString("NormalHTML"));
     QStringList panels;
     for (int i = 1; i <= 4; ++i) {
@@ -170,58 +162,32 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), QString());
   }
 
-  void sendingChecksShowAndFocus_data() {
-    QTest::addColumn<bool>("account");
-    QTest::addColumn<QStringList>("groups");
-    QTest::addColumn<QString>("chosen");
-    QTest::addColumn<QString>("subject");
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<QString>("focus");
-    QTest::newRow("account") << false << QStringList{} << ""
-                             << ""
-                             << "warn: Please fill out the Mail Account section in Email Manager."
-                             << "EmailButton";
-    QTest::newRow("no group") << true << QStringList{} << ""
-                              << ""
-                              << "warn: Please create at least one group of recipients."
-                              << "GroupButton";
-    QTest::newRow("not chosen") << true << QStringList{"A"} << ""
-                                << ""
-                                << "warn: Please specify a group in the To field."
-                                << "GroupButton";
-    QTest::newRow("no subject") << true << QStringList{"A"} << "A"
-                                << ""
-                                << "ask: This message has no subject. Are you sure you want to send it?"
-                                << "SubjectTextBox";
-    QTest::newRow("reply") << true << QStringList{"A"} << "A"
-                           << "re: x"
-                           << "ask: Never employ spam tactics like using RE: or FW: in the subject line./You should be "
-                              "sure that you know what you are doing./Are you sure you want to continue?"
-                           << "SubjectTextBox";
-    QTest::newRow("empty body") << true << QStringList{"A"} << "A"
-                                << "x"
-                                << "ask: Are you sure you want to send an empty message?"
-                                << "Editor";
-  }
   void sendingChecksShowAndFocus() {
-    QFETCH(bool, account);
-    QFETCH(QStringList, groups);
-    QFETCH(QString, chosen);
-    QFETCH(QString, subject);
-    QFETCH(QString, shown);
-    QFETCH(QString, focus);
-    Scene scene;
-    if (account) scene.rig.FillInAccount();
-    for (const QString& group : groups) scene.rig.AddGroup(FromQt(group), {});
-    scene.Open();
-    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText(chosen);
-    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText(subject);
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
-    QCOMPARE(scene.rig.Shown(), shown);
-    if (focus == "Editor") {
-      QVERIFY(scene.Editor().isAncestorOf(scene.window->focusWidget()));
-    } else {
-      QCOMPARE(scene.Focus(), focus);
+    struct Case {
+      bool account;
+      QStringList groups;
+      const char *chosen, *subject, *shown, *focus;
+    };
+    for (const Case& c : std::initializer_list<Case>{
+             {false, {}, "", "", "warn: Please fill out the Mail Account section in Email Manager.", "EmailButton"},
+             {true, {"A"}, "", "", "warn: Please specify a group in the To field.", "GroupButton"},
+             {true,
+              {"A"},
+              "A",
+              "",
+              "ask: This message has no subject. Are you sure you want to send it?",
+              "SubjectTextBox"},
+             {true, {"A"}, "A", "x", "ask: Are you sure you want to send an empty message?", "Editor"}}) {
+      Scene scene;
+      if (c.account) scene.rig.FillInAccount();
+      for (const QString& group : c.groups) scene.rig.AddGroup(FromQt(group), {});
+      scene.Open();
+      scene.Find<QComboBox>("ToComboBox").setCurrentText(c.chosen);
+      scene.Find<QLineEdit>("SubjectTextBox").setText(c.subject);
+      Press(scene, "SendButton");
+      QCOMPARE(scene.rig.Shown(), QString(c.shown));
+      const bool is_editor = scene.Editor().isAncestorOf(scene.window->focusWidget());
+      QCOMPARE(is_editor ? QString("Editor") : scene.Focus(), QString(c.focus));
     }
   }
 
@@ -237,7 +203,7 @@ class MainFormTest : public QObject {
     QVERIFY(other->Execute("BEGIN EXCLUSIVE"));
     QElapsedTimer waited;
     waited.start();
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    Press(scene, "SendButton");
     QVERIFY2(scene.Status().contains("Another program is using it"), qPrintable(scene.Status()));
     scene.window->Say({});
     to->setCurrentText("Others");
@@ -245,7 +211,7 @@ class MainFormTest : public QObject {
     QVERIFY2(waited.elapsed() < 3000, "the window stood still");
     QCOMPARE(scene.rig.Shown(), QString());
     QVERIFY(other->Execute("ROLLBACK"));
-    QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("2 recipients"));
+    QTRY_COMPARE(scene.Find<QLabel>("GroupCountLabel").text(), QString("2 recipients"));
     QCOMPARE(to->currentText(), QString("Others"));
     // A group that is to be chosen meanwhile is not forgotten over what waits already.
     QVERIFY(other->Execute("BEGIN EXCLUSIVE"));
@@ -284,7 +250,7 @@ class MainFormTest : public QObject {
     scene.Open();
     auto* box = scene.window->findChild<QComboBox*>("ToComboBox");
     box->setCurrentText("Customers");
-    const auto count = [&] { return scene.window->findChild<QLabel*>("GroupCountLabel")->text(); };
+    const auto count = [&] { return scene.Find<QLabel>("GroupCountLabel").text(); };
     QCOMPARE(count(), QString("1 recipient"));
     QDialog elsewhere;
     elsewhere.show();
@@ -313,7 +279,7 @@ class MainFormTest : public QObject {
       QTest::mouseClick(&button, Qt::LeftButton);
       QTRY_COMPARE(groups.count(), 1);
     });
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("GroupButton"), Qt::LeftButton);
+    Press(scene, "GroupButton");
     QCOMPARE(scene.Find<QComboBox>("ToComboBox").count(), 1);
     QCOMPARE(scene.Box("ToComboBox"), QString());
   }
@@ -579,15 +545,13 @@ class MainFormTest : public QObject {
       QCOMPARE(field("FromLabel"), QString("\"eve@bank.example\" <eve@example.org>"));
       QCOMPARE(field("ToLabel") + field("CcLabel") + field("BccLabel"), QString("a@x.orgb@x.orgc@x.org"));
       emit page.anchorClicked(QUrl("https://x.example/"));
-      QVERIFY(form.findChild<QLabel*>("MessageStatus")->text().contains("https://x.example/"));
+      QVERIFY(test::Text(form, "MessageStatus").contains("https://x.example/"));
       QCOMPARE(page.toPlainText().trimmed(), QString("Read this(picture)"));
       QCOMPARE(page.document()->resource(QTextDocument::ImageResource, QUrl::fromLocalFile(ToQt(picture))), QVariant());
       for (const auto& [button, tool] :
            {std::pair("ExtractButton", "ExtraForm4"), {"ImportButton", "ExtraForm2"}, {"PrintButton", "ExtraForm1"}}) {
-        test::WhileOpen(tool, [&](QDialog& opened) {
-          QCOMPARE(opened.findChild<QLineEdit*>("FilePathTextBox")->text(), ToQt(file));
-        });
-        QTest::mouseClick(form.findChild<QPushButton*>(button), Qt::LeftButton);
+        test::WhileOpen(tool, [&](QDialog& opened) { QCOMPARE(test::Text(opened, "FilePathTextBox"), ToQt(file)); });
+        test::Press(form, button);
       }
       seen = true;
     });
@@ -596,7 +560,7 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Editor().PlainText(), QString("work"));
     seen = false;
     test::WhileOpen("MessageForm", [&](QDialog& form) {
-      QTRY_VERIFY(form.findChild<QLabel*>("FaultsLabel")->text().contains("Error 258: File IO error."));
+      QTRY_VERIFY(test::Text(form, "FaultsLabel").contains("Error 258: File IO error."));
       QVERIFY(!form.findChild<QLabel*>("CcLabel")->isVisible());
       QVERIFY(!form.findChild<QPushButton*>("ExtractButton")->isEnabled());
       seen = true;
@@ -611,7 +575,7 @@ class MainFormTest : public QObject {
       QCOMPARE(form.findChild<QTabWidget*>("MessageTabs")->tabText(1), QString("&Parts (1 attached)"));
       const auto* parts = form.findChild<QTableView*>("PartList")->model();
       QCOMPARE(parts->index(0, 2).data().toString(), QString("Part 0.p7m"));
-      QCOMPARE(form.findChild<QLabel*>("DateLabel")->text(), QString("2026-11-14 22:40:05 -03:30"));
+      QCOMPARE(test::Text(form, "DateLabel"), QString("2026-11-14 22:40:05 -03:30"));
       seen = true;
     });
     scene.window->Open({scene.rig.folder
@@ -780,7 +744,7 @@ class MainFormTest : public QObject {
     scene.rig.FillInAccount();
     const auto home = scene.rig.folder.Write("home/private.gif", "GIF89a\x01");
     scene.Open();
-    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    scene.Find<QLineEdit>("SubjectTextBox").setText("Spring");
     scene.window->Dispatch(CommandId::kNew);
     const auto place = [&](const char* name) {
       QTest::qWait(50);  // until the layout is made
@@ -790,7 +754,7 @@ class MainFormTest : public QObject {
     const QRect before = place("RestoreButton").united(place("DiscardButton"));
     scene.rig.prompts.files = {scene.rig.folder.Write("page/letter.html", "<img src='../home/private.gif'>")};
     scene.window->Dispatch(CommandId::kOpen);
-    QTRY_VERIFY(scene.window->findChild<QLabel*>("PicturesLabel")->text().contains(PathToQt(home)));
+    QTRY_VERIFY(scene.Find<QLabel>("PicturesLabel").text().contains(PathToQt(home)));
     QVERIFY(!place("TakePicturesButton").intersects(before));
   }
 
@@ -943,12 +907,12 @@ class MainFormTest : public QObject {
           }
           return names.join(' ');
         };
-        QTRY_COMPARE(form.findChild<QLabel*>("SubjectLabel")->text(), QString("(no subject)"));
+        QTRY_COMPARE(test::Text(form, "SubjectLabel"), QString("(no subject)"));
         QCOMPARE(shown(), QString(tabs));
         QVERIFY(form.findChild<QTabWidget*>("PreviewTabs")->currentWidget()->isVisible());
         auto* send = form.findChild<QPushButton*>("SendToMyselfButton");
         QTRY_COMPARE(send->isEnabled(), recipients > 0);
-        QCOMPARE(form.findChild<QLabel*>("StatusLine")->text().contains("choose a group"), recipients == 0);
+        QCOMPARE(test::Text(form, "StatusLine").contains("choose a group"), recipients == 0);
       }
     }
   }
@@ -958,9 +922,7 @@ class MainFormTest : public QObject {
     scene.rig.folder.Write("data/Autosave.htm", "<html><body>recovered</body></html>");
     scene.Open();
     scene.Editor().InsertHtml("new text");
-    const auto restore = [&] {
-      QTest::mouseClick(scene.window->findChild<QPushButton*>("RestoreButton"), Qt::LeftButton);
-    };
+    const auto restore = [&] { Press(scene, "RestoreButton"); };
     scene.rig.prompts.answers = {platform::Answer::kCancel};
     restore();
     QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
@@ -994,7 +956,7 @@ class MainFormTest : public QObject {
       form.findChild<QLineEdit*>("FilePathTextBox")->setText(PathToQt(message));
       form.findChild<QPushButton*>("ImportButton")->click();
       QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
-      if (told != nullptr) *told = form.findChild<QLabel*>("StatusLine")->text();
+      if (told != nullptr) *told = test::Text(form, "StatusLine");
     });
     scene.window->Dispatch(CommandId::kExtraForm2);
     QCOMPARE(scene.rig.Shown(), "inform: Import process has been completed.");
@@ -1074,28 +1036,37 @@ class MainFormTest : public QObject {
   // Everything that stands in the window, one line each.
   static QString Fields(const Scene& scene) {
     auto* box = scene.window->findChild<QComboBox*>("AttachmentComboBox");
-    QStringList lines = {scene.window->findChild<QLineEdit*>("SubjectTextBox")->text(),
+    QStringList lines = {scene.Find<QLineEdit>("SubjectTextBox").text(),
                          scene.Box("ToComboBox"),
                          scene.Box("PriorityComboBox"),
                          scene.Box("FormatComboBox"),
                          scene.Box("SendingMethodComboBox"),
-                         scene.window->findChild<QCheckBox*>("RRRCheckBox")->isChecked() ? "receipt" : "none"};
+                         scene.Find<QCheckBox>("RRRCheckBox").isChecked() ? "receipt" : "none"};
     for (int i = 0; i < box->count(); ++i) lines << box->itemText(i);
     return lines.join('|') + '|' + scene.Editor().PlainText().trimmed();
   }
   static QString FillIn(const Scene& scene) {
-    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
-    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Customers");
-    scene.window->findChild<QComboBox*>("PriorityComboBox")->setCurrentText("High");
-    scene.window->findChild<QComboBox*>("FormatComboBox")->setCurrentText("Text");
-    scene.window->findChild<QComboBox*>("SendingMethodComboBox")->setCurrentText("Bulk Sending");
-    scene.window->findChild<QCheckBox*>("RRRCheckBox")->setChecked(true);
+    scene.Find<QLineEdit>("SubjectTextBox").setText("Spring");
+    scene.Find<QComboBox>("ToComboBox").setCurrentText("Customers");
+    scene.Find<QComboBox>("PriorityComboBox").setCurrentText("High");
+    scene.Find<QComboBox>("FormatComboBox").setCurrentText("Text");
+    scene.Find<QComboBox>("SendingMethodComboBox").setCurrentText("Bulk Sending");
+    scene.Find<QCheckBox>("RRRCheckBox").setChecked(true);
     scene.window->findChild<MessageHeader*>()->AddAttachments({"/tmp/a.pdf", "/tmp/b.pdf"});
     scene.Editor().InsertHtml("work");
     return "Spring|Customers|High|Text|Bulk Sending|receipt|/tmp/a.pdf|/tmp/b.pdf|work";
   }
+  // A letter that could be sent.
+  static void WriteToFriends(const Scene& scene) {
+    scene.rig.AddGroup("Friends", {"bob@example.net"});
+    auto& to = scene.Find<QComboBox>("ToComboBox");
+    to.addItem("Friends");
+    to.setCurrentText("Friends");
+    QTest::keyClicks(&scene.Find<QLineEdit>("SubjectTextBox"), "x");
+    scene.Editor().InsertHtml("<p>Dear you</p>");
+  }
   static void Press(const Scene& scene, const char* button) {
-    QTest::mouseClick(scene.window->findChild<QPushButton*>(button), Qt::LeftButton);
+    QTest::mouseClick(&scene.Find<QPushButton>(button), Qt::LeftButton);
   }
 
   void closingKeepsAllFieldsForTheNextStart() {
@@ -1127,7 +1098,7 @@ class MainFormTest : public QObject {
     QVERIFY(platform::ReadFile(scene.rig.folder / "letter.html", 1000)->find("more") != std::string::npos);
     QCOMPARE(scene.rig.Shown(), QString());
     // A message without work leaves nothing.
-    scene.window->findChild<QLineEdit*>("SubjectTextBox")->clear();
+    scene.Find<QLineEdit>("SubjectTextBox").clear();
     scene.window->findChild<MessageHeader*>()->Clear();
     QVERIFY(scene.window->close());
     scene.Open();
@@ -1146,9 +1117,9 @@ class MainFormTest : public QObject {
         QTest::keyClicks(form.findChild<QLineEdit*>(), "Gardeners");
         QTest::keyClick(&form, Qt::Key_Return);
       });
-      QTest::mouseClick(manager.findChild<QPushButton*>("NewGroupButton"), Qt::LeftButton);
+      test::Press(manager, "NewGroupButton");
     });
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("GroupButton"), Qt::LeftButton);
+    Press(scene, "GroupButton");
     QCOMPARE(scene.Box("ToComboBox"), QString());
     QCOMPARE(scene.Find<QComboBox>("ToComboBox").count(), 1);
     scene.Find<QComboBox>("ToComboBox").setCurrentIndex(0);
@@ -1171,7 +1142,7 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
     scene.rig.Shown();
     // What stands there when it is taken up again is kept in its turn.
-    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Autumn");
+    scene.Find<QLineEdit>("SubjectTextBox").setText("Autumn");
     Press(scene, "RestoreButton");
     QCOMPARE(scene.rig.Shown(), QString());
     QCOMPARE(Fields(scene), filled);
@@ -1185,12 +1156,12 @@ class MainFormTest : public QObject {
     Scene scene;
     scene.Open();
     std::filesystem::create_directories(scene.rig.folders.data / "Autosave.fields" / "in the way");
-    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Spring");
+    scene.Find<QLineEdit>("SubjectTextBox").setText("Spring");
     QVERIFY(!scene.window->close());
     QVERIFY2(scene.Status().contains("Autosave.fields"), qPrintable(scene.Status()));
     // One that was kept since is lost again only after a word of it.
     std::filesystem::remove_all(scene.rig.folders.data / "Autosave.fields");
-    scene.window->findChild<QLineEdit*>("SubjectTextBox")->setText("Summer");
+    scene.Find<QLineEdit>("SubjectTextBox").setText("Summer");
     QTRY_VERIFY(std::filesystem::exists(scene.rig.folders.data / "Autosave.fields"));
     std::filesystem::remove(scene.rig.folders.data / "Autosave.fields");
     std::filesystem::create_directories(scene.rig.folders.data / "Autosave.fields" / "in the way");
@@ -1217,8 +1188,8 @@ class MainFormTest : public QObject {
       for (const int row : {0, 2, 3}) {
         list->selectionModel()->select(list->model()->index(row, 0), QItemSelectionModel::Select);
       }
-      QTest::mouseClick(form.findChild<QPushButton*>("RemoveButton"), Qt::LeftButton);
-      QCOMPARE(form.findChild<QLabel*>("AttachmentsTotal")->text(), QString("1 file, 6 bytes"));
+      test::Press(form, "RemoveButton");
+      QCOMPARE(test::Text(form, "AttachmentsTotal"), QString("1 file, 6 bytes"));
       QTest::mouseClick(form.findChild<QDialogButtonBox*>()->button(end), Qt::LeftButton);
     };
     test::WhileOpen("AttachmentsForm", [&](QDialog& form) { take_out(form, QDialogButtonBox::Cancel); });
@@ -1250,14 +1221,14 @@ class MainFormTest : public QObject {
   void aBeginnerPractisesFromNothingToArrivedMessages() {
     Scene scene;
     scene.Open();
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    Press(scene, "PractiseButton");
     QVERIFY(scene.Notice().contains("Practice"));
     QCOMPARE(scene.Box("FromComboBox"), QString("Practice <practice@quillcast.example>"));
     scene.rig.AddGroup("Friends", {"bob@example.net", "eve@example.net"});
     scene.rig.prompts.files = {scene.rig.folder.Write("more.txt", "Call Mallory, mallory@example.net, tomorrow.")};
     scene.rig.prompts.answers = {platform::Answer::kYes};
-    scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
-    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
+    scene.Find<QComboBox>("ToComboBox").addItem("Friends");
+    scene.Find<QComboBox>("ToComboBox").setCurrentText("Friends");
     test::WhileOpen("RecipientImportForm", [&](QDialog& form) {
       for (const char* button : {"RadioButton1", "BrowseButton", "ImportButton"})
         QTest::mouseClick(form.findChild<QAbstractButton*>(button), Qt::LeftButton, {}, {5, 5});
@@ -1265,28 +1236,28 @@ class MainFormTest : public QObject {
       QTRY_VERIFY(form.findChild<QPushButton*>("ImportButton")->isEnabled());
     });
     scene.window->Dispatch(CommandId::kImport);
-    QTRY_COMPARE(scene.window->findChild<QLabel*>("GroupCountLabel")->text(), QString("3 recipients"));
+    QTRY_COMPARE(scene.Find<QLabel>("GroupCountLabel").text(), QString("3 recipients"));
     QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "For $*MergeEmail*$");
     scene.Editor().InsertHtml("<p>Dear $*MergeEmail*$</p>");
     scene.rig.Shown();
 
     test::WhileOpen("PreviewForm", [](QDialog& form) {
       form.findChild<QSpinBox*>("RecipientSpinBox")->setValue(3);
-      QTRY_COMPARE(form.findChild<QLabel*>("SubjectLabel")->text(), QString("For mallory@example.net"));
-      QTRY_VERIFY(form.findChild<QLabel*>("NotesLabel")->text().contains("Nothing was found"));
+      QTRY_COMPARE(test::Text(form, "SubjectLabel"), QString("For mallory@example.net"));
+      QTRY_VERIFY(test::Text(form, "NotesLabel").contains("Nothing was found"));
       QCOMPARE(form.findChild<QPlainTextEdit*>("PreviewText")->toPlainText().trimmed(),
                QString("Dear mallory@example.net"));
-      QTest::mouseClick(form.findChild<QPushButton*>("SendToMyselfButton"), Qt::LeftButton);
-      QTRY_VERIFY(form.findChild<QLabel*>("StatusLine")->text().contains("on its way to practice@"));
+      test::Press(form, "SendToMyselfButton");
+      QTRY_VERIFY(test::Text(form, "StatusLine").contains("on its way to practice@"));
     });
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("PreviewButton"), Qt::LeftButton);
+    Press(scene, "PreviewButton");
 
     test::WhileOpen("SendMailForm1", [](QDialog& form) {
       auto* button = form.findChild<QPushButton*>("SendButton");
       QTest::mouseClick(button, Qt::LeftButton);
       QTRY_COMPARE(button->text(), QString("Close"));
     });
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    Press(scene, "SendButton");
     QCOMPARE(scene.rig.Shown(), QString());
     QTRY_VERIFY(scene.Notice().contains("4 messages have arrived"));
     const auto message = platform::ReadFile(scene.rig.folders.data / "Practice" / "000002.eml", 100000);
@@ -1300,9 +1271,9 @@ class MainFormTest : public QObject {
       QCOMPARE(list->index(2, 1).data().toString(), QString("For bob@example.net"));
       QTRY_VERIFY(form.findChild<QTextBrowser*>("MessagePage")->toPlainText().contains("mallory@example.net"));
       test::WhileOpen("ExtraForm4", [&](QDialog& opened) {
-        QVERIFY(opened.findChild<QLineEdit*>("FilePathTextBox")->text().endsWith("Practice/000004.eml"));
+        QVERIFY(test::Text(opened, "FilePathTextBox").endsWith("Practice/000004.eml"));
       });
-      QTest::mouseClick(form.findChild<QPushButton*>("ExtractButton"), Qt::LeftButton);
+      test::Press(form, "ExtractButton");
       auto& filter = *form.findChild<QLineEdit*>("FilterTextBox");
       QTest::keyClicks(&filter, "BOB@example");
       QTRY_COMPARE(list->rowCount(), 1);
@@ -1311,76 +1282,51 @@ class MainFormTest : public QObject {
       QTRY_COMPARE(list->rowCount(), 0);
       QTRY_COMPARE(form.findChild<QTextBrowser*>("MessagePage")->toPlainText(), QString());
     });
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("ShowPracticeButton"), Qt::LeftButton);
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("EndPracticeButton"), Qt::LeftButton);
+    Press(scene, "ShowPracticeButton");
+    Press(scene, "EndPracticeButton");
     QVERIFY(scene.Notice().contains("no mail account"));
     QCOMPARE(scene.Status(), QString("Practice has ended."));
   }
 
-  void practiceEndsWhereAnotherProgramNamesAServer_data() {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("email");
-    QTest::addColumn<bool>("looks");  // before the watch does
-    QTest::addColumn<QString>("notice");
-    QTest::addColumn<QString>("said");
-    const QString ended = "Practice has ended: the account names a server of its own now.";
-    const QString incomplete =
-        "The mail account is not complete yet. Fill in what it lacks, or practise first with a mailbox on this "
-        "machine.";
-    QTest::newRow("the whole account") << "Ada"
-                                       << "ada@real.example" << false << "" << ended;
-    QTest::newRow("all but the name") << ""
-                                      << "ada@real.example" << false << incomplete
-                                      << ended + " It still lacks a name of your own.";
-    QTest::newRow("the server alone") << ""
-                                      << "" << false << incomplete
-                                      << ended + " It still lacks a name and an address of your own.";
-    QTest::newRow("just before sending") << "Ada"
-                                         << "ada@real.example" << true << "" << ended;
-  }
   void practiceEndsWhereAnotherProgramNamesAServer() {
-    QFETCH(QString, name);
-    QFETCH(QString, email);
-    QFETCH(bool, looks);
-    QFETCH(QString, notice);
-    QFETCH(QString, said);
-    Scene scene;
-    scene.Open();
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
-    QVERIFY(scene.Notice().contains("nowhere else"));
-    profile::SettingsStore theirs(scene.rig.folders.settings);
-    if (!name.isEmpty()) QVERIFY(theirs.Write("Account", "Name", name.toStdString()));
-    if (!email.isEmpty()) QVERIFY(theirs.Write("Account", "Email", email.toStdString()));
-    const auto named = [&theirs] { return static_cast<bool>(theirs.Write("Account", "Server", "mail.real.example")); };
-    if (looks) {
-      scene.rig.AddGroup("Friends", {"bob@example.net"});
-      scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
-      scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
-      QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "x");
-      scene.Editor().InsertHtml("<p>Dear you</p>");
-      test::WhileOpen("SendMailForm1", [](QDialog& form) {
-        QVERIFY(form.findChild<QLabel*>("RouteLabel")->text().contains("over mail.real.example"));
-        form.reject();
-      });
-      QVERIFY(named());
-      QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
-      QCOMPARE(scene.Notice(), notice);
-    } else {
-      // A run that goes on may still send there: what is shown is true, and practice ends behind it.
-      QDialog above(scene.window.get());
-      above.setModal(true);
-      above.show();
-      QVERIFY(named());
-      QTRY_COMPARE(scene.Notice(), QString());
-      QVERIFY(!scene.rig.settings.Read("Options", "Practice", "")->empty());
-      above.close();
+    const QString ended = "Practice has ended: the account names a server of its own now.";
+    for (const bool looks_before_the_watch : {false, true}) {
+      Scene scene;
+      scene.Open();
+      Press(scene, "PractiseButton");
+      QVERIFY(scene.Notice().contains("nowhere else"));
+      profile::SettingsStore theirs(scene.rig.folders.settings);
+      QVERIFY(theirs.Write("Account", "Email", "ada@real.example"));
+      if (looks_before_the_watch) QVERIFY(theirs.Write("Account", "Name", "Ada"));
+      const auto named = [&theirs] {
+        return static_cast<bool>(theirs.Write("Account", "Server", "mail.real.example"));
+      };
+      if (looks_before_the_watch) {
+        WriteToFriends(scene);
+        test::WhileOpen("SendMailForm1", [](QDialog& form) {
+          QVERIFY(test::Text(form, "RouteLabel").contains("over mail.real.example"));
+          form.reject();
+        });
+        QVERIFY(named());
+        Press(scene, "SendButton");
+        QTRY_COMPARE(scene.Status(), ended);
+        QCOMPARE(scene.Notice(), QString());
+      } else {
+        // A run that goes on may still send there: what is shown is true, and practice ends behind it.
+        QDialog above(scene.window.get());
+        above.setModal(true);
+        above.show();
+        QVERIFY(named());
+        QTRY_COMPARE(scene.Notice(), QString());
+        QVERIFY(!scene.rig.settings.Read("Options", "Practice", "")->empty());
+        above.close();
+        QTRY_COMPARE(scene.Status(), ended + " It still lacks a name of your own.");
+        QVERIFY(scene.Notice().startsWith("The mail account is not complete yet."));
+      }
+      QVERIFY(scene.rig.settings.Read("Options", "Practice", "")->empty());
+      QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.real.example");
+      QCOMPARE(scene.rig.settings.Read("Account", "Email", "")->c_str(), "ada@real.example");
     }
-    QTRY_COMPARE(scene.Status(), said);
-    QCOMPARE(scene.Notice(), notice);
-    QVERIFY(scene.rig.settings.Read("Options", "Practice", "")->empty());
-    QCOMPARE(scene.rig.settings.Read("Account", "Server", "")->c_str(), "mail.real.example");
-    QCOMPARE(ToQt(*scene.rig.settings.Read("Account", "Name", "")), name);
-    QCOMPARE(ToQt(*scene.rig.settings.Read("Account", "Email", "")), email);
   }
 
   // From the window that sends, by way of the pace of its run, to the account's page.
@@ -1388,11 +1334,7 @@ class MainFormTest : public QObject {
     Scene scene;
     scene.rig.FillInAccount("1");
     scene.Open();
-    scene.rig.AddGroup("Friends", {"bob@example.net"});
-    scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
-    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
-    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "x");
-    scene.Editor().InsertHtml("<p>Dear you</p>");
+    WriteToFriends(scene);
     QString page;
     test::WhileOpen("SendMailForm1", [&](QDialog& send) {
       test::WhileOpen("RunPaceForm", [&](QDialog& pace) {
@@ -1403,36 +1345,32 @@ class MainFormTest : public QObject {
           account.findChild<QPushButton*>("OKButton")->click();
         });
         pace.findChild<QPushButton*>("AccountPaceButton")->click();
-        QTRY_COMPARE(pace.findChild<QLineEdit*>("RateTextBox")->text(), QString("7/h"));
+        QTRY_COMPARE(test::Text(pace, "RateTextBox"), QString("7/h"));
       });
       send.findChild<QPushButton*>("PaceButton")->click();
-      QVERIFY(send.findChild<QLabel*>("PaceLabel")->text().startsWith("Pace: 7 an hour (the page"));
+      QVERIFY(test::Text(send, "PaceLabel").startsWith("Pace: 7 an hour (the page"));
     });
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    Press(scene, "SendButton");
     QCOMPARE(page, QString("Pace RateTextBox"));
   }
 
   void nothingIsSentOverAServerThatWasNotShown() {
     Scene scene;
     scene.Open();
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
-    scene.rig.AddGroup("Friends", {"bob@example.net"});
-    scene.window->findChild<QComboBox*>("ToComboBox")->addItem("Friends");
-    scene.window->findChild<QComboBox*>("ToComboBox")->setCurrentText("Friends");
-    QTest::keyClicks(scene.window->findChild<QLineEdit*>("SubjectTextBox"), "x");
-    scene.Editor().InsertHtml("<p>Dear you</p>");
+    Press(scene, "PractiseButton");
+    WriteToFriends(scene);
     test::WhileOpen("SendMailForm1", [&](QDialog& form) {
       const auto* route = form.findChild<QLabel*>("RouteLabel");
       QVERIFY(route->text().contains("nowhere else"));
       QVERIFY(scene.rig.settings.Write("Account", "Server", "mail.real.example"));
       auto* button = form.findChild<QPushButton*>("SendButton");
       QTest::mouseClick(button, Qt::LeftButton);
-      QTRY_VERIFY(form.findChild<QLabel*>("StatusLine")->text().startsWith("Nothing was sent: the account"));
+      QTRY_VERIFY(test::Text(form, "StatusLine").startsWith("Nothing was sent: the account"));
       QVERIFY2(button->text() != "Close" && button->text() != "Cancel", qPrintable(button->text()));
       QVERIFY(route->text().contains("over mail.real.example"));
       form.reject();
     });
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("SendButton"), Qt::LeftButton);
+    Press(scene, "SendButton");
     QTRY_VERIFY(scene.Notice().contains("not complete yet"));
   }
 
@@ -1457,12 +1395,12 @@ class MainFormTest : public QObject {
   void practiceNeverTakesTheAccountOfItsOwner() {
     Scene scene;
     scene.Open();
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    Press(scene, "PractiseButton");
     const std::string port = *scene.rig.settings.Read("Account", "Port", "");
     test::WhileOpen("EmailManagerForm", [](QDialog& form) {
       form.findChild<QLineEdit*>("FullNameTextBox")->setText("Ada");
       form.findChild<QLineEdit*>("EmailTextBox")->setText("ada@example.org");
-      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      test::Press(form, "OKButton");
     });
     scene.window->Dispatch(CommandId::kAccount);
     QVERIFY(scene.Notice().contains("Practice"));  // still its server
@@ -1476,7 +1414,7 @@ class MainFormTest : public QObject {
     test::WhileOpen("EmailManagerForm", [](QDialog& form) {
       form.findChild<QLineEdit*>("ServerTextBox")->setText("mail.example.org");
       form.findChild<QLineEdit*>("PortTextBox")->setText("587");
-      QTest::mouseClick(form.findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      test::Press(form, "OKButton");
     });
     scene.window->Dispatch(CommandId::kAccount);
     QCOMPARE(scene.Notice(), QString());
@@ -1521,7 +1459,7 @@ class MainFormTest : public QObject {
   void practiceThatWasLeftEndsAtTheStart() {
     Scene scene;
     scene.Open();
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    Press(scene, "PractiseButton");
     scene.window->skip_save_prompt = true;
     scene.window->close();
     scene.window.reset();
@@ -1537,7 +1475,7 @@ class MainFormTest : public QObject {
   void practiceOutlastsSettingsThatAreLockedForAMoment() {
     Scene scene;
     scene.Open();
-    QTest::mouseClick(scene.window->findChild<QPushButton*>("PractiseButton"), Qt::LeftButton);
+    Press(scene, "PractiseButton");
     QVERIFY(scene.Notice().contains("nowhere else"));
     auto other = platform::Database::Open(scene.rig.folders.settings, platform::OpenMode::kReadWrite);
     QVERIFY(other && other->Execute("BEGIN EXCLUSIVE"));
@@ -1563,8 +1501,8 @@ class MainFormTest : public QObject {
     steps.Run();
     QCOMPARE(values.size(), 500);
     QCOMPARE(values.first().first().toInt() * 1000 + values.last().first().toInt(), 1500);
-    QCOMPARE(steps.findChild<QLabel*>("VersionNumber")->text(), QString("1.0"));
-    QCOMPARE(steps.findChild<QLabel*>("WindowsVersion")->text(), QString("Any System 1"));
+    QCOMPARE(test::Text(steps, "VersionNumber"), QString("1.0"));
+    QCOMPARE(test::Text(steps, "WindowsVersion"), QString("Any System 1"));
     steps.close();
 
     QElapsedTimer since;
@@ -1575,7 +1513,7 @@ class MainFormTest : public QObject {
       if (widget != &steps && widget->objectName() == "SplashForm") splash = qobject_cast<SplashForm*>(widget);
     }
     QVERIFY(splash && splash->isVisible() && !window->isVisible());
-    QCOMPARE(splash->findChild<QLabel*>("WindowsVersion")->text(), ToQt(platform::SystemName()));
+    QCOMPARE(test::Text(*splash, "WindowsVersion"), ToQt(platform::SystemName()));
     QVERIFY(QApplication::overrideCursor() != nullptr);
     QTRY_VERIFY(window->isVisible());
     QVERIFY2(since.elapsed() >= 1000, qPrintable(QString::number(since.elapsed())));
@@ -1613,7 +1551,7 @@ class MainFormTest : public QObject {
           names << widget->objectName();
           QTimer::singleShot(0, widget, &QWidget::close);
         }
-        const QString letter = window->findChild<QLabel*>("DocumentLabel")->text();
+        const QString letter = test::Text(*window, "DocumentLabel");
         if (!names.isEmpty())
           opened << names.join('+') + " over " + letter + (window->isVisible() ? "" : " before the window");
       });
