@@ -159,62 +159,45 @@ class EditorTest : public QObject {
     QCOMPARE(Body(), expected);
   }
 
-  void aParagraphChosenWithThreeClicksIsTypedOverAlone_data() {
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("after");
-    const QString two = "<p>one more</p><p>two</p>";
-    QTest::newRow("a letter") << two << "X"
-                              << "<p>X</p><p>two</p>";
-    QTest::newRow("Backspace") << two << "\b"
-                               << "<p><br></p><p>two</p>";
-    QTest::newRow("before a line") << "<p>one more</p><hr><p>two</p>"
-                                   << "X"
-                                   << "<p>X</p><hr><p>two</p>";
-    QTest::newRow("a line of several") << "<p>one more<br>two</p>"
-                                       << "X"
-                                       << "<p>X<br>two</p>";
-    QTest::newRow("before a table") << "<p>one more</p><table><tbody><tr><td>two</td></tr></tbody></table>"
-                                    << "X"
-                                    << "<p>X</p><table><tbody><tr><td>two</td></tr></tbody></table>";
-    QTest::newRow("text without a paragraph") << "one <b>more</b><p>two</p>"
-                                              << "X"
-                                              << "X<br><p>two</p>";
-    QTest::newRow("and a line end") << "one more<br><div>two</div>"
-                                    << "X"
-                                    << "X<br><div>two</div>";
-    QTest::newRow("in a cell, with a paragraph behind it")
-        << "<table><tbody><tr><td>one more<p>two</p></td></tr></tbody></table>"
-        << "X"
-        << "<table><tbody><tr><td>X<p>two</p></td></tr></tbody></table>";
-  }
   void aParagraphChosenWithThreeClicksIsTypedOverAlone() {
-    QFETCH(QString, before);
-    QFETCH(QString, typed);
-    QFETCH(QString, after);
-    Load(before);
-    QWidget* page = editor_->InputWidget();
-    const QVariantList at =
-        editor_
-            ->Evaluate(
-                "(r=>{r.selectNodeContents(document.createNodeIterator(document.body,NodeFilter.SHOW_TEXT).nextNode());"
-                "const box=r.getBoundingClientRect();return[box.x+5,box.y+5]})(document.createRange())")
-            .toList();
-    const QPointF word(at[0].toDouble(), at[1].toDouble());
-    for (int click = 0; click < 3; ++click) {  // the toolkit's own clicks are too far apart
-      for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-        const auto held = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
-        QMouseEvent event(type, word, page->mapToGlobal(word), Qt::LeftButton, held, Qt::NoModifier);
-        event.setTimestamp(QDateTime::currentMSecsSinceEpoch());
-        QCoreApplication::sendEvent(page, &event);
+    struct Case {
+      const char *before, *typed, *after;
+    };
+    for (const Case& c : {Case{"<p>one more</p><p>two</p>", "X", "<p>X</p><p>two</p>"},
+                          Case{"<p>one more</p><p>two</p>", "\b", "<p><br></p><p>two</p>"},
+                          Case{"<p>one more</p><hr><p>two</p>", "X", "<p>X</p><hr><p>two</p>"},
+                          Case{"<p>one more<br>two</p>", "X", "<p>X<br>two</p>"},
+                          Case{"<p>one more</p><table><tbody><tr><td>two</td></tr></tbody></table>", "X",
+                               "<p>X</p><table><tbody><tr><td>two</td></tr></tbody></table>"},
+                          Case{"one <b>more</b><p>two</p>", "X", "X<br><p>two</p>"},
+                          Case{"one more<br><div>two</div>", "X", "X<br><div>two</div>"},
+                          Case{"<table><tbody><tr><td>one more<p>two</p></td></tr></tbody></table>", "X",
+                               "<table><tbody><tr><td>X<p>two</p></td></tr></tbody></table>"}}) {
+      Load(c.before);
+      QWidget* page = editor_->InputWidget();
+      const QVariantList at =
+          editor_
+              ->Evaluate(
+                  "(r=>{r.selectNodeContents(document.createNodeIterator(document.body,NodeFilter.SHOW_TEXT).nextNode()"
+                  ");"
+                  "const box=r.getBoundingClientRect();return[box.x+5,box.y+5]})(document.createRange())")
+              .toList();
+      const QPointF word(at[0].toDouble(), at[1].toDouble());
+      for (int click = 0; click < 3; ++click) {  // the toolkit's own clicks are too far apart
+        for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+          const auto held = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+          QMouseEvent event(type, word, page->mapToGlobal(word), Qt::LeftButton, held, Qt::NoModifier);
+          event.setTimestamp(QDateTime::currentMSecsSinceEpoch());
+          QCoreApplication::sendEvent(page, &event);
+        }
       }
+      QTRY_VERIFY(editor_->Evaluate("String(getSelection())").toString().startsWith("one more"));
+      Type(c.typed);
+      QTRY_VERIFY(editor_->IsModified());
+      QCOMPARE(Body(), QString(c.after));
+      editor_->Run(EditorCommand::kUndo);
+      QCOMPARE(Body(), QString(c.before));
     }
-    QTRY_VERIFY(editor_->Evaluate("String(getSelection())").toString().startsWith("one more"));
-    Type(typed);
-    QTRY_VERIFY(editor_->IsModified());
-    QCOMPARE(Body(), after);
-    editor_->Run(EditorCommand::kUndo);
-    QCOMPARE(Body(), before);
   }
 
   void listsAreSavedOutsideTheirParagraph() {
@@ -364,52 +347,48 @@ class EditorTest : public QObject {
   }
 
   // A handle is dragged from the middle of a side or a corner of the picture by so many pixels.
-  void aPictureIsSizedByItsHandles_data() {
-    QTest::addColumn<QPoint>("side");  // -1, 0, 1 across and down
-    QTest::addColumn<QPoint>("moved");
-    QTest::addColumn<QString>("after");
-    QTest::newRow("a corner keeps the ratio") << QPoint(1, 1) << QPoint(50, 10) << "150 75 auto";
-    QTest::newRow("the corner across from it") << QPoint(-1, -1) << QPoint(40, 20) << "60 30 auto";
-    QTest::newRow("a side") << QPoint(1, 0) << QPoint(20, 30) << "120 50 ";
-    QTest::newRow("the lower side") << QPoint(0, 1) << QPoint(20, 30) << "100 80 ";
-    QTest::newRow("as small as it gets") << QPoint(0, -1) << QPoint(0, 200) << "100 8 ";
-    QTest::newRow("nowhere") << QPoint(1, 1) << QPoint(0, 0) << "100 50 auto";
-  }
   void aPictureIsSizedByItsHandles() {
-    QFETCH(QPoint, side);
-    QFETCH(QPoint, moved);
-    QFETCH(QString, after);
-    QTemporaryDir folder;
-    QImage image(200, 100, QImage::Format_RGB32);
-    QVERIFY(image.save(folder.filePath("a.png")));
-    const QString before =
-        "<p style=\"position: absolute; left: 100px; top: 100px; margin: 0px;\"><a href=\"y\"><img src=\"a.png\" "
-        "class=\"own\" alt=\"A\" width=\"100\" height=\"50\" style=\"max-width: 100%; height: auto;\"></a>z</p>";
-    Load(before, QUrl::fromLocalFile(folder.path() + '/'));
-    QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 200);
-    QWidget* page = editor_->InputWidget();
-    const auto html = *editor_->Text();
-    QTest::mouseClick(page, Qt::LeftButton, {}, QPoint(150, 125));
-    QTRY_COMPARE(editor_->State().picture.choice.alternative, std::string("A"));
-    QCOMPARE(*editor_->Text(), html);  // handles are no part of it
-    QVERIFY(!editor_->IsModified());
-    const QPoint handle(150 + side.x() * 50, 125 + side.y() * 25);
-    QTest::mousePress(page, Qt::LeftButton, {}, handle);
-    QTest::mouseMove(page, handle + moved / 2);
-    QTest::mouseMove(page, handle + moved);
-    QTest::mouseRelease(page, Qt::LeftButton, {}, handle + moved);
-    const QString look =
-        "(i=>[i.getAttribute('width'),i.getAttribute('height'),i.style.height].join(' '))(document.images[0])";
-    QTRY_COMPARE(editor_->Evaluate(look).toString(), after);
-    const bool is_changed = moved != QPoint();
-    QCOMPARE(editor_->IsModified(), is_changed);
-    QVERIFY2(Body().startsWith(before.left(before.indexOf(" width="))) && Body().endsWith("></a>z</p>"),
-             qPrintable(Body()));
-    for (const char* ours : {"quill", "frame", "<b>"})
-      QVERIFY2(!editor_->Text()->contains(ours), qPrintable(*editor_->Text()));
-    if (!is_changed) return;
-    editor_->Run(EditorCommand::kUndo);
-    QCOMPARE(Body(), before);
+    struct Case {
+      QPoint side;  // -1, 0, 1 across and down
+      QPoint moved;
+      const char* after;
+    };
+    for (const auto& [side, moved, after] :
+         {Case{{1, 1}, {50, 10}, "150 75 auto"}, Case{{-1, -1}, {40, 20}, "60 30 auto"},
+          Case{{1, 0}, {20, 30}, "120 50 "}, Case{{0, 1}, {20, 30}, "100 80 "}, Case{{0, -1}, {0, 200}, "100 8 "},
+          Case{{1, 1}, {0, 0}, "100 50 auto"}}) {
+      QTemporaryDir folder;
+      QImage image(200, 100, QImage::Format_RGB32);
+      QVERIFY(image.save(folder.filePath("a.png")));
+      const QString before =
+          "<p style=\"position: absolute; left: 100px; top: 100px; margin: 0px;\"><a href=\"y\"><img src=\"a.png\" "
+          "class=\"own\" alt=\"A\" width=\"100\" height=\"50\" style=\"max-width: 100%; height: auto;\"></a>z</p>";
+      Load(before, QUrl::fromLocalFile(folder.path() + '/'));
+      QTRY_COMPARE(editor_->Evaluate("document.images[0].naturalWidth").toInt(), 200);
+      QWidget* page = editor_->InputWidget();
+      const auto html = *editor_->Text();
+      QTest::mouseClick(page, Qt::LeftButton, {}, QPoint(150, 125));
+      QTRY_COMPARE(editor_->State().picture.choice.alternative, std::string("A"));
+      QCOMPARE(*editor_->Text(), html);  // handles are no part of it
+      QVERIFY(!editor_->IsModified());
+      const QPoint handle(150 + side.x() * 50, 125 + side.y() * 25);
+      QTest::mousePress(page, Qt::LeftButton, {}, handle);
+      QTest::mouseMove(page, handle + moved / 2);
+      QTest::mouseMove(page, handle + moved);
+      QTest::mouseRelease(page, Qt::LeftButton, {}, handle + moved);
+      const QString look =
+          "(i=>[i.getAttribute('width'),i.getAttribute('height'),i.style.height].join(' '))(document.images[0])";
+      QTRY_COMPARE(editor_->Evaluate(look).toString(), after);
+      const bool is_changed = moved != QPoint();
+      QCOMPARE(editor_->IsModified(), is_changed);
+      QVERIFY2(Body().startsWith(before.left(before.indexOf(" width="))) && Body().endsWith("></a>z</p>"),
+               qPrintable(Body()));
+      for (const char* ours : {"quill", "frame", "<b>"})
+        QVERIFY2(!editor_->Text()->contains(ours), qPrintable(*editor_->Text()));
+      if (!is_changed) return;
+      editor_->Run(EditorCommand::kUndo);
+      QCOMPARE(Body(), before);
+    }
   }
 
   void aPictureIsChangedByNumbersAndOpenedByTwoClicks() {
@@ -675,29 +654,22 @@ class EditorTest : public QObject {
     QVERIFY(!editor_->IsModified());
   }
 
-  void pastedPagesAreCleaned_data() {
-    QTest::addColumn<QString>("pasted");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("word")
-        << "<html xmlns:o=x><head><style>p{}</style></head><body><!--[if gte mso 9]><xml/><![endif]-->"
-           "<p class=MsoNormal style='margin:0'><b>Hi</b> <o:p></o:p><span lang=EN "
-           "style='font-weight:bold'>you</span></p></body></html>"
-        << "<p><b>Hi</b> <b>you</b></p>";
-    QTest::newRow("hostile") << "<img src=x.png onerror=alert(1)><a href='javascript:alert(2)'>a</a><script>1</script>"
-                                "<iframe src='https://example.org'></iframe><form><input></form>"
-                             << "<a>a</a>";
-    QTest::newRow("pictures") << "<img src='https://example.org/t.gif' alt='beach'> <img src='file:///home/a.png'>"
-                                 "<img src='data:image/gif;base64,R0lGODlh'><img src='x' srcset='file:///a.png'>"
-                                 "<p style='background:url(file:///a.png)' background='a.png'>x</p>"
-                                 "<a href='file:///home/a.png'>f</a>"
-                              << "beach <img src=\"data:image/gif;base64,R0lGODlh\"><p>x</p><a>f</a>";
-    QTest::newRow("kept") << "<a href='https://example.org'>a</a><ul><li>1</li></ul><font color='#ff0000'>r</font>"
-                          << "<a href=\"https://example.org\">a</a><ul><li>1</li></ul><font color=\"#ff0000\">r</font>";
-  }
   void pastedPagesAreCleaned() {
-    QFETCH(QString, pasted);
-    QFETCH(QString, expected);
-    QCOMPARE(editor_->Evaluate("quill.clean(" + QString("`%1`").arg(pasted) + ")").toString(), expected);
+    for (const auto& [pasted, expected] : std::initializer_list<std::pair<QString, QString>>{
+             {"<html xmlns:o=x><head><style>p{}</style></head><body><!--[if gte mso 9]><xml/><![endif]-->"
+              "<p class=MsoNormal style='margin:0'><b>Hi</b> <o:p></o:p><span lang=EN "
+              "style='font-weight:bold'>you</span></p></body></html>",
+              "<p><b>Hi</b> <b>you</b></p>"},
+             {"<img src=x.png onerror=alert(1)><a href='javascript:alert(2)'>a</a><script>1</script>"
+              "<iframe src='https://example.org'></iframe><form><input></form>",
+              "<a>a</a>"},
+             {"<img src='https://example.org/t.gif' alt='beach'> <img src='file:///home/a.png'>"
+              "<img src='data:image/gif;base64,R0lGODlh'><img src='x' srcset='file:///a.png'>"
+              "<p style='background:url(file:///a.png)' background='a.png'>x</p><a href='file:///home/a.png'>f</a>",
+              "beach <img src=\"data:image/gif;base64,R0lGODlh\"><p>x</p><a>f</a>"},
+             {"<a href='https://example.org'>a</a><ul><li>1</li></ul><font color='#ff0000'>r</font>",
+              "<a href=\"https://example.org\">a</a><ul><li>1</li></ul><font color=\"#ff0000\">r</font>"}})
+      QCOMPARE(editor_->Evaluate("quill.clean(`" + pasted + "`)").toString(), expected);
   }
 
   void pasteGoesThroughTheCleaning() {
