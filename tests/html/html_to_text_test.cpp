@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-
 #include "html/html_tokenizer.h"
 #include "html/local_pictures.h"
 #include "support/random_text.h"
