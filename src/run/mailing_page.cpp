@@ -6,9 +6,11 @@
 #include <array>
 #include <string>
 
+#include "account/account_steps.h"
 #include "document/merge_fields.h"
 #include "html/safe_page.h"
 #include "platform/text.h"
+#include "run/frozen/frozen_text.h"
 #include "run/mailing_tally.h"
 #include "run/run_words.h"
 #include "smtp/outcome_text.h"
@@ -97,6 +99,13 @@ std::string EndOf(const RunEntry& run, const platform::Clock& clock) {
   return run.standing == RunStanding::kGoesOn ? ", and goes on" : ", and was cut off";
 }
 
+// As its messages name the sender; empty where the journal cannot give that any more.
+std::string SenderOf(RunJournal& journal, MailingId mailing) {
+  const auto kept = journal.Inputs(mailing);
+  const auto frozen = kept ? ReadFrozenText(kept->inputs, kept->files) : Result<Frozen>(kept.error());
+  return frozen ? std::string(platform::Trim(account::TextsOf(frozen->inputs.account).from)) : std::string();
+}
+
 // Any that there are at all get a line that can be seen.
 std::string Bar(const char* kind, std::int64_t part, std::int64_t whole) {
   if (part == 0 || whole == 0) return "";
@@ -116,7 +125,7 @@ class Page {
        const std::function<Result<void>(std::string_view)>& write)
       : mailing_(mailing), clock_(clock), write_(write) {}
 
-  void Begin();
+  void Begin(const std::string& sender);
   void States();
   void Bars(const char* heading, const char* what, std::vector<NamedTally> rows);
   void OverTime(const MailingTally& tally, std::chrono::sys_seconds first);
@@ -137,10 +146,11 @@ class Page {
   Result<void> written_;
 };
 
-void Page::Begin() {
+void Page::Begin(const std::string& sender) {
   const std::string subject = Safe(mailing_.subject.empty() ? "(no subject)" : WithoutTags(mailing_.subject));
   Put(fmt::format(fmt::runtime(kHead), subject));
-  Put(fmt::format("<h1>{}</h1>\n<p>To {} of the group {}.", subject,
+  Put(fmt::format("<h1>{}</h1>\n<p>{} {} of the group {}.", subject,
+                  sender.empty() ? "To" : "From " + Safe(sender) + " to",
                   platform::Counted(mailing_.recipients, "recipient", "recipients"), Safe(mailing_.group)));
   for (const RunEntry& run : mailing_.runs) {
     const char* what = run.kind == RunKind::kFirst    ? "Sent"
@@ -273,7 +283,7 @@ Result<void> WriteMailingPage(RunJournal& journal, const MailingEntry& mailing, 
   if (is_cancelled()) return Error{Failure::kTryAgain, "The report was cancelled.", ""};
 
   Page page(mailing, clock, write);
-  page.Begin();
+  page.Begin(SenderOf(journal, mailing.id));
   page.States();
   page.Bars("By reply", "Reply", tally.Replies(kMostBars));
   page.Bars("By recipient domain", "Domain", tally.Domains(kMostBars));

@@ -11,9 +11,9 @@
 
 namespace quillcast::run {
 
-// Writes HTML that needs nothing else and runs nothing, piece by piece: by state, by reply, by recipient domain, over
-// time, and the first thousand who did not get it, with the servers' own words. Memory does not grow with the
-// recipients. Fails as the journal and `write` do, and with kTryAgain after a cancel.
+// Writes HTML that needs nothing else and runs nothing, piece by piece: who sent it to whom and when, by state, by
+// reply, by recipient domain, over time, and the first thousand who did not get it, with the servers' own words. Memory
+// does not grow with the recipients. Fails as the journal and `write` do, and with kTryAgain after a cancel.
 Result<void> WriteMailingPage(RunJournal& journal, const MailingEntry& mailing, const platform::Clock& clock,
                               const platform::CancelToken& cancel,
                               const std::function<Result<void>(std::string_view html)>& write);

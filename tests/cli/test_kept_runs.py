@@ -146,7 +146,7 @@ class KeptRuns(Case):
         self.assertEqual(words.tags & {"script", "img", "link", "iframe", "a", "object"}, set())
         self.assertFalse({name for name in words.attributes if name.startswith("on") or name in ("src", "href")})
         told = " ".join(" ".join(words.words).split())
-        for part in (f"Hi {NASTY}", "To 7 recipients of the group All.", "good.example 3 0", "bad.example 0 2", "slow.example 0 2",
+        for part in (f"Hi {NASTY}", "From Ada <ada@sender.example> to 7 recipients of the group All.", "good.example 3 0", "bad.example 0 2", "slow.example 0 2",
                      "r2@bad.example refused 550", "r6@slow.example deferred 451", "Over time"):
             self.assertIn(part, told)
         self.assertNotIn("r1@good.example", told)

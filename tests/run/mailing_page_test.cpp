@@ -71,6 +71,8 @@ TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
            "not tried | 0 | 0 | 0 | 3 | \n",
            "example.org | 1 | 2 | 1 | 3 | \n",
            "All | 1 | 2 | 1 | 3 | \n",
+           // The head, up to the moment.
+           "\nFrom Ada &lt;ada@example.org&gt; to 7 recipients of the group Readers. Sent 2",
            // By name.
            "Who did not get it\n\n# | Address | State | Why\n2 | r2@example.org | refused | 550 5.1.1 nobody\n"
            "3 | r3@example.org | deferred | 451 4.2.0 later\n\n",
