@@ -92,6 +92,7 @@
 #include "desktop/support/support_form.h"
 #include "desktop/tab_walk.h"
 #include "desktop/widgets/empty_state.h"
+#include "desktop/widgets/filter_box.h"
 #include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/look.h"
@@ -257,6 +258,11 @@ class ScreensTest : public QObject {
       }
     }
     if (before) before->setFocus();
+    for (const auto* box : window.findChildren<QLineEdit*>()) {
+      const bool is_filter = box->isClearButtonEnabled();  // whose Return is not the window's, nor its first Escape
+      QVERIFY2(!is_filter || qobject_cast<const FilterBox*>(box) != nullptr,
+               qPrintable(name + ' ' + box->objectName()));
+    }
   }
 
   // The Tab key comes to everything in a dialog. An editor's page takes it for itself.

@@ -29,6 +29,7 @@
 #include "desktop/widgets/background_task.h"
 #include "desktop/widgets/contrast.h"
 #include "desktop/widgets/count_bar.h"
+#include "desktop/widgets/filter_box.h"
 #include "desktop/widgets/focus_ring.h"
 #include "desktop/widgets/folding_line.h"
 #include "desktop/widgets/form_column.h"
@@ -100,6 +101,24 @@ class WidgetsTest : public QObject {
     press(line, Qt::Key_Return, "\r", false);
     press(button, Qt::Key_Space, " ", false);
     QCOMPARE(presses, 2);
+  }
+
+  // Whatever the window's own button would do.
+  void returnInAFilterPressesNothingAndEscapeEmptiesItFirst() {
+    QDialog window;
+    QPushButton button(&window);
+    button.setDefault(true);
+    FilterBox filter("FilterTextBox", "Filter", "Filter", &window);
+    QSignalSpy pressed(&button, &QPushButton::clicked);
+    window.show();
+    QTest::keyClicks(&filter, "ada");
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter}) QTest::keyClick(&filter, static_cast<Qt::Key>(key));
+    QVERIFY(pressed.isEmpty());
+    QTest::keyClick(&filter, Qt::Key_Escape);
+    QVERIFY(window.isVisible());
+    QCOMPARE(filter.text(), QString());
+    QTest::keyClick(&filter, Qt::Key_Escape);
+    QVERIFY(!window.isVisible());
   }
 
   // By the table of an independent program.

@@ -1,10 +1,10 @@
 #include "desktop/run/history_manager_form.h"
 
 #include <QComboBox>
-#include <QLineEdit>
 #include <QPushButton>
 #include <algorithm>
 
+#include "desktop/widgets/filter_box.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
@@ -15,7 +15,7 @@ namespace quillcast::desktop {
 HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
       program_(program),
-      filter_(new QLineEdit(this)),
+      filter_(new FilterBox("FilterTextBox", tr("Filter"), tr("Filter"), this)),
       order_(new QComboBox(this)),
       grid_(new RowList(
           "HistoryGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this,
@@ -24,10 +24,6 @@ HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget*
   setObjectName("HistoryManagerForm");
   setWindowTitle(tr("History Manager"));
   resize(720, 440);
-  filter_->setObjectName("FilterTextBox");
-  filter_->setPlaceholderText(tr("Filter"));
-  filter_->setAccessibleName(tr("Filter"));
-  filter_->setClearButtonEnabled(true);
   order_->setObjectName("OrderComboBox");
   order_->setAccessibleName(tr("Order"));
   order_->addItems({tr("As listed"), tr("Newest first"), tr("Oldest first"), tr("By subject")});

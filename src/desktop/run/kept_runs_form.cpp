@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/filter_box.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
 #include "desktop/widgets/qt_text.h"
@@ -67,7 +68,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
           {{tr("#"), 8, true}, {tr("Recipient"), 28}, {tr("State"), 27}, {tr("What the server said")}},
           [this](std::size_t row, int column) { return TextOfOne(row, column); }, this)),
       states_(new QComboBox(this)),
-      reply_(new QLineEdit(this)),
+      reply_(new FilterBox("ReplyTextBox", {}, tr("Any; or the beginnings of its codes: 452, 5.2.2"), this)),
       group_(new QLineEdit(this)),
       status_(new StatusLine(this)),
       task_(new BackgroundTask(this)) {
@@ -75,7 +76,6 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   setWindowTitle(tr("Runs"));
   resize(760, 560);
   for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
-  reply_->setPlaceholderText(tr("Any; or the beginnings of its codes: 452, 5.2.2"));
   reply_->setMaxLength(255);
   group_->setMaxLength(255);
   auto* column = new FormColumn(this);

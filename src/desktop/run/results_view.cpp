@@ -3,12 +3,12 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QGuiApplication>
-#include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
 #include <algorithm>
 #include <utility>
 
+#include "desktop/widgets/filter_box.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
@@ -29,7 +29,7 @@ ResultsView::ResultsView(const run::RunResults& results, const profile::Program&
       results_(results),
       program_(program),
       states_(new QComboBox(this)),
-      text_(new QLineEdit(this)),
+      text_(new FilterBox("ResultTextBox", tr("Filter"), tr("Filter by address or reason"), this)),
       table_(new RowList(
           "ResultsTable", tr("Results"), {{tr("#"), 8, true}, {tr("Recipient"), 32}, {tr("Result"), 12}, {tr("Why")}},
           [this](std::size_t row, int column) { return TextOf(row, column); }, this)),
@@ -42,10 +42,6 @@ ResultsView::ResultsView(const run::RunResults& results, const profile::Program&
                            run::ResultState::kFailed, run::ResultState::kUnknown, run::ResultState::kNotTried}) {
     states_->addItem(tr(run::Name(state)), static_cast<int>(state));
   }
-  text_->setObjectName("ResultTextBox");
-  text_->setAccessibleName(tr("Filter"));
-  text_->setPlaceholderText(tr("Filter by address or reason"));
-  text_->setClearButtonEnabled(true);
   table_->setSelectionMode(QAbstractItemView::ExtendedSelection);
   auto* copy = new QPushButton(tr("Cop&y"), this);
   copy->setObjectName("CopyResultsButton");

@@ -1,6 +1,5 @@
 #include "desktop/shell/practice_form.h"
 
-#include <QLineEdit>
 #include <QSplitter>
 #include <QVBoxLayout>
 #include <numeric>
@@ -9,6 +8,7 @@
 #include "account/practice.h"
 #include "desktop/mail_file/message_view.h"
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/filter_box.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/row_list.h"
@@ -43,7 +43,8 @@ PracticeForm::PracticeForm(const profile::SettingsStore& settings, fs::path fold
     : QDialog(parent),
       folder_(std::move(folder)),
       task_(new BackgroundTask(this)),
-      filter_(new QLineEdit(this)),
+      filter_(new FilterBox("FilterTextBox", tr("Show those whose recipient or subject holds this text"),
+                            tr("Recipient or subject"), this)),
       list_(new RowList(
           "PracticeList", tr("Messages"), {{tr("To"), 24}, {tr("Subject")}},
           [this](std::size_t row, int column) {
@@ -64,10 +65,6 @@ void PracticeForm::BuildWindow(MessageTools tools) {
   setObjectName("PracticeForm");
   setWindowTitle(tr("Practice Mailbox"));
   resize(980, 600);
-  filter_->setObjectName("FilterTextBox");
-  filter_->setPlaceholderText(tr("Recipient or subject"));
-  filter_->setAccessibleName(tr("Show those whose recipient or subject holds this text"));
-  filter_->setClearButtonEnabled(true);
   auto* left = new QWidget(this);
   auto* lines = new QVBoxLayout(left);
   lines->setContentsMargins(0, 0, 0, 0);
