@@ -7,12 +7,15 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTest>
 #include <QTextBrowser>
 #include <QUrl>
 
+#include "desktop/account/email_manager_form.h"
 #include "desktop/document/html_editor.h"
 #include "desktop/main_window.h"
+#include "desktop/run/run_pace_form.h"
 #include "desktop/run/send_mail_form1.h"
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/help_key.h"
@@ -181,6 +184,26 @@ class HelpFormsTest : public QObject {
     scene.window->Dispatch(CommandId::kThreads);
     for (int time = 0; time < 2; ++time) scene.window->Dispatch(CommandId::kHelpTopics);
     QCOMPARE(scene.window->findChildren<HelpForm*>(Qt::FindDirectChildrenOnly).size(), 1);
+  }
+
+  // A page opens where it tells of what has the keyboard.
+  void thePaceHasItsPlaceInThePage() {
+    test::FormRig rig;
+    HelpKey key(rig.folders);
+    qApp->installEventFilter(&key);
+    RunPaceForm pace([] { return run::PaceTexts(); }, {}, {}, nullptr);
+    EmailManagerForm account(rig.program, nullptr);
+    account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(3);
+    for (const auto& [form, begins] :
+         {std::pair<QDialog*, const char*>(&pace, "Not faster than"), {&account, "Pace. How many"}}) {
+      form->show();
+      form->activateWindow();
+      QVERIFY(QTest::qWaitForWindowActive(form));
+      QTest::keyClick(form->findChild<QLineEdit*>("RateTextBox"), Qt::Key_F1);
+      auto* page = form->findChild<HelpForm*>()->findChild<QTextBrowser*>("HelpPage");
+      const auto top = [&] { return page->cursorRect(page->document()->find(begins)).top(); };
+      QTRY_VERIFY2(top() >= 0 && top() < page->height() / 4, qPrintable(QString::number(top())));
+    }
   }
 
   void theTabKeyComesToEverything() {

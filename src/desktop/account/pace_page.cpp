@@ -7,6 +7,7 @@
 #include "desktop/account/account_control_names.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
+#include "desktop/widgets/help_place.h"
 #include "desktop/widgets/qt_text.h"
 #include "desktop/widgets/status_line.h"
 #include "platform/text.h"
@@ -16,29 +17,28 @@ namespace quillcast::desktop {
 using enum account::AccountKey;
 
 PacePage::PacePage(QWidget* parent) : QWidget(parent) {
+  setProperty(kHelpPlace, "pace");
   auto* column = new FormColumn(this);
   FormGrid* limits = column->AddBox(tr("No more messages than"));
-  AddLine(limits, kRate, tr("&Rate:"), tr("30/min, 5/s or 200/h"));
-  AddLine(limits, kQuotaHour, tr("In an &hour:"), tr("500"));
-  AddLine(limits, kQuotaDay, tr("In a &day:"), tr("2000"));
-  AddLine(limits, kDomainRate, tr("To each recipient doma&in:"), tr("20/min"));
+  AddLine(limits, kRate, tr("&Rate:"), tr("No limit; or 30/min, 5/s, 200/h"));
+  AddLine(limits, kQuotaHour, tr("In an &hour:"), tr("No limit; or 500"));
+  AddLine(limits, kQuotaDay, tr("In a &day:"), tr("No limit; or 2000"));
+  AddLine(limits, kDomainRate, tr("To each recipient doma&in:"), tr("No limit; or 20/min"));
   FormGrid* times = column->AddBox(tr("When"));
-  AddLine(times, kHours, tr("Hours &of the day:"), tr("9-17, 8:30-17:30 or 22-6"));
-  AddLine(times, kPauseAfter, tr("&Pause:"), tr("100:60 is a minute after each 100 messages"));
-  AddLine(times, kPerConnection, tr("&Messages over one connection:"), tr("50"));
-  AddLine(times, kConnections, tr("&Connections at a time:"), tr("1 to 50"));
+  AddLine(times, kHours, tr("Hours &of the day:"), tr("Any; or 9-17, 8:30-17:30, 22-6"));
+  AddLine(times, kPauseAfter, tr("&Pause:"), tr("None; or 100:60, a minute after each 100 messages"));
+  AddLine(times, kPerConnection, tr("&Messages over one connection:"), tr("Any number; or 50"));
+  AddLine(times, kConnections, tr("&Connections at a time:"), tr("1; or up to 50"));
   FormGrid* again = column->AddBox(tr("Who was deferred, or could not be reached"));
-  AddLine(again, kRetries, tr("&Try again so many times:"), tr("0, or 3"));
-  AddLine(again, kRetryAfter, tr("&First after:"),
-          tr("5min where it is empty; then twice as long each time, up to 1h"));
-  AddLine(again, kNetworkWait, tr("&Wait for a lost network:"), tr("1h"));
+  AddLine(again, kRetries, tr("&Try again so many times:"), tr("Not once; or 3"));
+  AddLine(again, kRetryAfter, tr("&First after:"), tr("5min; then twice as long each time, up to 1h"));
+  AddLine(again, kNetworkWait, tr("&Wait for a lost network:"), tr("Not at all; or 1h"));
   auto* slow_down =
       again->AddPlain(NameOf(kSlowDown), new QCheckBox(tr("&Slow down where the server asks for fewer messages")));
   connect(slow_down, &QCheckBox::toggled, this, &PacePage::Changed);
   column->addStretch(1);
   column->Add(new StatusLine(this, "PaceNote"))
-      ->Say(tr("An empty field limits nothing and tries nobody again; where that of the connections is empty, there is "
-               "one. All runs count, those of other windows and commands too."));
+      ->Say(tr("All runs count, those of other windows and commands too."));
 }
 
 void PacePage::AddLine(FormGrid* rows, account::AccountKey key, const QString& label, const QString& example) {

@@ -84,12 +84,15 @@ void HelpForm::LoadPages() {
 }
 
 void HelpForm::Open(const QString& topic) {
+  const QString name = topic.section('#', 0, 0);
   const bool is_there =
-      std::any_of(pages_.begin(), pages_.end(), [&topic](const help::Page& page) { return ToQt(page.topic) == topic; });
+      std::any_of(pages_.begin(), pages_.end(), [&name](const help::Page& page) { return ToQt(page.topic) == name; });
   if (is_there) {
-    page_->setSource(QUrl::fromLocalFile(folder_ + '/' + topic));
+    QUrl page = QUrl::fromLocalFile(folder_ + '/' + name);
+    if (name != topic) page.setFragment(topic.section('#', 1));
+    page_->setSource(page);
   } else {
-    page_->setPlainText(tr("The help page %1 is not in %2. Install the program anew.").arg(topic, folder_));
+    page_->setPlainText(tr("The help page %1 is not in %2. Install the program anew.").arg(name, folder_));
   }
 }
 

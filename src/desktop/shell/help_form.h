@@ -20,7 +20,8 @@ class RowList;
 class HelpForm final : public QDialog {
   Q_OBJECT
  public:
-  // `topic` is the name of a page in the program folder's help: "Welcome.htm". Another page opens in the same window.
+  // `topic` is the name of a page in the program folder's help, "Welcome.htm", or of a place in one,
+  // "Sending.htm#pace". Another page opens in the same window.
   HelpForm(const profile::Folders& folders, const QString& topic, QWidget* parent);
 
  private:

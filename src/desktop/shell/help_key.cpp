@@ -6,12 +6,23 @@
 #include <array>
 
 #include "desktop/shell/help_form.h"
+#include "desktop/widgets/help_place.h"
 
 namespace quillcast::desktop {
 namespace {
 
 // The windows that must be reached at any moment.
 bool MustStayUncovered(const QWidget& window) { return window.objectName() == "ShutDownForm"; }
+
+// "Sending.htm#pace": what has the keyboard may belong to a part of the window that a part of the page tells of.
+QString TopicFor(const QWidget& widget) {
+  const QString topic = TopicOf(widget.window()->objectName()).value_or(kWelcomeTopic);
+  for (const QWidget* part = &widget; part != nullptr && !part->isWindow(); part = part->parentWidget()) {
+    const QString place = part->property(kHelpPlace).toString();
+    if (!place.isEmpty()) return topic + '#' + place;
+  }
+  return topic;
+}
 
 }  // namespace
 
@@ -23,7 +34,7 @@ bool HelpKey::eventFilter(QObject* watched, QEvent* event) {
   // Never modal: over a countdown or a run it would keep from stopping them. The dialog's own window is open to it.
   HelpForm* help = HelpOver(*dialog);
   if (help == nullptr) {
-    help = new HelpForm(folders_, TopicOf(dialog->objectName()).value_or(kWelcomeTopic), dialog);
+    help = new HelpForm(folders_, TopicFor(*widget), dialog);
     if (MustStayUncovered(*dialog)) PlaceBeside(*help, *dialog);
   }
   BringToFront(*help);
