@@ -84,6 +84,7 @@
 #include "desktop/shell/help_form.h"
 #include "desktop/shell/main_form.h"
 #include "desktop/shell/message_header.h"
+#include "desktop/shell/notices.h"
 #include "desktop/shell/practice_form.h"
 #include "desktop/shell/splash_form.h"
 #include "desktop/shell/tips_form.h"
@@ -667,6 +668,9 @@ class ScreensTest : public QObject {
       MainForm window(fresh.program);
       window.Load();
       Take(window, "first-start");
+      QVERIFY(test::LeaveCutOff(fresh.folders, "Customers"));
+      window.findChild<Notices*>()->LookForCutOff();
+      Take(window, "main-cut-off");
       window.skip_save_prompt = true;
       window.close();
     }
@@ -709,6 +713,9 @@ class ScreensTest : public QObject {
       Take(before, "send-before");
       before.findChild<QTabWidget*>()->setCurrentIndex(1);
       Take(before, "send-before-results");
+      before.findChild<QTabWidget*>()->setCurrentIndex(0);
+      for (const char* shown : {"PausePanel", "PauseButton"}) before.findChild<QWidget*>(shown)->show();
+      Take(before, "send-paused");
     }
     SendMailForm1 send(rig.program, document, {group, 4}, SendMailForm1::Server::kReal, nullptr);
     send.show();
