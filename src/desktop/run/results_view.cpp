@@ -99,6 +99,8 @@ void ResultsView::LookOverAgain() {
 
 void ResultsView::Filter() {
   filter_ = {};
+  told_.clear();
+  told_as_ = NoteKind::kInformation;
   if (states_->currentData().isValid()) filter_.state = static_cast<run::ResultState>(states_->currentData().toInt());
   filter_.unsent_only = states_->currentIndex() == 1;
   filter_.text = FromQt(text_->text());
@@ -117,6 +119,16 @@ void ResultsView::ShowCount() {
   table_->SetEmptyText(seen_ == 0
                            ? tr("Each recipient appears here with what became of the message. Press Send to begin.")
                            : tr("No result is of this kind. Choose “Everybody” and clear the filter to see them all."));
+  count_->Say(told_.isEmpty() ? CountText() : tr("%1 %2").arg(told_, CountText()), told_as_);
+}
+
+void ResultsView::Tell(const QString& what, NoteKind as) {
+  told_ = what;
+  told_as_ = as;
+  ShowCount();
+}
+
+QString ResultsView::CountText() const {
   const QString count = tr("%1 of %2 results")
                             .arg(QLocale::c().toString(static_cast<qulonglong>(rows_.size())),
                                  QLocale::c().toString(static_cast<qulonglong>(results_.size())));
@@ -128,7 +140,7 @@ void ResultsView::ShowCount() {
         Counted(unknown_, tr("1 of them is unknown: the message was out and no answer came, so it may have arrived."),
                 tr("%1 of them are unknown: the messages were out and no answers came, so they may have arrived."));
   }
-  count_->Say(meaning.isEmpty() ? count : tr("%1. %2").arg(count, meaning));
+  return meaning.isEmpty() ? count : tr("%1. %2").arg(count, meaning);
 }
 
 // The selected rows, or all that the filter shows when none is.
@@ -143,17 +155,13 @@ void ResultsView::Save() {
       {.title = "Save", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", .ask_before_overwriting = true});
   if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
-  if (may_write && !*may_write) {
-    count_->Say(InWords(platform::LeftLocked(file)));
-    return;
-  }
-  const auto saved = may_write ? platform::ReplaceChosenFile(file, program_.folders.OwnFiles(), results_.AsText(rows_))
-                               : may_write.error();
-  if (saved) {
-    count_->Say(tr("Saved as %1.").arg(PathToQt(file)));
-  } else {
-    count_->Fail(saved.error());
-  }
+  if (!may_write) return Tell(InWords(may_write.error()), NoteKind::kFailure);
+  if (!*may_write) return Tell(InWords(platform::LeftLocked(file)));
+  const auto saved = platform::ReplaceChosenFile(file, program_.folders.OwnFiles(), results_.AsText(rows_));
+  if (!saved) return Tell(InWords(saved.error()), NoteKind::kFailure);
+  Tell(Counted(static_cast<std::int64_t>(rows_.size()), tr("1 result was saved as %2."),
+               tr("%1 results were saved as %2."))
+           .arg(PathToQt(file)));
 }
 
 }  // namespace quillcast::desktop

@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <vector>
 
+#include "desktop/widgets/note.h"
 #include "profile/program.h"
 #include "run/run_results.h"
 
@@ -27,7 +28,9 @@ class ResultsView final : public QWidget {
   void LookOverAgain();
   void Filter();
   std::int64_t CountUnknown(const std::vector<std::uint32_t>& rows) const;
+  QString CountText() const;
   void ShowCount();
+  void Tell(const QString& what, NoteKind as = NoteKind::kInformation);
   void Copy();
   void Save();
 
@@ -38,6 +41,8 @@ class ResultsView final : public QWidget {
   std::size_t seen_ = 0;             // of the results
   std::int64_t changes_ = 0;         // of them
   std::int64_t unknown_ = 0;         // of the rows
+  QString told_;                     // what came of saving them, until another filter is chosen
+  NoteKind told_as_ = NoteKind::kInformation;
   QComboBox* states_;
   QLineEdit* text_;
   RowList* table_;
