@@ -29,7 +29,7 @@ void RunProgress::Begins(std::int64_t total) {
 void RunProgress::CountTime() {
   const auto now = clock_.Monotonic();
   const auto from = std::min(now, std::max(counted_to_, idle_until_));
-  const bool works = stage_ == Stage::kGoes && held_ != UnderWay::kNothing;
+  const bool works = stage_ == Stage::kGoes && held_ != UnderWay::kNothing && !lost_;
   if (works) worked_ += now - from;
   counted_to_ = now;
 }
@@ -38,6 +38,7 @@ void RunProgress::CountTime() {
 void RunProgress::Finished(const RecipientResult& result) {
   CountTime();
   idle_until_ = counted_to_;
+  lost_.reset();
   ++tries_;
   const bool is_first = result.tries == 1;
   if (is_first) ++tried_;
@@ -53,12 +54,14 @@ void RunProgress::GoesOut() {
   CountTime();
   idle_until_ = counted_to_;
   wait_.reset();
+  lost_.reset();
 }
 
 // While several wait for their next try, each for another moment, the end creeps on though messages go out: so the end
 // that was told first stays, and is over in its time.
 void RunProgress::Waits(const Sentence& why, Moment until) {
   CountTime();
+  lost_.reset();
   const auto left = until - clock_.Now();
   if (tried_ >= total_ && left >= kMoment) idle_until_ = counted_to_ + std::chrono::duration_cast<Duration>(left);
   if (wait_ && until - wait_->until < kMoment && wait_->until - until < kMoment) {
@@ -67,6 +70,12 @@ void RunProgress::Waits(const Sentence& why, Moment until) {
   }
   wait_.reset();
   if (left >= kMoment) wait_ = {why, until};
+}
+
+void RunProgress::WayLost(const Sentence& why, Moment until) {
+  CountTime();
+  wait_.reset();
+  lost_ = {why, until};
 }
 
 void RunProgress::Asks() {
@@ -101,14 +110,22 @@ ProgressLook RunProgress::Now() {
 }
 
 Sentence RunProgress::Line() {
-  if (stage_ == Stage::kGoes && held_) {
-    if (*held_ == UnderWay::kSomething) return "Pausing as soon as what is under way has its answer.";
-    return Say("Paused. {} of {} are done.", NumberValue(done_), NumberValue(total_));
+  if (stage_ != Stage::kGoes) return Rate();
+  if (held_) return HeldLine();
+  for (const auto& pause : {lost_, wait_}) {
+    if (pause && clock_.Now() < pause->until) return WaitsUntil(pause->why, pause->until, clock_);
   }
-  if (stage_ == Stage::kGoes && wait_ && clock_.Now() < wait_->until) {
-    return WaitsUntil(wait_->why, wait_->until, clock_);
+  return lost_ ? Sentence("The way to the server was lost, and is being tried now.") : Rate();
+}
+
+// Without a way nothing is under way that would have to be waited for.
+Sentence RunProgress::HeldLine() const {
+  if (lost_) {
+    return Say("Paused. {} of {} are done. The way to the server is lost, and is tried again when you go on.",
+               NumberValue(done_), NumberValue(total_));
   }
-  return Rate();
+  if (*held_ == UnderWay::kSomething) return "Pausing as soon as what is under way has its answer.";
+  return Say("Paused. {} of {} are done.", NumberValue(done_), NumberValue(total_));
 }
 
 // Of late, or where nothing was done then and at the end, of the whole run.

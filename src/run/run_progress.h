@@ -19,7 +19,8 @@ struct ProgressLook {
 };
 
 // It belongs to one thread at a time. The time that a person was asked, or held the run, counts for no rate, nor does
-// that between the end of the list and another try: a wait for the pace does, for that is how fast the run goes.
+// that between the end of the list and another try, nor that without a way to the server: a wait for the pace does, for
+// that is how fast the run goes.
 class RunProgress {
  public:
   explicit RunProgress(const platform::Clock& clock) : clock_(clock) {}
@@ -32,6 +33,9 @@ class RunProgress {
   void GoesOut();
   // A wait that is over in a moment is none.
   void Waits(const Sentence& why, Moment until);
+  // There is no way to the server, and it is tried again then. So it stands until something goes out, or something else
+  // is waited for.
+  void WayLost(const Sentence& why, Moment until);
   // A person is asked whether it goes on, and has answered.
   void Asks();
   void Answered();
@@ -56,6 +60,7 @@ class RunProgress {
 
   void CountTime();
   Sentence Line();
+  Sentence HeldLine() const;
   Sentence Rate();
 
   const platform::Clock& clock_;
@@ -67,6 +72,7 @@ class RunProgress {
   std::int64_t tries_ = 0;
   std::optional<UnderWay> held_;
   std::optional<Pause> wait_;
+  std::optional<Pause> lost_;  // the way
   platform::Instant counted_to_;
   platform::Instant idle_until_;  // for who is tried again
   platform::Duration worked_{0};

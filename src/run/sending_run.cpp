@@ -94,6 +94,7 @@ class Run final : public smtp::JobSource {
   bool IsHeld();
   bool IsHeldUp();
   std::optional<platform::Instant> WaitUntil(platform::Instant due, const Sentence& why);
+  Moment MomentOf(platform::Instant due) const;
   bool NextLeft();
   void TakeMessage(Letter& letter);
   std::optional<smtp::Outcome> RenderRow(Letter& letter);
@@ -262,9 +263,13 @@ bool Run::IsHeldUp() {
 }
 
 std::optional<platform::Instant> Run::WaitUntil(platform::Instant due, const Sentence& why) {
-  const auto until = parts_.clock.Now() + (due - parts_.clock.Monotonic());
-  TellWait(why, std::chrono::time_point_cast<Moment::duration>(until));
+  TellWait(why, MomentOf(due));
   return due;
+}
+
+Moment Run::MomentOf(platform::Instant due) const {
+  const auto moment = parts_.clock.Now() + (due - parts_.clock.Monotonic());
+  return std::chrono::time_point_cast<Moment::duration>(moment);
 }
 
 // By what NextJob found: what was not due then may be so by now, and is still to come.
@@ -272,7 +277,7 @@ std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
   if (waits_ == Waits::kForPerson) {
     telling_.CatchUpProgress(InRange());
-    listener_.Held(std::ssize(with_carrier_));
+    listener_.Held(std::ssize(with_carrier_) - not_out_);
     return parts_.clock.Monotonic() + kHeldFor;  // soon: the connections are kept as in any short wait
   }
   if (waits_ == Waits::kForServer)
@@ -408,7 +413,12 @@ void Run::Connected(const smtp::Capabilities& offered) {
   listener_.Note(kNoNotices);
 }
 
-void Run::WayLost(const smtp::Outcome& why, platform::Instant until) { WaitUntil(until, WaitForNetwork(why.reason)); }
+// Who holds the run need not wait for the way to be told that nothing is under way.
+void Run::WayLost(const smtp::Outcome& why, platform::Instant until) {
+  telling_.CatchUpProgress(InRange());
+  listener_.WayLost(WaitForNetwork(why.reason), MomentOf(until));
+  if (IsHeld() && waits_ == Waits::kForPerson) listener_.Held(0);
+}
 
 void Run::WayGivenUp(const smtp::Outcome& why) {
   if (!summary_.stopped) summary_.stopped = NetworkStaysAway(why.reason);

@@ -65,6 +65,8 @@ class RunListener {
   }
   // Nothing goes out before then, unless something that is under way changes it; told a few times a second meanwhile.
   virtual void Waits(const Sentence& /*why*/, Moment /*until*/) {}
+  // The same of the way to the server, which is lost and tried again then: nothing is under way.
+  virtual void WayLost(const Sentence& why, Moment until) { Waits(why, until); }
   // Something about the whole run that the person should know: a whole sentence.
   virtual void Note(const Sentence& sentence) = 0;
 };

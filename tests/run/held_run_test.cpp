@@ -48,6 +48,17 @@ TEST_F(HeldRun, EndsWhatIsUnderWayAndGoesOnWhereItWas) {
   EXPECT_EQ(Times(), "1@0 2@10 3@14 ");
 }
 
+TEST_F(HeldRun, CountsNobodyAsUnderWayWhoseConnectionIsLost) {
+  Run({.domains = "aa", .change = [&](FakeCarrier& carrier) {
+         Holds(1'000'000, 10)(carrier);
+         carrier.comes_back = {{1, 1}};
+         carrier.is_back = [&](std::int64_t) { is_held_ = true; };
+       }});
+  EXPECT_EQ(told_.held, std::vector<std::int64_t>{0});
+  EXPECT_EQ(told_.let_go, 1);
+  EXPECT_TRUE(summary_.everybody_got_it());
+}
+
 TEST_F(HeldRun, IsCancelledAtOnceAndNamesWhoWasLeft) {
   Run({.domains = "aaaaa", .window = 2, .change = Holds(3, 1, true)});
   EXPECT_EQ(told_.sent, Places(1, 2));

@@ -91,6 +91,13 @@ TEST_F(Progress, CountsNoTimeInWhichARunDoesNotWork) {
          Waits(45s);
          Pass(45s);
        }},
+      {"without a way",
+       [&] {
+         progress_->WayLost("Lost.", clock_.now + 30s);
+         Pass(30s);  // and then it is tried, in vain first
+         progress_->WayLost("Lost.", clock_.now + 15s);
+         Pass(15s);
+       }},
       {"asked",
        [&] {
          progress_->Asks();
@@ -136,6 +143,25 @@ TEST_F(Progress, SaysHowItIsHeld) {
   progress_->IsHeld(RunProgress::UnderWay::kNothing);
   progress_->Ends();
   EXPECT_NE(Line().substr(0, 5), "Pause");
+}
+
+TEST_F(Progress, SaysThatTheWayIsLostWhateverThePersonDoes) {
+  const auto waits = [&] { return Line().substr(0, 12); };
+  progress_->Begins(30);
+  Tell(10, 100ms);
+  progress_->WayLost("Lost.", clock_.now + 30s);
+  EXPECT_EQ(waits(), "Waits until ");
+  progress_->IsHeld(RunProgress::UnderWay::kSomething);
+  EXPECT_EQ(Line(), "Paused. 10 of 30 are done. The way to the server is lost, and is tried again when you go on.");
+  progress_->IsLetGo();
+  EXPECT_EQ(waits(), "Waits until ");
+  Pass(30s);
+  EXPECT_EQ(Line(), "The way to the server was lost, and is being tried now.");
+  Tell(1, 100ms);  // which belong to the wait
+  EXPECT_EQ(Line(), "11 messages a second, 2 seconds left");
+  progress_->WayLost("Lost.", clock_.now + 30s);
+  Waits(100ms);
+  EXPECT_EQ(Line(), "11 messages a second, 2 seconds left") << "whoever waits for the pace has found a way";
 }
 
 }  // namespace

@@ -186,6 +186,11 @@ void RunWorker::Waits(const Sentence& why, run::Moment until) {
   progress_.Waits(why, until);
 }
 
+void RunWorker::WayLost(const Sentence& why, run::Moment until) {
+  const std::lock_guard lock(mutex_);
+  progress_.WayLost(why, until);
+}
+
 void RunWorker::Note(const Sentence& sentence) {
   const std::lock_guard lock(mutex_);
   news_.notes.push_back(sentence);

@@ -89,6 +89,7 @@ class RunWorker final : public QObject, private run::RunListener {
   void LetGo() override;
   void NotTried(std::int64_t position, const std::string& address) override;
   void Waits(const Sentence& why, run::Moment until) override;
+  void WayLost(const Sentence& why, run::Moment until) override;
   void Note(const Sentence& sentence) override;
 
   const profile::Program& program_;
