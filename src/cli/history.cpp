@@ -50,29 +50,47 @@ int RunOpen(Context& context, const OpenOptions& options) {
   return opened ? 0 : context.output.Fail(opened.error());
 }
 
+// With the reports goes what the journal keeps of those runs.
+Result<run::Forgotten> ForgetFinished(Context& context, const profile::Folders& folders) {
+  if (!std::filesystem::exists(folders.RunJournal(), IgnoreErrors())) return run::Forgotten();
+  const auto journal = run::OpenJournal(folders, context.clock, context.cancel);
+  return journal ? run::ForgetFinished(**journal) : Result<run::Forgotten>(journal.error());
+}
+
+// What went, and what stays and why.
+nlohmann::ordered_json AsObject(const run::ClearedHistory& cleared, const Result<run::Forgotten>& forgotten) {
+  nlohmann::ordered_json object = {{"deleted", cleared.deleted},
+                                   {"left", cleared.left},
+                                   {"going_on", cleared.going_on},
+                                   {"folders", cleared.folders},
+                                   {"is_link", cleared.is_link}};
+  if (!forgotten) return object;
+  object["forgotten"] = forgotten->mailings;
+  object["kept_runs"] = nlohmann::ordered_json::array();
+  for (const run::MailingEntry& mailing : forgotten->kept) {
+    object["kept_runs"].push_back({{"run", mailing.runs.front().id},
+                                   {"subject", mailing.subject},
+                                   {"group", mailing.group},
+                                   {"why", run::Name(run::StandingOf(mailing))}});
+  }
+  return object;
+}
+
 int RunClear(Context& context) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   const auto cleared = run::ClearHistory(folders->History(), context.prompts);
   if (cleared.clearing == run::Clearing::kKept) return ExitCode(Failure::kNotPermitted);
+  const auto done = run::WhatFailed(cleared, folders->History());
+  const auto forgotten = done ? ForgetFinished(context, *folders) : Result<run::Forgotten>(done.error());
   context.output.Line(
       fmt::format("{} deleted.", platform::Counted(static_cast<std::int64_t>(cleared.deleted), "file", "files")));
-  context.output.Object({{"deleted", cleared.deleted},
-                         {"left", cleared.left},
-                         {"going_on", cleared.going_on},
-                         {"folders", cleared.folders}});
+  context.output.Object(AsObject(cleared, forgotten));
   for (const auto& sentence : run::WhatStayed(cleared)) context.output.Note(sentence.InEnglish());
-  const auto done = run::WhatFailed(cleared, folders->History());
-  if (!done) return context.output.Fail(done.error());
-  // With the reports goes what the journal keeps of those runs.
-  if (!std::filesystem::exists(folders->RunJournal(), IgnoreErrors())) return 0;
-  return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
-    const auto forgotten = run::ForgetFinished(journal);
-    if (!forgotten) return forgotten.error();
-    if (const auto went = run::WhatWentOf(*forgotten)) context.output.Note(went->InEnglish());
-    for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
-    return 0;
-  });
+  if (!forgotten) return context.output.Fail(forgotten.error());
+  if (const auto went = run::WhatWentOf(*forgotten)) context.output.Note(went->InEnglish());
+  for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
+  return 0;
 }
 
 }  // namespace

@@ -159,7 +159,8 @@ class KeptRuns(Case):
                       (journal.parent / "runs.db-wal").exists() else journal.read_bytes())
         self.objects("runs", "forget", code=64)
         self.objects("runs", "forget", "9", code=66)
-        self.ok("--yes", "history", "clear")
+        cleared = self.objects("history", "clear")[0]
+        self.assertEqual((cleared["forgotten"], cleared["kept_runs"]), (2, []))
         self.assertEqual(self.objects("runs", "list"), [])
         left = b"".join(file.read_bytes() for file in journal.parent.glob("runs.db*"))
         for secret in (b"First 5", b"r5@bad.example", b"Dear"):

@@ -399,7 +399,10 @@ class Runs(Case):
         self.assertEqual(code, 1)
         self.assertIn("2 recipients got nothing by the fault of the account or of its server, and are sent to when you go on.", err)
         self.assertIn("quillcast runs resume 5 goes on with those who are left.", err)
-        self.assertIn("kept", self.run_program("--yes", "history", "clear")[2])
+        _, cleared, told = self.run_program("--json", "--yes", "history", "clear")
+        self.assertIn("kept", told)
+        kept = json.loads(cleared)["kept_runs"]
+        self.assertIn({"run": 5, "subject": "Hi $*MergeEmail*$", "group": "Few", "why": "can be resumed"}, kept)
         # Those too whom the account's fault refused, however the run ended.
         for number, everybody in ((1, 30), (2, 30), (5, 2)):
             with self.subTest(run=number):
