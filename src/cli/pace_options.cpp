@@ -1,11 +1,15 @@
 #include "cli/pace_options.h"
 
+#include "run/pace/pace_words.h"
+
 namespace quillcast::cli {
 
-Result<run::RunPace> TakePace(const PaceOptions& options, run::PreparedRun& prepared) {
+Result<run::RunPace> TakePace(Context& context, const PaceOptions& options, run::PreparedRun& prepared) {
   prepared.Ask(options.texts);
   auto pace = prepared.Pace();
-  if (!pace || pace->retries.times > 0) return pace;
+  if (!pace) return pace;
+  if (const auto at_once = run::BeginsAtOnce(pace->rules, context.clock)) context.output.Note(at_once->InEnglish());
+  if (pace->retries.times > 0) return pace;
   const auto after = run::ReadDuration(options.texts.retry_after);
   if (!after || !*after) return pace;
   return Error{Failure::kUsage, "--retry-after says when, and nothing says how often.", "Add --retries N."};

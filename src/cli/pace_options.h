@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/context.h"
 #include "run/pace/pace_rules.h"
 #include "run/prepared_run.h"
 
@@ -14,8 +15,9 @@ struct PaceOptions {
   bool IsAsked() const { return texts != run::PaceTexts{}; }
 };
 
-// How fast that lets a run go. kUsage for an option that can do nothing, and as PreparedRun::Pace fails.
-Result<run::RunPace> TakePace(const PaceOptions& options, run::PreparedRun& prepared);
+// How fast that lets a run go; says where a time to begin is over. kUsage for an option that can do nothing, and as
+// PreparedRun::Pace fails.
+Result<run::RunPace> TakePace(Context& context, const PaceOptions& options, run::PreparedRun& prepared);
 
 void AddPaceOptions(CLI::App& command, PaceOptions& options);
 

@@ -44,7 +44,7 @@ int GoOn(Context& context, run::RunKind kind, const run::RecipientChoice& choice
     });
   }
   if (!prepared) return context.output.Fail(prepared.error());
-  const auto pace = TakePace(options.pace, *prepared);
+  const auto pace = TakePace(context, options.pace, *prepared);
   if (!pace) return context.output.Fail(pace.error());
   if (prepared->group().recipients == 0) {
     return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {

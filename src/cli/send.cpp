@@ -145,7 +145,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (!folders) return context.output.Fail(folders.error());
   auto prepared = PrepareRun(context, *folders, options.document, options.group);
   if (!prepared) return context.output.Fail(prepared.error());
-  const auto pace = TakePace(options.pace, *prepared);
+  const auto pace = TakePace(context, options.pace, *prepared);
   if (!pace) return context.output.Fail(pace.error());
   const auto range = run::RangeFrom(options.range, prepared->group().recipients);
   if (!range) return context.output.Fail(range.error());

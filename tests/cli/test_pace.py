@@ -96,7 +96,9 @@ class Pace(Case):
         self.assertIn(b"0 messages were sent, 0 failed.", out)
         self.assertEqual(self.departures(), [])
         _, out, _ = self.run_program("--json", "runs", "list")
-        self.ok("runs", "resume", json.loads(out.splitlines()[0])["run"])
+        code, _, told = self.run_program("runs", "resume", json.loads(out.splitlines()[0])["run"], "--at", "2001-01-01 00:00")
+        self.assertEqual(code, 0, told)
+        self.assertIn("That time is over; it begins now.", told)
         self.assertEqual([row["to"][0] for row in box.index()], ["1@a.example", "2@a.example"])
 
     def test_what_says_no_pace_is_refused_before_anything_goes(self):

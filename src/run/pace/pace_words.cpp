@@ -80,6 +80,11 @@ std::vector<Sentence> WordsOf(const RunPace& pace) {
   return words;
 }
 
+std::optional<Sentence> BeginsAtOnce(const PaceRules& rules, const platform::Clock& clock) {
+  if (!rules.begin || *rules.begin > clock.Now()) return {};
+  return "That time is over; it begins now.";
+}
+
 Sentence WaitForRetries(std::int64_t recipients) {
   return SayOf(recipients, "{} recipient was deferred and is tried again then.",
                "{} recipients were deferred and are tried again from then on.");

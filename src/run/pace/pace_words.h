@@ -1,6 +1,7 @@
 // What a run waits for, in words.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,9 @@ Sentence WhyOf(const Wait& wait, const PaceRules& rules);
 // "30 a minute", "4 connections", "3 retries": what differs from a run that goes as fast as it can, over one
 // connection, and tries everybody once.
 std::vector<Sentence> WordsOf(const RunPace& pace);
+
+// Whoever named a time at which a run is to begin, and it is over; nothing where it is not.
+std::optional<Sentence> BeginsAtOnce(const PaceRules& rules, const platform::Clock& clock);
 
 // Why a run that is through with its list has not ended.
 Sentence WaitForRetries(std::int64_t recipients);
