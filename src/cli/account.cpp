@@ -7,6 +7,7 @@
 #include "account/component_values.h"
 #include "account/keyring_note.h"
 #include "account/password_place.h"
+#include "account/practice.h"
 #include "cli/account_commands.h"
 #include "cli/account_values.h"
 #include "cli/commands.h"
@@ -52,14 +53,15 @@ int RunSet(Context& context, const AccountValueOptions& options) {
   if (!connection) return context.output.Fail(connection.error());
   const auto saved = SecretsOf(context).Save(change, settings, context.cancel);
   if (!saved) return context.output.Fail(saved.error());
-  const AccountSettings& account = saved->account;
+  EndPracticeWhereLeft(context, settings);
+  const AccountSettings account = IgnoreErrors(AccountSettings::Load(settings), saved->account);  // as practice left it
   if (!forgotten.empty()) context.output.Note(fmt::format("Without Auth=1 these are not kept: {}.", forgotten));
   for (const auto& note : account::TidiedByDialog(account, values->given)) context.output.Note(note.InEnglish());
   if (saved->in_keyring) context.output.Note(InOneLine(*saved->in_keyring));
   const auto texts = account::TextsOf(account);
-  context.output.Line(fmt::format("The account of {} is saved.", account[AccountKey::kEmail]));
-  context.output.Object(
-      {{"saved", true}, {"email", account[AccountKey::kEmail]}, {"from", texts.from}, {"method", texts.method}});
+  const std::string& email = account[AccountKey::kEmail];
+  context.output.Line(email.empty() ? "The account is saved." : fmt::format("The account of {} is saved.", email));
+  context.output.Object({{"saved", true}, {"email", email}, {"from", texts.from}, {"method", texts.method}});
   return 0;
 }
 
@@ -170,6 +172,7 @@ int RunReset(Context& context) {
   const auto reset = SecretsOf(context).Reset(settings, context.cancel);
   if (!reset) return context.output.Fail(reset.error());
   if (reset->in_keyring) context.output.Note(InOneLine(*reset->in_keyring));
+  EndPracticeWhereLeft(context, settings);
   const auto texts = account::TextsAfterReset(settings);
   if (!texts) return context.output.Fail(texts.error());
   context.output.Line("The account is back to its defaults.");
@@ -190,6 +193,13 @@ void AddThreads(CLI::App& account, Context& context) {
 }
 
 }  // namespace
+
+void EndPracticeWhereLeft(Context& context, profile::SettingsStore& settings) {
+  account::Practice practice(settings, context.clock, context.Folders().data / "Practice");
+  const auto ended = practice.EndWhereLeft();
+  if (!ended) return context.output.Note(InOneLine(ended.error()));
+  if (*ended) context.output.Note(account::InWords(**ended).InEnglish());
+}
 
 void AddAccountCommand(CLI::App& app, Context& context) {
   auto* account = app.add_subcommand("account", "The mail account that messages are sent with");

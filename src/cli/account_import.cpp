@@ -80,6 +80,7 @@ int Take(Context& context, const FoundAccount& found, const account::TakenBeside
   profile::SettingsStore settings(folders->settings);
   const auto written = account::ImportAccount(settings, found, beside, account::kOthersPatience, context.cancel);
   if (!written) return context.output.Fail(written.error());
+  EndPracticeWhereLeft(context, settings);
   const auto saved = account::AccountSettings::Load(settings);
   if (!saved) return context.output.Fail(saved.error());
   nlohmann::ordered_json values;

@@ -1,8 +1,10 @@
 """The account from the command line: values are tried without being saved, notes tell what the dialog would do."""
+import contextlib
 import json
 import os
 import signal
 import socket
+import sqlite3
 import subprocess
 import threading
 import time
@@ -61,6 +63,24 @@ class Account(Case):
         self.assertEqual(self.ok("account", "show"), before)
         for wrong in ("Port=0", "AuthMode=PLAIN", "Password=x"):
             self.assertEqual(self.run_program("account", "test", wrong)[0], 64)
+
+    def test_practice_that_a_command_ends_is_told_of(self):
+        """As the window does, which notes the port of its mailbox."""
+        for set_, left, told in (
+                (("Timeout=5",), "practice@quillcast.example", None),
+                (("Server=mail.example.org",), "", "It still lacks a name and an address of your own."),
+                (("Server=mail.example.org", "Name=Ada", "Email=ada@sender.example"), "ada@sender.example",
+                 "the account names a server of its own now.")):
+            with self.subTest(set_):
+                self.ok("account", "set", "Name=Practice", "Email=practice@quillcast.example", "Server=127.0.0.1", "Port=7")
+                with contextlib.closing(sqlite3.connect(self.profile / "settings.db")) as settings, settings:
+                    settings.execute("INSERT OR REPLACE INTO Settings SELECT Application, 'Options', 'Practice', '7' "
+                                     "FROM Settings LIMIT 1")
+                code, out, err = self.run_program("--json", "account", "set", *set_)
+                self.assertEqual(code, 0, err)
+                self.assertEqual(json.loads(out)["email"], left)
+                self.assertEqual("Practice has ended" in err, told is not None, err)
+                self.assertIn(told or "", err)
 
     def test_what_is_stored_is_shown_and_told(self):
         long, odd = "n" * 10_000, "A\tda \"é\" \x1b[31m\u2028\u202e\x9b"
