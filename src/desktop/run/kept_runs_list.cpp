@@ -42,7 +42,7 @@ KeptRunsList::KeptRunsList(const profile::Program& program, QWidget* parent)
     : QWidget(parent),
       program_(program),
       grid_(new RowList(
-          "KeptRunsGrid", tr("Runs"), {{tr("#"), 5, true}, {tr("Began"), 20}, {tr("Message"), 24}, {tr("Standing")}},
+          "KeptRunsGrid", tr("Runs"), {{tr("#"), 5, true}, {tr("Began"), 23}, {tr("Message"), 24}, {tr("Standing")}},
           [this](std::size_t row, int column) { return TextOf(row, column); }, this)),
       pause_(new QTimer(this)),
       look_(new BackgroundTask(this)) {
