@@ -137,8 +137,8 @@ Result<bool> Stream::ShakeHands() {
   }
   const short events = WantedEvents(tls_.get(), done);
   if (events == 0) {
-    fault_ = HandshakeFaultOf(*tls_);
-    return HandshakeError(*tls_, host_);
+    fault_ = HandshakeFaultOf(*tls_, done);
+    return HandshakeError(*tls_, fault_, host_);
   }
   to_read_ = events;
   return false;

@@ -72,8 +72,9 @@ bool SetName(SSL* connection, const std::string& host) {
 std::string HandshakeWords(HandshakeFault fault, unsigned long code) {
   if (fault == HandshakeFault::kTooOld) return "it knows only versions of TLS older than 1.2, which are no longer safe";
   if (fault == HandshakeFault::kNoTls) return "it does not answer with TLS on this port";
+  if (fault == HandshakeFault::kEnded) return "the connection was closed";
   const char* words = code != 0 ? ERR_reason_error_string(code) : nullptr;
-  return words != nullptr ? words : "the connection was closed";
+  return words != nullptr ? words : "it failed";
 }
 
 }  // namespace
@@ -126,17 +127,18 @@ int TlsContext::KeepSession(ssl_st* connection, ssl_session_st* session) {
   return 1;  // the reference is ours now
 }
 
-Error HandshakeError(const ssl_st& connection, const std::string& host) {
-  const long verdict = SSL_get_verify_result(&connection);
-  if (verdict != X509_V_OK) {
+Error HandshakeError(const ssl_st& connection, HandshakeFault fault, const std::string& host) {
+  if (fault == HandshakeFault::kCertificate) {
+    const long verdict = SSL_get_verify_result(&connection);
     ERR_clear_error();
     return {Failure::kNotPermitted, Say("The certificate of {} is not trusted: {}.", host, WordsFor(verdict)),
             "Nothing was sent. Check the server's name; if the server is yours, have its authority's certificate added "
             "to this computer's trusted ones, or set Security to None if you trust the network."};
   }
-  const std::string words = HandshakeWords(HandshakeFaultOf(connection), ERR_peek_error());
+  const std::string words = HandshakeWords(fault, ERR_peek_error());
   ERR_clear_error();
-  return {Failure::kUnavailable, Say("TLS could not be started with {}: {}.", host, words),
+  const Failure failure = fault == HandshakeFault::kEnded ? Failure::kIo : Failure::kUnavailable;
+  return {failure, Say("TLS could not be started with {}: {}.", host, words),
           "Check that Security fits the server's port (TLS from the first byte is usual on port 465)."};
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "net/tls_facts.h"
 #include "platform/result.h"
 
 struct bio_method_st;
@@ -46,8 +47,8 @@ class TlsContext {
   std::unordered_map<std::string, std::unique_ptr<ssl_session_st, FreeTls>> sessions_;
 };
 
-// Why a handshake with `host` failed, in words that say how to go on: kNotPermitted when the certificate is not
-// trusted, else kUnavailable.
-Error HandshakeError(const ssl_st& connection, const std::string& host);
+// Why a handshake with `host` failed, in words that say how to go on, while the library's error is there: kNotPermitted
+// when the certificate is not trusted, kIo when the connection ended, else kUnavailable.
+Error HandshakeError(const ssl_st& connection, HandshakeFault fault, const std::string& host);
 
 }  // namespace quillcast::net

@@ -134,9 +134,13 @@ std::string WordsFor(long verdict) {
   return reason != nullptr ? reason->words : X509_verify_cert_error_string(verdict);
 }
 
-HandshakeFault HandshakeFaultOf(const ssl_st& connection) {
+HandshakeFault HandshakeFaultOf(const ssl_st& connection, int result) {
   if (SSL_get_verify_result(&connection) != X509_V_OK) return HandshakeFault::kCertificate;
+  const int error = SSL_get_error(&connection, result);
+  if (error == SSL_ERROR_SYSCALL || error == SSL_ERROR_ZERO_RETURN) return HandshakeFault::kEnded;
   switch (ERR_GET_REASON(ERR_peek_error())) {
+    case SSL_R_UNEXPECTED_EOF_WHILE_READING:
+      return HandshakeFault::kEnded;
     case SSL_R_UNSUPPORTED_PROTOCOL:
     case SSL_R_TLSV1_ALERT_PROTOCOL_VERSION:
       return HandshakeFault::kTooOld;

@@ -29,6 +29,7 @@ enum class HandshakeFault {
   kCertificate,  // its CertificateFault says what of it
   kNoTls,        // what came is no TLS
   kTooOld,       // of versions before 1.2 alone
+  kEnded,        // the connection did, in the midst of it
   kOther,
 };
 
@@ -54,8 +55,8 @@ struct TlsFacts {
 // `fault` as HandshakeFaultOf had it at the end of the handshake.
 TlsFacts FactsOf(const ssl_st& connection, HandshakeFault fault);
 
-// Of a handshake that has just failed, while the library's error is there.
-HandshakeFault HandshakeFaultOf(const ssl_st& connection);
+// Of a handshake that has just failed with this result of the library's call, while the library's error is there.
+HandshakeFault HandshakeFaultOf(const ssl_st& connection, int result);
 
 // The fault of a verdict of the library's, and the clause that tells it.
 CertificateFault FaultOf(long verdict);

@@ -21,8 +21,8 @@ bool IsOfWay(const Outcome& outcome) {
 }
 
 bool IsOfSender(const Outcome& outcome) {
-  const bool is_said_of_it = outcome.code == ResultCode::kSenderRefused || outcome.code == ResultCode::kGreetingRefused;
-  return is_said_of_it && outcome.state == State::kRefused;
+  if (outcome.code == ResultCode::kSenderRefused) return outcome.state == State::kRefused;
+  return outcome.code == ResultCode::kGreetingRefused && outcome.is_decided() && !IsOfWay(outcome);
 }
 
 bool IsOfSignIn(const Outcome& outcome) {

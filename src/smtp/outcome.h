@@ -49,8 +49,8 @@ Outcome VerdictOf(ResultCode code, const ServerReply& reply);
 
 // Whether no server was reached, or let the message begin: whoever comes next meets that in one form or another.
 bool IsOfWay(const Outcome& outcome);
-// Whether it is the sender, or the session, that the server would not have: as a rule, but not of each message. Whether
-// it is the sign-in, which is nobody's in a list.
+// Whether it is the sender, or the session, that the server would not have, or we not one like that (its certificate):
+// as a rule, but not of each message. Whether it is the sign-in, which is nobody's in a list.
 bool IsOfSender(const Outcome& outcome);
 bool IsOfSignIn(const Outcome& outcome);
 

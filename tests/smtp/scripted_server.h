@@ -68,6 +68,15 @@ class Peer {
   void Stall() {
     while (Fill()) pending_.clear();
   }
+  // Says no more, but hears the client out, so that what was said arrives; or neither.
+  void HangUp() {
+    ::shutdown(socket_.get(), SHUT_WR);
+    Stall();
+  }
+  void Reset() {
+    const linger at_once{.l_onoff = 1, .l_linger = 0};
+    ::setsockopt(socket_.get(), SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+  }
   bool resumed() const { return SSL_session_reused(tls_) == 1; }
 
  private:

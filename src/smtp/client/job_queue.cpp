@@ -10,17 +10,8 @@ namespace {
 // an account that fails too often.
 int LimitOf(const Outcome& outcome) {
   if (IsOfWay(outcome)) return 20;
-  const bool refused = outcome.state == State::kRefused;
-  switch (outcome.code) {
-    case ResultCode::kAuthRefused:
-    case ResultCode::kAuthNotOffered:
-      return 3;
-    case ResultCode::kSenderRefused:
-    case ResultCode::kGreetingRefused:
-      return refused ? 20 : 0;
-    default:
-      return 0;
-  }
+  if (IsOfSignIn(outcome)) return 3;
+  return IsOfSender(outcome) ? 20 : 0;
 }
 
 bool IsTheSame(const Outcome& one, const Outcome& other) {

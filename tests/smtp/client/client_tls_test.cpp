@@ -189,23 +189,43 @@ TEST_F(ClientTls, SaysThatAPortDoesNotSpeakTls) {
   EXPECT_NE(outcome.reason.find("does not answer with TLS"), std::string::npos) << outcome.reason;
 }
 
-// A server that goes silent in the midst of it.
-TEST_F(ClientTls, WaitsForAHandshakeNoLongerThanForAReply) {
-  for (const bool at_once : {true, false}) {
-    const ScriptedServer server([&](Peer& peer, int) {
-      if (!at_once) {
-        peer.Say("220 ESMTP\r\n");
-        peer.Line();
-        peer.Say("250-mx\r\n250 STARTTLS\r\n");
-        peer.Line();
-        peer.Say("220 go\r\n");
-      }
-      peer.Stall();
-    });
-    ClientOptions options = OptionsFor("localhost", server.port());
-    options.security = at_once ? Security::kTls : Security::kStartTls;
-    options.timeout = std::chrono::seconds(1);
-    EXPECT_EQ(TestAccount(options).code, ResultCode::kReplyTimeout) << at_once;
+// A server that goes silent in the midst of it is waited for as for a reply; one that hangs up is a way that is lost.
+TEST_F(ClientTls, TellsAHandshakeThatBreaksOffFromOneThatIsRefused) {
+  struct Case {
+    const char* what;
+    std::function<void(Peer&)> breaks_off;
+    ResultCode code;
+    bool is_of_way;
+  };
+  for (const Case& c :
+       {Case{"silent", [](Peer& peer) { peer.Stall(); }, ResultCode::kReplyTimeout, false},
+        Case{"hangs up", [](Peer& peer) { peer.Octets(1), peer.HangUp(); }, ResultCode::kConnectionLost, true},
+        Case{"resets", [](Peer& peer) { peer.Reset(); }, ResultCode::kConnectionLost, true},
+        Case{"hangs up in its first record",
+             [](Peer& peer) { peer.Octets(1), peer.Say("\x16\x03\x03"), peer.HangUp(); }, ResultCode::kConnectionLost,
+             true},
+        Case{"refuses", [](Peer& peer) { peer.Octets(1), peer.Say(std::string("\x15\x03\x03\0\2\2\x28", 7)); },
+             ResultCode::kGreetingRefused, false}}) {
+    for (const bool at_once : {true, false}) {
+      SCOPED_TRACE(std::string(c.what) + (at_once ? " at once" : " behind STARTTLS"));
+      const ScriptedServer server([&](Peer& peer, int) {
+        if (!at_once) {
+          peer.Say("220 ESMTP\r\n");
+          peer.Line();
+          peer.Say("250-mx\r\n250 STARTTLS\r\n");
+          peer.Line();
+          peer.Say("220 go\r\n");
+        }
+        c.breaks_off(peer);
+      });
+      ClientOptions options = OptionsFor("localhost", server.port());
+      options.security = at_once ? Security::kTls : Security::kStartTls;
+      options.timeout = std::chrono::seconds(1);
+      const Outcome outcome = TestAccount(options);
+      EXPECT_EQ(outcome.code, c.code);
+      EXPECT_EQ(IsOfWay(outcome), c.is_of_way);
+      EXPECT_FALSE(outcome.reason.empty());
+    }
   }
 }
 

@@ -34,6 +34,7 @@ TEST(Breaker, AsksOnceTheSameRefusalHasComeOftenEnough) {
                                                    {Refused(kRecipientRefused, 550), 0},
                                                    {Refused(kMessageRefused, 554), 0},
                                                    {Refused(kGreetingRefused, 421, State::kDeferred), 20},
+                                                   {{State::kFailed, kGreetingRefused, {}, "not trusted"}, 20},
                                                    {{State::kFailed, kConnectFailed, {}, {}}, 20},
                                                    {{State::kFailed, kConnectionLost, {}, {}}, 20},
                                                    {{State::kUnknown, kConnectionLost, {}, {}}, 0},
