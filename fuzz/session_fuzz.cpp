@@ -178,6 +178,9 @@ class Conversation {
       case 7:
         session_->Withdraw();
         break;
+      case 8:
+        if (session_->Listens()) session_->OnSilence();
+        break;
       default:  // what was said comes in one piece
         break;
     }

@@ -82,8 +82,9 @@ void ClientSession::TakeReply() {
 void ClientSession::OnReply(const ServerReply& reply) {
   wire_.CountReply();
   if (!wire_.awaits()) {
+    if (transfers_.PassesOver(reply)) return;
     if (reply.code == 421) return Close({VerdictOf(ResultCode::kConnectionLost, reply)});
-    return Close(transfers_.OnNoSense("it answered without having been asked"));
+    return Close(transfers_.OnOneTooMany("it answered without having been asked"));
   }
   if (opening_.given_up()) return Close({});
   if (reply.code == 421) return OnGoodbye(reply);
@@ -96,7 +97,9 @@ void ClientSession::OnReply(const ServerReply& reply) {
   const bool refused = reply.code / 100 == 4 || reply.code / 100 == 5;
   const bool accepted = reply.code / 100 == MeaningOf(command).ok_class;
   if (!refused && (!accepted || (command == Awaited::kGreeting && reply.code != 220))) {
-    return Close(transfers_.OnNoSense(fmt::format("{} is no answer to what it was asked", reply.code)));
+    const std::string what = fmt::format("{} is no answer to what it was asked", reply.code);
+    const bool is_of_another = command == Awaited::kData && reply.code / 100 == 2;
+    return Close(is_of_another ? transfers_.OnOneTooMany(what) : transfers_.OnNoSense(what));
   }
   wire_.Answered();
   OnAnswer(command, reply, accepted);
@@ -105,9 +108,9 @@ void ClientSession::OnReply(const ServerReply& reply) {
 // To what is not wholly out. A message cut short by its refusal leaves the server in the middle of it, so there is no
 // way on.
 void ClientSession::OnEarlyReply(const ServerReply& reply) {
-  if (!wire_.Awaits(Awaited::kEndOfData)) return Close(transfers_.OnNoSense("it answered before it was asked"));
+  if (!wire_.Awaits(Awaited::kEndOfData)) return Close(transfers_.OnOneTooMany("it answered before it was asked"));
   const bool refused = reply.code / 100 == 4 || reply.code / 100 == 5;
-  if (!refused) return Close(transfers_.OnNoSense("it took the message before it was complete"));
+  if (!refused) return Close(transfers_.OnOneTooMany("it took the message before it was complete"));
   Close({Refusal(Awaited::kEndOfData, reply)});
 }
 
@@ -147,6 +150,11 @@ void ClientSession::Follow(Opening::Step step) {
       transfers_.Begin(opening_.capabilities(), options_.pipeline);
       events_.Add(Event::Kind::kReady);
   }
+}
+
+void ClientSession::OnSilence() {
+  transfers_.OnSilence();
+  EndWhereDue();
 }
 
 // --- ends ---

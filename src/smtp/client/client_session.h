@@ -52,6 +52,10 @@ namespace quillcast::smtp {
 // taken none, but there are other connections, it may take fewer of those than there are: so it is where it says so at
 // the first MAIL. The messages then go over the others, as if they had not been here.
 //
+// A message that was taken in words that the server has for another command as well may owe that to an answer too many.
+// It is held, and told as sent once the server is found in step: that costs an honest one a RSET and a moment of silence,
+// once in a run. To one that is not nothing goes ahead any more, and no message before it was silent.
+//
 // When the connection ends, a message whose last byte is not out has not been taken, and may go over another one. One
 // whose last byte is out without a reply is kUnknown, also behind a 421: not every server stops where it says so.
 // Whichever wait failed, its end says what was waited for (Meaning::missing).
@@ -78,6 +82,9 @@ class ClientSession {
   std::size_t in_flight() const { return transfers_.size(); }
   // Whether the server's last reply came without delay.
   void SetQuick(bool quick) { transfers_.SetQuick(quick); }
+  // Whether it is the server's silence that is waited for, as long as Patience(); and there it was.
+  bool Listens() const { return !closed_ && wire_.Unsent().empty() && transfers_.Listens(); }
+  void OnSilence();
   // Only when Idle().
   void Quit() { wire_.Send(Awaited::kQuit, "QUIT"); }
 
@@ -104,7 +111,9 @@ class ClientSession {
   // A number that changes when the server has done what it was waited for: answered a command, or taken a block.
   std::uint64_t Step() const { return wire_.Step(); }
   // How long that step may take at most (RFC 5321 4.5.3.2).
-  std::chrono::minutes Patience() const { return MeaningOf(wire_.Due()).patience; }
+  std::chrono::milliseconds Patience() const {
+    return Listens() ? SendWindow::kSilence : std::chrono::milliseconds(MeaningOf(wire_.Due()).patience);
+  }
 
   // Of the message whose bytes are going out: how many are made, and of how many.
   std::uint64_t octets_made() const { return transfers_.octets_made(); }

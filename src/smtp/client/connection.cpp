@@ -165,7 +165,7 @@ net::Deadline Connection::Until(platform::Instant now) {
   if (idle() || closed()) return net::Deadline::Never();
   if (session_.Step() != step_) {
     step_ = session_.Step();
-    deadline_ = around_.StepUntil(std::min<std::chrono::seconds>(session_.Patience(), longest_step_), now);
+    deadline_ = around_.StepUntil(std::min<std::chrono::milliseconds>(session_.Patience(), longest_step_), now);
   }
   if (!waits_since_) waits_since_ = now;
   return deadline_;
@@ -205,7 +205,12 @@ void Connection::GiveUp(const Error& error) {
   TakeEvents();
 }
 
-void Connection::End(const Error& error) { session_.GiveUp(OutcomeOf(error)); }
+// Of a server whose silence was waited for there is nothing to be heard; what goes on then is a step of its own.
+void Connection::End(const Error& error) {
+  if (error.failure != Failure::kTimedOut || !session_.Listens()) return session_.GiveUp(OutcomeOf(error));
+  session_.OnSilence();
+  step_ = session_.Step() - 1;
+}
 
 void Connection::TellProgress() {
   const std::uint64_t made = session_.octets_made();

@@ -20,10 +20,13 @@ class DoubtedWords {
   }
   // In words whose place is sure.
   void Taken(const ServerReply& message) {
+    if (Find(doubted_, message) != doubted_.end()) Learn(message);
+  }
+  // They are its habit, whether they were in doubt or not.
+  void Learn(const ServerReply& message) {
     const auto known = Find(doubted_, message);
-    if (known == doubted_.end()) return;
-    habits_.push_back(*known);
-    doubted_.erase(known);
+    if (known != doubted_.end()) doubted_.erase(known);
+    if (!AreHabit(message)) habits_.push_back(message);
   }
 
  private:

@@ -1,5 +1,9 @@
 #include "smtp/client/reply_habits.h"
 
+#include <algorithm>
+#include <string>
+#include <string_view>
+
 namespace quillcast::smtp {
 namespace {
 
@@ -10,10 +14,17 @@ constexpr int kHabit = 2;
 constexpr std::string_view kOfSender = "2.1.0";
 constexpr std::string_view kOfRecipient = "2.1.5";
 
-ServerReply Without(std::string_view address, const ServerReply& reply) {
+constexpr std::string_view kRoundAddress = " \n<>()[],;:\"'";
+
+// Which one it names tells nothing, and another answer may name another.
+ServerReply WithoutAddresses(const ServerReply& reply) {
   ServerReply rest = reply;
-  const std::size_t at = address.empty() ? std::string::npos : rest.text.find(address);
-  if (at != std::string::npos) rest.text.erase(at, address.size());
+  std::string& text = rest.text;
+  for (std::size_t at = text.find('@'); at != std::string::npos; at = text.find('@')) {
+    const std::size_t before = text.find_last_of(kRoundAddress, at);
+    const std::size_t begin = before == std::string::npos ? 0 : before + 1;
+    text.erase(begin, std::min(text.find_first_of(kRoundAddress, at), text.size()) - begin);
+  }
   return rest;
 }
 
@@ -27,31 +38,36 @@ bool HaveCodesOfTheirOwn(const ServerReply& one, const ServerReply& other) {
 
 }  // namespace
 
-void ReplyHabits::OnRecipient(const ServerReply& reply, std::string_view address) {
-  recipient_ = Without(address, reply);
-  address_ = address;
-}
+void ReplyHabits::OnSender(const ServerReply& reply) { sender_ = WithoutAddresses(reply); }
+
+void ReplyHabits::OnRecipient(const ServerReply& reply) { recipient_ = WithoutAddresses(reply); }
 
 ReplyHabits::Slip ReplyHabits::OnMessage(const ServerReply& reply, const Neighbours& neighbours) {
-  const ServerReply message = Without(address_, reply);
+  const ServerReply message = WithoutAddresses(reply);
   const Slip slip = SlipOf(message, neighbours);
-  if (slip != Slip::kNone) {
+  if (slip == Slip::kOneTooMany || slip == Slip::kOneTooFew) {
     window_.words().Doubt(message);
     return slip;
   }
-  if (!neighbours.recipient && !neighbours.next) window_.words().Taken(message);
+  if (neighbours.is_sure) window_.words().Taken(message);
+  if (slip == Slip::kPerhaps) held_.push_back(message);
   if (!usual_) usual_ = {sender_, recipient_, message};
-  if (SaysTheSame(message, recipient_)) {
-    window_.AnswersAlike();
-  } else {
+  if (!SaysTheSame(message, recipient_)) {
     ++unlike_recipient_;
+  } else if (slip == Slip::kNone) {
+    window_.AnswersAlike();
   }
   if (reset_ && SaysTheSame(message, *reset_)) {
     like_reset_ = true;
   } else {
     ++unlike_reset_;
   }
-  return Slip::kNone;
+  return slip;
+}
+
+void ReplyHabits::OnInStep() {
+  for (const ServerReply& message : held_) window_.words().Learn(message);
+  held_.clear();
 }
 
 ReplyHabits::Slip ReplyHabits::SlipOf(const ServerReply& message, const Neighbours& neighbours) const {
@@ -59,7 +75,7 @@ ReplyHabits::Slip ReplyHabits::SlipOf(const ServerReply& message, const Neighbou
   if (neighbours.recipient && IsToRecipient(message)) return Slip::kOneTooMany;
   if (neighbours.next == Awaited::kReset && IsToReset(message)) return Slip::kOneTooFew;
   if (neighbours.next == Awaited::kMail && IsToNextSender(message)) return Slip::kOneTooFew;
-  return Slip::kNone;
+  return !neighbours.is_sure && MayBeToAnother(message) ? Slip::kPerhaps : Slip::kNone;
 }
 
 // With one answer too many before RCPT its own is the sender's; with one behind it, it is this one once more, which a
@@ -86,6 +102,18 @@ bool ReplyHabits::IsToReset(const ServerReply& message) const {
 bool ReplyHabits::IsToNextSender(const ServerReply& message) const {
   return message.enhanced == kOfSender && sender_.enhanced == kOfSender && recipient_.enhanced != kOfSender &&
          (!usual_ || usual_->message.enhanced != kOfSender);
+}
+
+// What a late answer too many has moved into its place: that to a recipient, a sender or RSET, of this message or one
+// before.
+bool ReplyHabits::MayBeToAnother(const ServerReply& message) const {
+  if (message.enhanced == kOfSender || message.enhanced == kOfRecipient) return true;
+  const auto reads_like = [&message](const ServerReply& other) {
+    if (message.enhanced.empty() || other.enhanced.empty()) return SaysTheSame(message, other);
+    return message.enhanced == other.enhanced;
+  };
+  if (reads_like(recipient_) || SaysTheSame(message, sender_) || (reset_ && SaysTheSame(message, *reset_))) return true;
+  return usual_ && (SaysTheSame(message, usual_->recipient) || SaysTheSame(message, usual_->sender));
 }
 
 }  // namespace quillcast::smtp

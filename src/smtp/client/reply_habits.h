@@ -2,8 +2,7 @@
 #pragma once
 
 #include <optional>
-#include <string>
-#include <string_view>
+#include <vector>
 
 #include "smtp/client/reply_meaning.h"
 #include "smtp/client/send_window.h"
@@ -22,19 +21,25 @@ class ReplyHabits {
   explicit ReplyHabits(SendWindow& window) : window_(window) {}
 
   // What the server answered to MAIL, RCPT and RSET, as they were taken.
-  void OnSender(const ServerReply& reply) { sender_ = reply; }
-  void OnRecipient(const ServerReply& reply, std::string_view address);
+  void OnSender(const ServerReply& reply);
+  void OnRecipient(const ServerReply& reply);
   void OnReset(const ServerReply& reply) { reset_ = reply; }
 
-  // Whose answer could stand in the place of the one to a message: the recipient's, and that to the command behind it.
+  // Whose answer could stand in the place of the one to a message: the recipient's, and that to the command behind it;
+  // or none but its own, as the server was silent before the message went.
   struct Neighbours {
     bool recipient = false;
     std::optional<Awaited> next;
+    bool is_sure = false;
   };
-  enum class Slip { kNone, kOneTooMany, kOneTooFew };
+  // kPerhaps: it reads like the answer to a command before. It is taken where the server says no more than it is asked
+  // (OnInStep), which whoever asks has to find out.
+  enum class Slip { kNone, kOneTooMany, kOneTooFew, kPerhaps };
   // Of an answer that takes a message, each once, for later ones are compared to it. The words of a slip are in doubt
   // from then on, until they are seen to be this server's habit.
   Slip OnMessage(const ServerReply& reply, const Neighbours& neighbours);
+  // It does not: the words of those that were kPerhaps are this server's habit.
+  void OnInStep();
 
  private:
   struct Answers {
@@ -46,18 +51,19 @@ class ReplyHabits {
   bool IsToRecipient(const ServerReply& message) const;
   bool IsToReset(const ServerReply& message) const;
   bool IsToNextSender(const ServerReply& message) const;
+  bool MayBeToAnother(const ServerReply& message) const;
 
   SendWindow& window_;
-  // Of the message that comes; recipients and messages without the address, where they name it.
+  // Of the message that comes; all without addresses, where they name some.
   ServerReply sender_;
   ServerReply recipient_;
-  std::string address_;
   std::optional<ServerReply> reset_;
   std::optional<Answers> usual_;  // of the first
   // How many were answered in other words than their own recipient, or RSET.
   int unlike_recipient_ = 0;
   int unlike_reset_ = 0;
-  bool like_reset_ = false;  // one was not
+  bool like_reset_ = false;        // one was not
+  std::vector<ServerReply> held_;  // those that were kPerhaps
 };
 
 }  // namespace quillcast::smtp

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -16,6 +17,8 @@ class SendWindow {
   static constexpr std::size_t kFirst = 2;
   static constexpr std::size_t kMost = 64;
   static constexpr std::uint64_t kMostOctets = std::uint64_t{4} * 1024 * 1024;
+  // An answer too many comes no later than this behind the one before.
+  static constexpr std::chrono::milliseconds kSilence{100};
 
   // Whether a connection wants another message beside those that have no outcome yet. Once full, nothing is wanted
   // until half of it is answered: so that replies which trickle in do not cost a write each. `filling` is the
@@ -53,6 +56,11 @@ class SendWindow {
   void AnswersAlike() { answers_alike_ = true; }
   bool answers_alike() const { return answers_alike_; }
 
+  // The server answered more often than it was asked, or seems to have: from here on one thing is asked at a time, and
+  // no message goes before it was silent for a while (kSilence).
+  void BeWary() { wary_ = true; }
+  bool wary() const { return wary_ || words_.any(); }
+
   // What was taken for an answer too many or too few, and may be none.
   DoubtedWords& words() { return words_; }
   const DoubtedWords& words() const { return words_; }
@@ -70,6 +78,7 @@ class SendWindow {
   bool cautious_ = false;
   bool pipelining_ = true;
   bool answers_alike_ = false;
+  bool wary_ = false;
   DoubtedWords words_;
 };
 

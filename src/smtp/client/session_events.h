@@ -39,7 +39,7 @@ class SessionEvents {
     Event& event = events_.Push();
     event.kind = kind;
     event.text.clear();
-    event.place = 0;
+    event.place = held_;
     event.asks_for.reset();
     return event;
   }
@@ -47,10 +47,13 @@ class SessionEvents {
   Event& Client(std::string_view line, std::size_t place) {
     Event& event = Add(Event::Kind::kLogLine);
     event.text.append("C: ").append(line);
-    event.place = place;
+    event.place = held_ + place;
     return event;
   }
   void Server(std::string_view line) { Add(Event::Kind::kLogLine).text.append("S: ").append(line); }
+
+  // So many messages are answered, and their outcomes are yet to be told: lines belong to those behind them.
+  void SetHeld(std::size_t messages) { held_ = messages; }
 
   // Valid until the next call of another function; nullptr when there is none.
   const Event* Next() {
@@ -62,6 +65,7 @@ class SessionEvents {
 
  private:
   ReusedQueue<Event> events_;
+  std::size_t held_ = 0;
 };
 
 // Why a session ends. `why` is told of the oldest message; its whereabouts are those of a message that is not out.

@@ -29,7 +29,7 @@ struct Surroundings {
   bool Stopped() const { return cancel.Requested() >= platform::Stop::kStop; }
   bool Abandoned() const { return cancel.Requested() >= platform::Stop::kAbandon; }
   // By when a step has to be done that begins now and may take so long.
-  net::Deadline StepUntil(std::chrono::seconds longest, platform::Instant from) const {
+  net::Deadline StepUntil(std::chrono::milliseconds longest, platform::Instant from) const {
     return Earlier(until, net::Deadline::After(from, longest));
   }
   net::Deadline StepUntil(std::chrono::seconds longest) const { return StepUntil(longest, clock.Monotonic()); }

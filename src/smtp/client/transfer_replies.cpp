@@ -8,7 +8,14 @@ namespace quillcast::smtp {
 
 using Slip = ReplyHabits::Slip;
 
+namespace {
+
+constexpr const char* kTooOften = "it answered more often than it was asked";
+
+}  // namespace
+
 void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
+  if (transfers_.empty()) return;  // to AskAgain
   Transfer& transfer = transfers_.front();
   --transfer.awaited;
   switch (command) {
@@ -20,11 +27,12 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
     case Awaited::kRcpt:
       if (transfer.sender_refused) {
         transfer.verdict.reset();  // nobody knows what it does with the message
-        end_ = OnNoSense("it took the recipient after it had refused the sender");
+        constexpr const char* kWhat = "it took the recipient after it had refused the sender";
+        end_ = held_.empty() ? OnNoSense(kWhat) : OnOneTooMany(kWhat);
         return;
       }
       proven_ = proven_ || transfer.chunked;
-      habits_.OnRecipient(reply, transfer.envelope.recipient.text());
+      habits_.OnRecipient(reply);
       break;
     case Awaited::kData:
       proven_ = true;
@@ -34,16 +42,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
       transfer.open = false;
       break;
     case Awaited::kEndOfData:
-      if (const auto slip = transfer.verdict ? Slip::kNone : habits_.OnMessage(reply, NeighboursOf(transfer));
-          slip != Slip::kNone) {
-        end_ = OnNoSense(slip == Slip::kOneTooMany ? "it answered more often than it was asked"
-                                                   : "it left something unanswered that it was asked");
-        return;
-      }
-      transfer.open = false;
-      window_.Taken(quick_);
-      took_ = true;
-      if (!transfer.verdict) Deliver(reply);
+      OnMessageTaken(reply);
       break;
     default:  // kReset
       habits_.OnReset(reply);
@@ -52,15 +51,29 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
   FinishAnswered();
 }
 
-// In lock-step an answer comes when it is due. A message behind DATA is asked for, so that nothing before it is left.
+void Transfers::OnMessageTaken(const ServerReply& reply) {
+  Transfer& transfer = transfers_.front();
+  const Slip slip = transfer.verdict ? Slip::kNone : habits_.OnMessage(reply, NeighboursOf(transfer));
+  if (slip == Slip::kOneTooMany || slip == Slip::kOneTooFew) {
+    end_ = OnNoSense(slip == Slip::kOneTooMany ? kTooOften : "it left something unanswered that it was asked");
+    return;
+  }
+  transfer.open = false;
+  window_.Taken(quick_);
+  took_ = true;
+  if (!transfer.verdict) Deliver(reply, slip == Slip::kPerhaps);
+}
+
+// In lock-step an answer comes when it is due, or late. A message behind DATA is asked for, so that nothing before it
+// is left, or late.
 ReplyHabits::Neighbours Transfers::NeighboursOf(const Transfer& transfer) const {
-  if (!pipelined_) return {};
+  if (!pipelined_) return {false, std::nullopt, was_silent_};
   return {transfer.chunked, wire_.ReplyIsDue() ? std::optional(wire_.awaited()) : std::nullopt};
 }
 
-// The server has taken the oldest message.
-void Transfers::Deliver(const ServerReply& reply) {
-  Outcome& outcome = events_.Add(Event::Kind::kOutcome).outcome;
+// The server has taken the oldest message, as it seems.
+void Transfers::Deliver(const ServerReply& reply, bool holds) {
+  Outcome& outcome = holds ? Hold() : NextOutcome();
   outcome.state = State::kSent;
   outcome.code = ResultCode::kSuccess;
   outcome.reply = reply;
@@ -69,6 +82,7 @@ void Transfers::Deliver(const ServerReply& reply) {
 }
 
 void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
+  if (transfers_.empty()) return OnAskedAgainRefused(reply);
   Transfer& transfer = transfers_.front();
   --transfer.awaited;
   if (BreaksPipelining(command, reply.code)) {
@@ -92,6 +106,11 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
   if (limit) UseUp(*transfer.verdict);
   SetNextAfterRefusal(transfer, command);
   FinishAnswered();
+}
+
+// A server that does not know RSET; or a late answer, to a message that it had seemed to take.
+void Transfers::OnAskedAgainRefused(const ServerReply& reply) {
+  if (reply.code < 500 || reply.code > 504) end_ = OnOneTooMany(kTooOften);
 }
 
 void Transfers::SetNextAfterRefusal(Transfer& transfer, Awaited command) {
@@ -134,6 +153,11 @@ void Transfers::UseUp(const Outcome& why) {
 // The 421 is the verdict of the message whose end it answers. Those behind it are in doubt once their end is out: not
 // every server stops where it says so.
 SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
+  if (transfers_.empty()) {  // to AskAgain: it takes no more
+    TellHeld(true);
+    window_.LimitConnection(mails_taken_);
+    return {VerdictOf(ResultCode::kConnectionLost, reply)};
+  }
   crowded_ = IsCrowd(command, reply);
   if (IsLimit(command) && !IsOut(transfers_.front())) {
     window_.LimitConnection(mails_taken_);
@@ -156,6 +180,15 @@ SessionEnd Transfers::OnNoSense(std::string_view what) {
   if (overtaxed) window_.GiveUpPipelining();
   SessionEnd end{NoSense(what)};
   if (overtaxed) end.why.whereabouts = Whereabouts::kNotOut;
+  return end;
+}
+
+// What has not gone yet goes once more, to a server that is then asked one thing at a time.
+SessionEnd Transfers::OnOneTooMany(std::string_view what) {
+  const bool was_wary = window_.wary();
+  window_.BeWary();
+  SessionEnd end = OnNoSense(what);
+  if (!was_wary) end.why.whereabouts = Whereabouts::kNotOut;
   return end;
 }
 

@@ -15,6 +15,7 @@ namespace {
 constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
 
 constexpr const char* kMayBeTaken = "The message may have been taken all the same.";
+constexpr const char* kTooOften = "it answered more often than it was asked";
 constexpr const char* kEndedBefore = "The connection ended before the server answered.";
 
 // Whether people would choose it as a limit: 20, 150, 1,000.
@@ -33,9 +34,9 @@ void Transfers::Begin(const Capabilities& offered, bool pipeline) {
 }
 
 bool Transfers::WantsMessage() {
-  if (offered_ == nullptr || UsedUp()) return false;
+  if (offered_ == nullptr || UsedUp() || !held_.empty()) return false;
   if (transfers_.empty()) return true;
-  if (!pipelined_ || window_.words().any()) return false;
+  if (!pipelined_ || window_.wary()) return false;
   const Transfer& last = transfers_.back();
   // The next envelope goes with the end of this message, which begins when DATA has been accepted.
   if (!last.chunked) return last.next == Next::kBody || last.next == Next::kLoneDot;
@@ -53,6 +54,7 @@ void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
   transfer.whereabouts = Whereabouts::kDecided;
   ++submitted_;
   transfer.awaited = 0;
+  was_silent_ = false;
   transfer.verdict = FitEnvelope(transfer.envelope, message, *offered_);
   transfer.chunked = offered_->chunking && transfer.envelope.size != 0;
   octets_ += transfer.envelope.size;
@@ -77,7 +79,9 @@ void Transfers::Withdraw() {
 // --- sending ---
 
 bool Transfers::SendMore() {
-  if (offered_ == nullptr || end_ || sending_ == transfers_.size()) return false;
+  if (offered_ == nullptr || end_) return false;
+  if (transfers_.empty()) return AskAgain();
+  if (sending_ == transfers_.size()) return false;
   return SendNext(transfers_[sending_]);
 }
 
@@ -104,7 +108,7 @@ bool Transfers::SendNext(Transfer& transfer) {
       if (may_send) SendRcpt(transfer);
       return may_send;
     case Next::kContent:
-      return may_send && SendContent(transfer);
+      return may_send && !MustBeSilent() && SendContent(transfer);
     case Next::kBody:
       SendBody(transfer);
       return true;
@@ -134,6 +138,28 @@ void Transfers::SendRcpt(Transfer& transfer) {
     return Send(transfer, Awaited::kRcpt, *line, Next::kContent);
   }
   end_ = SessionEnd{.why = {State::kFailed, ResultCode::kRecipientRefused, {}, "The recipient cannot be sent."}};
+}
+
+// Before the content of a message goes to a server that answers too often: what it says then is the answer to nothing.
+bool Transfers::MustBeSilent() const {
+  if (!window_.wary() || was_silent_ || sending_ == transfers_.size()) return false;
+  return transfers_[sending_].next == Next::kContent && !wire_.awaits();
+}
+
+bool Transfers::AskAgain() {
+  if (held_.empty() || is_asked_again_) return false;
+  is_asked_again_ = true;
+  wire_.Send(Awaited::kReset, "RSET");
+  return true;
+}
+
+void Transfers::OnSilence() {
+  if (MustBeSilent()) {
+    was_silent_ = true;
+  } else {
+    habits_.OnInStep();
+    TellHeld(true);
+  }
 }
 
 bool Transfers::SendContent(Transfer& transfer) {
@@ -197,8 +223,32 @@ void Transfers::FinishAnswered() {
       return;
     }
     if (oldest.next != Next::kNothing || oldest.awaited != 0 || !oldest.verdict) return;
-    events_.Add(Event::Kind::kOutcome).outcome = WithVerdict(oldest);
+    NextOutcome() = WithVerdict(oldest);
     Pop();
+  }
+}
+
+// Of the oldest message, behind those that are held.
+Outcome& Transfers::NextOutcome() { return held_.empty() ? events_.Add(Event::Kind::kOutcome).outcome : Hold(); }
+
+Outcome& Transfers::Hold() {
+  held_.push_back({{}, IsOut(transfers_.front())});
+  events_.SetHeld(held_.size());
+  return held_.back().outcome;
+}
+
+// Where the server is not in step, whose answer each had is not known.
+void Transfers::TellHeld(bool is_in_step) {
+  is_asked_again_ = false;
+  events_.SetHeld(0);
+  for (auto& [outcome, is_out] : std::exchange(held_, {})) {
+    if (!is_in_step && outcome.is_decided() && outcome.reply.code != 0) {
+      outcome = NoSense(kTooOften);
+      outcome.whereabouts = is_out ? Whereabouts::kDecided : NotOut();
+      if (is_out) outcome.state = State::kUnknown;
+      if (is_out) AddSentence(outcome.reason, kMayBeTaken);
+    }
+    events_.Add(Event::Kind::kOutcome).outcome = std::move(outcome);
   }
 }
 
@@ -211,7 +261,10 @@ void Transfers::Pop() {
   if (sending_ > 0) --sending_;
 }
 
+// A connection that was lost, or is given up, while nothing else was asked has said all that the server had to say.
 void Transfers::Close(const SessionEnd& end) {
+  const bool is_lost = end.why.code == ResultCode::kConnectionLost && end.why.reply.code == 0;
+  TellHeld((is_lost || end.why.code == ResultCode::kCancelled) && transfers_.empty());
   for (bool oldest = true; !transfers_.empty(); oldest = false) {
     const Transfer& transfer = transfers_.front();
     events_.Add(Event::Kind::kOutcome).outcome =

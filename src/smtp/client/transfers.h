@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "smtp/capabilities.h"
 #include "smtp/client/body_writer.h"
@@ -31,13 +32,19 @@ class Transfers {
   void Submit(const Envelope& envelope, MessageSource& message);
   void Withdraw();
   bool UsedUp() const { return used_up_ || submitted_ >= window_.per_connection(); }
-  bool empty() const { return transfers_.empty(); }
-  std::size_t size() const { return transfers_.size(); }
+  bool empty() const { return transfers_.empty() && held_.empty(); }
+  std::size_t size() const { return transfers_.size() + held_.size(); }
   bool crowded() const { return crowded_; }
   bool accepted() const { return mails_taken_ > 0; }
   void SetQuick(bool quick) { quick_ = quick; }
   std::uint64_t octets_made() const { return octets_made_; }
   std::uint64_t octets_in_all() const { return octets_in_all_; }
+
+  // Whether the server has to be silent for a while (SendWindow::kSilence) before anything goes on; and it was.
+  bool Listens() const { return !wire_.awaits() && !end_ && (IsAskedAgain() || MustBeSilent()); }
+  void OnSilence();
+  // An answer to nothing. True where it is passed over: nothing has gone yet that it could belong to.
+  bool PassesOver(const ServerReply& reply) const { return reply.code / 100 == 2 && MustBeSilent(); }
 
   // Makes the next thing that may go out; false where there is none, or one has to wait for a reply.
   bool SendMore();
@@ -52,6 +59,7 @@ class Transfers {
   // What ends it from without: a 421, an answer that makes no sense, and a connection that is lost or silent.
   SessionEnd OnGoodbye(Awaited command, const ServerReply& reply);
   SessionEnd OnNoSense(std::string_view what);
+  SessionEnd OnOneTooMany(std::string_view what);
   SessionEnd OnGivenUp(Outcome why);
 
   // Each message that is left has its outcome; the oldest one the session's.
@@ -91,11 +99,19 @@ class Transfers {
   Outcome WithVerdict(const Transfer& transfer) const;
   Outcome OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const;
 
-  void SetPipelined() { pipelined_ = may_pipeline_ && !window_.words().any(); }
+  void SetPipelined() { pipelined_ = may_pipeline_ && !window_.wary(); }
+  bool AskAgain();
+  bool IsAskedAgain() const { return is_asked_again_ && transfers_.empty(); }
+  bool MustBeSilent() const;
+  Outcome& NextOutcome();
+  Outcome& Hold();
+  void TellHeld(bool is_in_step);
 
   // transfer_replies.cpp
   ReplyHabits::Neighbours NeighboursOf(const Transfer& transfer) const;
-  void Deliver(const ServerReply& reply);
+  void OnMessageTaken(const ServerReply& reply);
+  void Deliver(const ServerReply& reply, bool holds);
+  void OnAskedAgainRefused(const ServerReply& reply);
   void SetNextAfterRefusal(Transfer& transfer, Awaited command);
   bool BreaksPipelining(Awaited command, int code) const;
   bool IsLimit(Awaited command) const { return command == Awaited::kMail && took_; }
@@ -129,6 +145,16 @@ class Transfers {
   std::optional<BodyWriter> body_;  // of transfers_[sending_]
   std::uint64_t octets_made_ = 0;
   std::uint64_t octets_in_all_ = 0;
+  // Of messages that were answered, the first of them in words that may be the answer to another command, and all
+  // behind it. Nothing new is begun then. Once nothing is in flight, RSET is asked for: a server that has answered too
+  // often has an answer left over behind the one to that, or a refusal in its place.
+  struct Held {
+    Outcome outcome;
+    bool is_out = false;
+  };
+  std::vector<Held> held_;
+  bool is_asked_again_ = false;
+  bool was_silent_ = false;  // since the recipient of the message that is next was taken
   std::optional<SessionEnd> end_;
 };
 

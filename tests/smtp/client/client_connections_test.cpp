@@ -55,7 +55,8 @@ int TakeAll(Peer& peer, const char* offers, const Instead& instead = {},
     std::string message = chunk ? peer.Octets(static_cast<std::size_t>(std::stoi(line.substr(5)))) : "";
     if (line == "DATA") message = peer.Message();
     if (!message.empty() && ++messages > 0 && took) took(message.substr(0, message.find_first_of("\r\n")));
-    if (ends(message.empty() ? line : ".", line.starts_with("EHLO") ? offers : "250 ok\r\n")) return -1;
+    const char* reply = !message.empty() ? "250 taken\r\n" : line.starts_with("EHLO") ? offers : "250 ok\r\n";
+    if (ends(message.empty() ? line : ".", reply)) return -1;
     if (line == "QUIT") return messages;
   }
   return -1;

@@ -92,8 +92,9 @@ class Taker {
       heard(line.substr(0, 4));
       if (line.starts_with("BDAT")) peer.Octets(static_cast<std::size_t>(std::stoi(line.substr(5))));
       messages += line.starts_with("BDAT") ? 1 : 0;
-      const std::string reply =
-          line.starts_with("EHLO") ? "250-ok\r\n250-PIPELINING\r\n250 CHUNKING\r\n" : "250 ok\r\n";
+      const std::string reply = line.starts_with("EHLO")   ? "250-ok\r\n250-PIPELINING\r\n250 CHUNKING\r\n"
+                                : line.starts_with("BDAT") ? "250 taken\r\n"
+                                                           : "250 ok\r\n";
       if (waits_for_the_third_ && messages == 2) {
         held += reply;
         continue;

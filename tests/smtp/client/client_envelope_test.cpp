@@ -23,7 +23,7 @@ class TwoForms final : public MessageSource {
 void Send(const std::string& offers, const Envelope& envelope, MessageSource& message, Told& told,
           std::string_view dialogue) {
   ClientOptions options;
-  SendWindow window;
+  KnownWindow window;
   ClientSession session(options, {"[127.0.0.1]", true, false}, window);
   Play(session, told,
        "S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250-" + platform::ReplaceAll(offers, ",", "\nS: 250-") +

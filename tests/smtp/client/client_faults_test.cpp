@@ -45,7 +45,7 @@ void Serve(Peer& peer, int at, Fault fault, std::vector<std::string>& taken) {
     if (!answer(line == "DATA" ? "354 go\r\n" : "250 ok\r\n") || line == "QUIT") return;
     if (line != "DATA") continue;
     taken.push_back(peer.Message());
-    if (!answer("250 ok\r\n")) return;
+    if (!answer("250 taken\r\n")) return;
   }
 }
 

@@ -48,7 +48,7 @@ void TakeOneByOne(Peer& peer) {
     peer.Say(line == "DATA" ? "354 go\r\n" : "250 ok\r\n");
     if (line != "DATA") continue;
     peer.Message();
-    peer.Say("250 ok\r\n");
+    peer.Say("250 taken\r\n");
   }
 }
 
@@ -106,7 +106,7 @@ TEST(ClientLog, StandsTogetherOverSeveralConnections) {
     }
     const std::string rcpt = "C: RCPT TO:<r" + std::to_string(n) + "@example.net>";
     EXPECT_EQ(own, (std::vector<std::string>{"C: MAIL FROM:<ada@example.org>", "S: 250 ok", rcpt, "S: 250 ok",
-                                             "C: DATA", "S: 354 go", own.size() > 6 ? own[6] : "", "S: 250 ok"}))
+                                             "C: DATA", "S: 354 go", own.size() > 6 ? own[6] : "", "S: 250 taken"}))
         << n;
   }
   EXPECT_GE(greetings, connections - 1);  // the run may end while one is on its way

@@ -9,9 +9,11 @@
 namespace quillcast::smtp {
 namespace {
 
-// Messages of one line to r0, r1 and so on, submitted as the session wants them.
+// Messages of one line to r0, r1 and so on, submitted as the session wants them. To a server that is known to take
+// messages in the words in which it takes all, or of which nothing is known.
 struct Pipeline {
-  explicit Pipeline(const char* extensions, std::size_t messages) {
+  explicit Pipeline(const char* extensions, std::size_t messages, bool known = true) {
+    if (known) window.words().Learn({250, "", "ok"});
     options.pipeline = true;
     for (std::size_t n = 0; n < messages; ++n) sources.emplace_back("hi" + std::to_string(n) + "\r\n");
     session.emplace(options, SessionSetup{"[127.0.0.1]", true, false}, window);
@@ -53,11 +55,11 @@ struct Case {
   const char* outcomes;
 };
 
-void Check(const char* extensions, const Case& c) {
+void Check(const char* extensions, const Case& c, bool known = true) {
   SCOPED_TRACE(c.name);
   std::size_t messages = 2;
   while (c.dialogue.find("r" + std::to_string(messages) + "@") != std::string::npos) ++messages;
-  Pipeline p(extensions, messages);
+  Pipeline p(extensions, messages, known);
   p.Run(c.dialogue);
   EXPECT_EQ(p.Outcomes(), c.outcomes);
 }
@@ -92,7 +94,7 @@ TEST(ClientPipeline, DataGoesWithItsEnvelopeAndTheNextEnvelopeWithTheEnd) {
            {"goodbye to DATA", DATA(0) YES YES "S: 421 bye\n", "failed 16 again"},
            {"goodbye to the message", DATA(0) GO BODY(0) DATA(1) "S: 421 bye\n", "deferred 4, failed 16 again"},
            {"goodbye after a refusal", DATA(0) YES "S: 550 no\nS: 421 bye\n", "refused 8"},
-           {"taken before it is out", DATA(0) YES YES "S+ 354 go\nS: 250 taken\n", "failed 18"},
+           {"taken before it is out", DATA(0) YES YES "S+ 354 go\nS: 250 taken\n", "failed 18 again"},
            {"a reply too many", DATA(0) GO BODY(0) DATA(1) YES GO BODY(1) YES YES, "sent 0, sent 0"},
            {"no reply at all to the message", DATA(0) GO BODY(0) DATA(1) "S: what?\n", "unknown 18, failed 16 again"},
            {"pipelining not kept at MAIL", DATA(0) "S: 503 one at a time\n", "failed 18 again"},
@@ -188,8 +190,10 @@ TEST(ClientPipeline, AGoodbyeSaysOfEachWhetherItsMessageWasOut) {
 
 // Its answers are one ahead from then on, and the last of them may be to a message that it never takes.
 TEST(ClientPipeline, AnAnswerTooManyTakesNoMessage) {
-#define FIRST(to_mail, to_rcpt, taken) \
-  ENVELOPE(0) "S: 250 " to_mail "\nS: 250 " to_rcpt "\n" CHUNK(0) WHOLE(1) "S: 250 " taken "\n" WHOLE(2)
+#define TWO(to_mail, to_rcpt, taken) \
+  ENVELOPE(0) "S: 250 " to_mail "\nS: 250 " to_rcpt "\n" CHUNK(0) WHOLE(1) "S: 250 " taken "\n"
+#define FIRST(to_mail, to_rcpt, taken) TWO(to_mail, to_rcpt, taken) WHOLE(2)
+#define RESET "C: RSET\nS: 250 reset\n"
 #define CODED FIRST("2.1.0 ok", "2.1.5 <r0@b.c> ok", "2.0.0 ok: id=1")
 #define WORDY FIRST("ok", "Accepted", "OK id=1")
   for (const Case& c : std::initializer_list<Case>{
@@ -205,16 +209,17 @@ TEST(ClientPipeline, AnAnswerTooManyTakesNoMessage) {
             ENVELOPE(0) "S: 250 2.1.0 ok\nS: 250 2.1.0 ok\n" CHUNK(0) WHOLE(1) "S: 250 2.1.5 ok\n",
             "unknown 18, unknown 16"},
            {"a server that says the same to recipient and message",
-            FIRST("2.1.0 ok", "2.1.5 ok",
-                  "2.1.5 ok") "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 250 2.1.5 ok\n",
+            TWO("2.1.0 ok", "2.1.5 ok", "2.1.5 ok") "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 ok\n"
+                                                    "S: 250 2.1.5 ok\n" RESET "-\n",
             "sent 0, sent 0"},
            {"and names the recipient in both",
-            FIRST("ok", "<r0@b.c> ok",
-                  "<r0@b.c> ok") "S: 250 reset\nS: 250 ok\nS: 250 <r1@b.c> ok\nS: 250 <r1@b.c> ok\n",
+            TWO("ok", "<r0@b.c> fine", "<r0@b.c> fine") "S: 250 reset\nS: 250 ok\nS: 250 <r1@b.c> fine\n"
+                                                        "S: 250 <r1@b.c> fine\n" RESET "-\n",
             "sent 0, sent 0"},
            {"one that delivers some at once",
-            CODED "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 <r1@b.c> ok\nS: 250 2.1.5 delivered\n",
-            "sent 0, sent 0"},
+            CODED "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 <r1@b.c> ok\nS: 250 2.1.5 delivered\n"
+                  "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 <r2@b.c> ok\nS: 250 2.0.0 id=3\n" RESET "-\n",
+            "sent 0, sent 0, sent 0"},
            {"with the address, and no codes",
             FIRST("ok", "<r0@b.c>... Recipient ok", "id=1") "S: 250 id=1\nS: 250 ok\nS: 250 ok\nS: 250 <r1@b.c>... "
                                                             "Recipient ok\n",
@@ -227,6 +232,65 @@ TEST(ClientPipeline, AnAnswerTooManyTakesNoMessage) {
   }
 }
 
+// Words that may be another command's are believed once the server is found in step: RSET has its answer, and nothing
+// comes behind that.
+TEST(ClientPipeline, AnAnswerTooManyThatComesLateTakesNoMessage) {
+#define BOTH_ALIKE ENVELOPE(0) YES YES CHUNK(0) WHOLE(1) YES YES YES YES YES
+  const std::string both_alike = BOTH_ALIKE;
+  for (const Case& c : std::initializer_list<Case>{
+           {"in step", both_alike + RESET "-\n", "sent 0, sent 0"},
+           {"in step, and does not know RSET", both_alike + "C: RSET\nS: 502 what?\n-\n", "sent 0, sent 0"},
+           {"is learnt", both_alike + RESET "-\n" ENVELOPE(2) CHUNK(2) WHOLE(3) YES YES YES YES YES YES YES,
+            "sent 0, sent 0, sent 0, sent 0"},
+           {"is not heard out yet", both_alike + RESET, ""},
+           {"one more", both_alike + RESET YES, "unknown 18, unknown 18"},
+           {"a refusal left", both_alike + RESET "S: 554 spam\n", "unknown 18, unknown 18"},
+           {"a refusal in the place of RSET's", both_alike + "C: RSET\nS: 554 spam\n", "unknown 18, unknown 18"},
+           {"a refusal in the midst", ENVELOPE(0) YES YES CHUNK(0) WHOLE(1) YES "S: 554 spam\n",
+            "unknown 18, unknown 18"},
+           {"goodbye", both_alike + RESET "S: 421 bye\n", "unknown 18, unknown 18"},
+           {"the recipient's code, to the first", TWO("2.1.0 ok", "2.1.5 ok", "2.1.5 ok") "S: 554 5.7.1 spam\n",
+            "unknown 18, unknown 18"},
+           {"a server with other words for messages", WORDY "S: 250 reset\nS: 250 ok\nS: 250 Accepted\nS: 250 id=2\n",
+            "sent 0, sent 0"}}) {
+    Check("S: 250-PIPELINING\nS: 250 CHUNKING\n", c, false);
+  }
+  for (const Case& c : std::initializer_list<Case>{
+           {"in step", DATA(0) GO BODY(0) DATA(1) YES GO BODY(1) YES RESET "-\n", "sent 0, sent 0"},
+           {"in the place of the next message's", DATA(0) GO BODY(0) DATA(1) YES YES YES YES,
+            "unknown 18, failed 18 again"},
+           {"a refusal behind", DATA(0) GO BODY(0) DATA(1) YES "S: 554 spam\n" YES, "unknown 18, failed 18 again"}}) {
+    Check("S: 250 PIPELINING\n", c, false);
+  }
+}
+
+// Whose connection is lost while nothing else is asked has said all there was: it has taken them.
+TEST(ClientPipeline, AServerThatHangsUpBehindItsAnswerTookTheMessage) {
+  for (const char* asked : {"C: RSET\n", RESET}) {
+    Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2, false);
+    p.Run(std::string(BOTH_ALIKE) + asked);
+    p.session->GiveUp({State::kFailed, ResultCode::kConnectionLost, {}, "why"});
+    Listen(*p.session, p.told);
+    EXPECT_EQ(p.Outcomes(), "sent 0, sent 0");
+  }
+}
+
+// It is remembered over connections: one thing is asked at a time, and what comes too often is waited for before a
+// message goes, where it belongs to nothing.
+TEST(ClientPipeline, AServerThatAnswersTooOftenIsServedAllTheSame) {
+  Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 2, false);
+  p.Run(BOTH_ALIKE RESET YES);
+  p.session.emplace(p.options, SessionSetup{"[127.0.0.1]", true, false}, p.window);
+  p.told = {};
+  for (TextSource& source : p.sources) source.Rewind();
+  p.submitted = 0;
+#define DOUBLED(n, taken) \
+  "C: MAIL FROM:<a@b.c>\n" YES "C: RCPT TO:<r" #n "@b.c>\n" YES YES "-\n" CHUNK(n) "S: " taken "\n"
+  p.Run("S: 220 ESMTP\nC: EHLO [127.0.0.1]\nS: 250-mx\nS: 250-PIPELINING\nS: 250 CHUNKING\n" DOUBLED(
+      0, "554 spam") "C: RSET\n" YES DOUBLED(1, "250 ok"));
+  EXPECT_EQ(p.Outcomes(), "refused 4, sent 0");
+}
+
 // A refusal that never came: the answer to the next sender is none to the message.
 TEST(ClientPipeline, AnAnswerTooFewTakesNoMessage) {
 #define CODED_GO "S: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 354 go\n"
@@ -237,7 +301,8 @@ TEST(ClientPipeline, AnAnswerTooFewTakesNoMessage) {
            {"to the first message", DATA(0) CODED_GO BODY(0) DATA(1) "S: 250 2.1.0 ok\n",
             "unknown 18, failed 16 again"},
            {"a server that delivers some at once",
-            DATA(0) CODED_GO BODY(0) DATA(1) "S: 250 2.0.0 taken\n" CODED_GO BODY(1) "S: 250 2.1.5 delivered\n",
+            DATA(0) CODED_GO BODY(0) DATA(1) "S: 250 2.0.0 taken\n" CODED_GO BODY(1) "S: 250 2.1.5 delivered\n" RESET
+                                                                                     "-\n",
             "sent 0, sent 0"}}) {
     Check("S: 250 PIPELINING\n", c);
   }
@@ -290,7 +355,7 @@ TEST(ClientPipeline, AServerThatDoesNotKeepItIsRemembered) {
 // connection it is asked one thing at a time, and once it takes one in those words there, they are no sign any more.
 TEST(ClientPipeline, AServerThatTakesAMessageInAnothersWordsIsLearnt) {
 #define LOCKED(n, taken) \
-  "C: MAIL FROM:<a@b.c>\nS: 250 2.1.0 ok\nC: RCPT TO:<r" #n "@b.c>\nS: 250 2.1.5 ok\n" CHUNK(n) "S: 250 " taken "\n"
+  "C: MAIL FROM:<a@b.c>\nS: 250 2.1.0 ok\nC: RCPT TO:<r" #n "@b.c>\nS: 250 2.1.5 ok\n-\n" CHUNK(n) "S: 250 " taken "\n"
   Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 5);
   p.Run(FIRST("2.1.0 ok", "2.1.5 ok", "2.0.0 id=1")
             WHOLE(3) "S: 250 2.0.0 ok\nS: 250 2.1.0 ok\nS: 250 2.1.5 ok\nS: 250 2.1.5 ok\n");

@@ -15,6 +15,11 @@
 
 namespace quillcast::smtp {
 
+// Of a run to a server that is known to take messages in the words in which it takes all.
+struct KnownWindow : SendWindow {
+  KnownWindow() { words().Learn({250, "", "ok"}); }
+};
+
 inline Address operator""_address(const char* text, std::size_t length) { return *Address::From({text, length}); }
 
 // A message in pieces of a given length.
@@ -78,9 +83,9 @@ inline void Listen(ClientSession& session, Told& told) {
   }
 }
 
-// "S: " lines are received, "C: " lines must be what is sent next, "TLS" is a handshake that succeeds. "S+ " lines come
-// in one packet with the line after them. After the last line nothing more may be waiting to be sent. `feed` is called
-// wherever a client would look for messages to submit.
+// "S: " lines are received, "C: " lines must be what is sent next, "TLS" is a handshake that succeeds, and "-" a while
+// in which the server is silent. "S+ " lines come in one packet with the line after them. After the last line nothing
+// more may be waiting to be sent. `feed` is called wherever a client would look for messages to submit.
 inline void Play(ClientSession& session, Told& told, std::string_view dialogue,
                  const std::function<void()>& feed = {}) {
   std::string sent;
@@ -107,6 +112,10 @@ inline void Play(ClientSession& session, Told& told, std::string_view dialogue,
       const std::string wanted = std::string(line.substr(3)) + "\r\n";
       ASSERT_EQ(sent.substr(0, wanted.size()), wanted);
       sent.erase(0, wanted.size());
+    } else if (line == "-") {
+      take();
+      ASSERT_TRUE(session.Listens());
+      session.OnSilence();
     } else if (line == "TLS") {
       Listen(session, told);
       ASSERT_TRUE(told.tls_wanted);

@@ -150,6 +150,10 @@ class Wires {
   void Stall() {
     for (Wire& wire : wires_) {
       if (!wire.session || wire.session->Idle()) continue;
+      if (wire.session->Listens()) {
+        wire.session->OnSilence();
+        return TakeEvents(wire);
+      }
       ++stalls_;
       wire.session->GiveUp({State::kFailed, ResultCode::kReplyTimeout, {}, "It took too long."});
       return TakeEvents(wire);

@@ -27,7 +27,7 @@ void Check(const Start& c) {
   options.password = platform::Secret("s3cret");
   options.send_without_auth = c.without_auth;
   options.auth_mode = c.mode;
-  SendWindow window;
+  KnownWindow window;
   ClientSession session(options, {"[192.0.2.1]", c.loopback, c.security == Security::kTls}, window);
   Told told;
   Play(session, told, c.dialogue);

@@ -15,7 +15,7 @@ const char* const kHello = R"(
 
 struct Fixture {
   ClientOptions options;
-  SendWindow window;
+  KnownWindow window;
   Told told;
   Envelope envelope{.sender = "ada@example.org"_address, .recipient = "bob@example.net"_address};
   TextSource message{"Subject: x\r\n\r\nhello\r\n"};

@@ -19,7 +19,7 @@ Played SignIn(AuthMode mode, const platform::Secret& password, const std::string
   options.user = "ada";
   options.password = password;
   options.auth_mode = mode;
-  SendWindow window;
+  KnownWindow window;
   ClientSession session(options, {"[192.0.2.1]", loopback, false, std::string(24, '\xAA')}, window);
   const Envelope envelope{.sender = "ada@example.org"_address, .recipient = "bob@example.net"_address};
   TextSource message{"Subject: x\r\n\r\nhello\r\n"};

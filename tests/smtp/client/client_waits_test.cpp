@@ -51,7 +51,7 @@ struct Silence {
   }
 
   ClientOptions options;
-  SendWindow window;
+  KnownWindow window;
   Told told;
   std::deque<TextSource> letters;
   std::size_t submitted = 0;
