@@ -22,6 +22,9 @@ namespace {
 // So many who were never lost before are lost in a row where it is asked whether to go on.
 constexpr std::ptrdiff_t kMostLostAnew = 20;
 
+// At so many in a row, the last of a list, a server may hang up for something of theirs.
+constexpr std::ptrdiff_t kMostOfTheirOwn = 2;
+
 // How often whoever holds a run is asked whether it goes on.
 constexpr std::chrono::milliseconds kHeldFor{500};
 
@@ -44,6 +47,7 @@ struct Lost {
   std::int64_t position = 0;
   int before = 0;           // tries in runs that this one goes on with
   bool has_sender = false;  // it took the sender, so that it was there, and hung up then
+  bool has_no_way = false;  // there was no server
 };
 
 // Takes the rows of the group one by one, from the store to the wire to the report.
@@ -107,6 +111,7 @@ class Run final : public smtp::JobSource {
   bool AreLostAnew() const;
   void FailThoseLost(std::int64_t before);
   void FailThoseLostTwice();
+  bool MayBeTheirDoing() const;
   void LeaveThoseLost();
   void SettleThoseLost();
   void TellAboutPictures();
@@ -450,7 +455,8 @@ void Run::KeepLost(const Letter& letter, const smtp::Outcome& outcome) {
   const int tries = recipient.before.tries + recipient.tries;
   if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) return;
   run_->IsTriedAgain(recipient.position, tries);
-  lost_in_a_row_.push_back({recipient.position, recipient.before.tries, outcome.has_sender});
+  lost_in_a_row_.push_back(
+      {recipient.position, recipient.before.tries, outcome.has_sender, smtp::IsOfWay(outcome) && !outcome.has_sender});
   ++lost_;
 }
 
@@ -469,18 +475,23 @@ void Run::FailThoseLostTwice() {
   std::erase_if(lost_in_a_row_, is_lost_twice);
 }
 
+bool Run::MayBeTheirDoing() const {
+  return std::ssize(lost_in_a_row_) <= kMostOfTheirOwn && std::ranges::none_of(lost_in_a_row_, &Lost::has_no_way);
+}
+
 void Run::LeaveThoseLost() {
   summary_.not_their_doing += std::ssize(lost_in_a_row_);
   lost_in_a_row_.clear();
 }
 
-// Of the last in a row nobody knows what came behind them, where the run ended before its list, or reached nobody at
-// all. But at whom a server that was there hung up again, when all of them were asked a second time, that is theirs.
+// Of the last in a row nobody knows what came behind them, where the run ended before its list, reached nobody at all,
+// or lost too many for it to be something of each. But at whom a server that was there hung up again, when all of them
+// were asked a second time, that is theirs.
 void Run::SettleThoseLost() {
   const bool reached_nobody =
       summary_.sent == 0 && summary_.failed == summary_.not_their_doing + std::ssize(lost_in_a_row_);
   const bool is_cut_short = summary_.stopped || IsCancelled() || does_not_go_on_;
-  if (!is_cut_short && !reached_nobody) return FailThoseLost(lost_);
+  if (!is_cut_short && !reached_nobody && MayBeTheirDoing()) return FailThoseLost(lost_);
   if (!is_cut_short) FailThoseLostTwice();
   LeaveThoseLost();
 }

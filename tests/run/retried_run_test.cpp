@@ -207,7 +207,10 @@ TEST_F(RetriedRun, FailsThoseAtWhomTheServerHangsUpAgain) {
       {"again, before it took the sender", "c", {{1, 1}}, {{1, 2}}},
       {"at one again, and at another for the first time", "hh", {{2, 1}}, {{1, 1}}},
       {"at all again", "hhh", {{1, 1}, {2, 1}, {3, 2}}, {}},
-      {"and takes somebody before", "sh", {}, {}},
+      {"and takes somebody before", "shh", {}, {}},
+      {"at so many behind that it is nothing of each", "shhh", {}, {{2, 1}, {3, 1}, {4, 1}}},
+      {"at those again", "shhh", {{2, 1}, {3, 1}, {4, 1}}, {}},
+      {"and is gone", "sc", {}, {{2, 1}}},
   };
   for (const auto& each : kCases) {
     SCOPED_TRACE(each.what);
