@@ -14,7 +14,8 @@ enum class Answer { kYes, kNo, kCancel };
 // What a file dialog is opened with.
 struct FileQuestion {
   std::string title;
-  std::string filter;  // "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*"
+  std::string filter;     // "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*"
+  std::string name = {};  // proposed for a file to save to; none where it is empty
   bool several = false;
   bool ask_before_overwriting = false;
 };

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "account/account_steps.h"
-#include "document/merge_fields.h"
 #include "html/safe_page.h"
 #include "platform/text.h"
 #include "run/frozen/frozen_text.h"
@@ -83,16 +82,6 @@ std::string Safe(std::string_view text, std::size_t longest = 300) {
 
 std::string Number(std::int64_t number) { return platform::WithThousands(number); }
 
-// A tag would mean nothing to whom the page is shown; its field does.
-std::string WithoutTags(std::string subject) {
-  constexpr std::string_view kBegin = "$*Merge";
-  for (const auto& field : document::kMergeFields) {
-    const std::string_view name = field.tag.substr(kBegin.size(), field.tag.size() - kBegin.size() - 2);
-    subject = platform::ReplaceAll(subject, field.tag, fmt::format("[{}]", name));
-  }
-  return subject;
-}
-
 // How it came to its end, behind when it began.
 std::string EndOf(const RunEntry& run, const platform::Clock& clock) {
   if (run.ended) return " to " + MomentText(*run.ended, clock);
@@ -147,7 +136,7 @@ class Page {
 };
 
 void Page::Begin(const std::string& sender) {
-  const std::string subject = Safe(mailing_.subject.empty() ? "(no subject)" : WithoutTags(mailing_.subject));
+  const std::string subject = Safe(ReadableSubject(mailing_.subject));
   Put(fmt::format(fmt::runtime(kHead), subject));
   Put(fmt::format("<h1>{}</h1>\n<p>{} {} of the group {}.", subject,
                   sender.empty() ? "To" : "From " + Safe(sender) + " to",

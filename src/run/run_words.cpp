@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "document/merge_fields.h"
+#include "platform/text.h"
 #include "run/pace/pace_words.h"
 #include "smtp/outcome_text.h"
 
@@ -50,6 +52,16 @@ const char* MeaningOf(ResultState state) {
 std::string StandingOf(const JournalRow& row) {
   return fmt::format("{}{}{}", Name(row.state), row.attempts > 1 ? fmt::format(", after {} tries", row.attempts) : "",
                      row.again ? ", to be tried again" : "");
+}
+
+std::string ReadableSubject(std::string subject) {
+  if (subject.empty()) return "(no subject)";
+  constexpr std::string_view kBegin = "$*Merge";
+  for (const auto& field : document::kMergeFields) {
+    const std::string_view name = field.tag.substr(kBegin.size(), field.tag.size() - kBegin.size() - 2);
+    subject = platform::ReplaceAll(subject, field.tag, fmt::format("[{}]", name));
+  }
+  return subject;
 }
 
 std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock) {

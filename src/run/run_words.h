@@ -24,6 +24,8 @@ std::string WhatBecameOf(const smtp::Outcome& outcome, Delivery delivery);
 const char* MeaningOf(ResultState state);
 // "deferred, after 3 tries, to be tried again": where a recipient is.
 std::string StandingOf(const JournalRow& row);
+// "Dear [FirstName]", "(no subject)": for somebody to whom a tag would mean nothing; its field does.
+std::string ReadableSubject(std::string subject);
 // "2026-11-27 09:05:07", as the clock on the wall has it.
 std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 // Who was left when it ended; nothing where nobody was.

@@ -10,6 +10,7 @@
 #include "desktop/widgets/row_list.h"
 #include "platform/file.h"
 #include "run/frozen/frozen_pace.h"
+#include "run/run_words.h"
 #include "support/kept_mailing.h"
 
 namespace quillcast::desktop {
@@ -171,8 +172,14 @@ class KeptRunsFormTest : public QObject {
     rig.prompts.files = {rig.folder / "page.html"};
     Press(form, "PageButton");
     QTRY_COMPARE(Status(form), ToQt("The report is in " + (rig.folder / "page.html").string() + "."));
+    const std::string named =
+        "Hello to Readers " +
+        run::MomentText(std::chrono::floor<std::chrono::seconds>(rig.clock.Now()), rig.clock).substr(0, 10);
+    QCOMPARE(rig.prompts.last_file_question.name, named + ", report.html");
     rig.prompts.files = {rig.folders.RunJournal()};
     Press(form, "SaveListButton");
+    QCOMPARE(rig.prompts.last_file_question.name, named + ", recipients.csv");
+    QVERIFY(rig.prompts.last_file_question.ask_before_overwriting);
     QVERIFY2(Status(form).contains("runs.db"), qPrintable(Status(form)));
     rig.Shown();
     rig.prompts.answers = {platform::Answer::kYes};

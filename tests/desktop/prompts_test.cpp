@@ -77,14 +77,17 @@ class PromptsTest : public QObject {
     const test::TemporaryFolder folder;
     const platform::FileQuestion question{.title = "Save",
                                           .filter = "HTML Files (*.html;*.htm)|*.html;*.htm|All Files (*.*)|*.*",
+                                          .name = "Hello to Readers 2026-11-27, report.html",
                                           .ask_before_overwriting = true};
     struct Case {
-      const char* typed;
+      const char* typed;  // nothing: what is proposed is taken
       int filter;
       const char* saved;
     };
-    for (const Case& c : std::initializer_list<Case>{
-             {"letter", 0, "letter.html"}, {"letter.htm", 0, "letter.htm"}, {"letter", 1, "letter"}}) {
+    for (const Case& c : std::initializer_list<Case>{{"letter", 0, "letter.html"},
+                                                     {"letter.htm", 0, "letter.htm"},
+                                                     {"letter", 1, "letter"},
+                                                     {nullptr, 0, "Hello to Readers 2026-11-27, report.html"}}) {
       WhenOpen<QFileDialog>([&](QFileDialog& dialog) {
         QCOMPARE(dialog.windowTitle(), QString("Save"));
         QCOMPARE(dialog.nameFilters(), QStringList({"HTML Files (*.html *.htm)", "All Files (*)"}));
@@ -92,7 +95,7 @@ class PromptsTest : public QObject {
         dialog.selectNameFilter(dialog.nameFilters().at(c.filter));
         emit dialog.filterSelected(dialog.nameFilters().at(c.filter));
         auto* name = dialog.findChild<QLineEdit*>("fileNameEdit");
-        name->setText(c.typed);
+        if (c.typed != nullptr) name->setText(c.typed);
         QTest::keyClick(name, Qt::Key_Return);
       });
       QCOMPARE(prompts_.PickSaveFile(question), folder.path() / c.saved);

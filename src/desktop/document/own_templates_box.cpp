@@ -165,8 +165,10 @@ void OwnTemplatesBox::Delete() {
 
 void OwnTemplatesBox::Export() {
   const QString name = Chosen();
-  const fs::path file = program_.prompts.PickSaveFile(
-      {.title = "Export", .filter = document::kDocumentFilter, .ask_before_overwriting = true});
+  const fs::path file = program_.prompts.PickSaveFile({.title = "Export",
+                                                       .filter = document::kDocumentFilter,
+                                                       .name = FromQt(name + ".html"),
+                                                       .ask_before_overwriting = true});
   if (file.empty()) return;
   const auto may_export = document::OwnTemplates::MayExportTo(file, program_.folders, program_.prompts);
   if (!may_export) return emit Failed(may_export.error());

@@ -21,6 +21,7 @@
 #include "run/frozen/frozen_pace.h"
 #include "run/mailing_lists.h"
 #include "run/mailing_page.h"
+#include "run/proposed_name.h"
 #include "run/run_words.h"
 
 namespace quillcast::desktop {
@@ -263,9 +264,11 @@ void KeptRunsForm::ExportList() {
   if (runs_->Mailing() == nullptr) return;
   const run::MailingEntry mailing = *runs_->Mailing();
   const run::RecipientChoice choice = choice_;
-  const auto file = program_.prompts.PickSaveFile({.title = "Save List",
-                                                   .filter = "Comma Separated Values (*.csv)|*.csv|All Files (*.*)|*.*",
-                                                   .ask_before_overwriting = true});
+  const auto file =
+      program_.prompts.PickSaveFile({.title = "Save List",
+                                     .filter = "Comma Separated Values (*.csv)|*.csv|All Files (*.*)|*.*",
+                                     .name = run::ProposedName(mailing, run::WhatIsIn(choice), ".csv", program_.clock),
+                                     .ask_before_overwriting = true});
   if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) return status_->Fail(may_write.error());
@@ -307,9 +310,11 @@ void KeptRunsForm::MakeGroup() {
 void KeptRunsForm::WriteReport() {
   if (runs_->Mailing() == nullptr) return;
   const run::MailingEntry mailing = *runs_->Mailing();
-  const auto file = program_.prompts.PickSaveFile({.title = "Save Report",
-                                                   .filter = "HTML Files (*.html)|*.html|All Files (*.*)|*.*",
-                                                   .ask_before_overwriting = true});
+  const auto file =
+      program_.prompts.PickSaveFile({.title = "Save Report",
+                                     .filter = "HTML Files (*.html)|*.html|All Files (*.*)|*.*",
+                                     .name = run::ProposedName(mailing, "report", ".html", program_.clock),
+                                     .ask_before_overwriting = true});
   if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) return status_->Fail(may_write.error());

@@ -24,9 +24,11 @@ enum Column : int { kPosition, kAddress, kState, kDetail };
 
 }  // namespace
 
-ResultsView::ResultsView(const run::RunResults& results, const profile::Program& program, QWidget* parent)
+ResultsView::ResultsView(const run::RunResults& results, run::NamedMailing mailing, const profile::Program& program,
+                         QWidget* parent)
     : QWidget(parent),
       results_(results),
+      mailing_(std::move(mailing)),
       program_(program),
       states_(new QComboBox(this)),
       text_(new FilterBox("ResultTextBox", tr("Filter"), tr("Filter by address or reason"), this)),
@@ -151,8 +153,11 @@ void ResultsView::Copy() {
 }
 
 void ResultsView::Save() {
-  const auto file = program_.prompts.PickSaveFile(
-      {.title = "Save", .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*", .ask_before_overwriting = true});
+  const char* what = filter_.state ? run::Name(*filter_.state) : "results";
+  const auto file = program_.prompts.PickSaveFile({.title = "Save",
+                                                   .filter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*",
+                                                   .name = run::ProposedName(mailing_, what, ".txt", program_.clock),
+                                                   .ask_before_overwriting = true});
   if (file.empty()) return;
   const auto may_write = platform::MayWriteTo(file, program_.folders.OwnFiles(), program_.prompts);
   if (!may_write) return Tell(InWords(may_write.error()), NoteKind::kFailure);

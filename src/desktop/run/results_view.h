@@ -6,6 +6,7 @@
 
 #include "desktop/widgets/note.h"
 #include "profile/program.h"
+#include "run/proposed_name.h"
 #include "run/run_results.h"
 
 class QComboBox;
@@ -19,7 +20,9 @@ class StatusLine;
 class ResultsView final : public QWidget {
   Q_OBJECT
  public:
-  ResultsView(const run::RunResults& results, const profile::Program& program, QWidget* parent);
+  // A file of them is called by the mailing.
+  ResultsView(const run::RunResults& results, run::NamedMailing mailing, const profile::Program& program,
+              QWidget* parent);
   // Takes in the results that came since.
   void Grow();
 
@@ -35,6 +38,7 @@ class ResultsView final : public QWidget {
   void Save();
 
   const run::RunResults& results_;
+  const run::NamedMailing mailing_;
   const profile::Program& program_;
   run::RunResults::Filter filter_;
   std::vector<std::uint32_t> rows_;  // of the results, those that pass it

@@ -65,7 +65,10 @@ SendMailForm1::SendMailForm1(const profile::Program& program, document::MessageD
           this)),
       tabs_(new QTabWidget(this)),
       report_(new ReportView(this)),
-      results_view_(new ResultsView(results_, program, this)),
+      results_view_(new ResultsView(
+          results_,
+          {document_.subject, group_.group.name, std::chrono::floor<std::chrono::seconds>(program.clock.Now())},
+          program, this)),
       pause_panel_(new NotePanel(NoteKind::kWarning, "PausePanel", "PauseLabel", this)),
       pictures_(new PicturesPanel(program, this)),
       shut_down_(new QCheckBox(tr("Automatically shut down the PC when successfully done"), this)),

@@ -98,6 +98,7 @@ std::filesystem::path QtPrompts::PickSaveFile(const platform::FileQuestion& ques
   const auto take_suffix = [&dialog](const QString& filter) { dialog.setDefaultSuffix(SuffixOf(filter)); };
   take_suffix(dialog.selectedNameFilter());
   QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, take_suffix);
+  if (!question.name.empty()) dialog.selectFile(ToQt(question.name));
   if (dialog.exec() != QDialog::Accepted) return {};
   return PathFromQt(dialog.selectedFiles().value(0));
 }
