@@ -24,11 +24,11 @@ constexpr std::array<Values, kProperties> kValues = {{
     {" none ",
      " block inline inline-block list-item table inline-table table-cell table-row table-row-group table-header-group "
      "table-footer-group table-column table-column-group table-caption flex inline-flex grid inline-grid flow-root "
-     "contents run-in "},
+     "contents run-in -webkit-box -webkit-flex "},
     {" hidden ", " visible collapse "},
     {" 0 ", ""},
     {" 0 0px ", ""},
-    {" hidden clip ", " visible scroll auto "},
+    {" hidden clip auto scroll ", " visible "},
 }};
 
 bool IsAmong(std::string_view words, std::string_view word) {
@@ -41,43 +41,69 @@ std::optional<bool> Hides(const Values& values, const std::string& value) {
   if (IsAmong(values.hiding, value)) return true;
   if (IsAmong(values.others, value) || IsAmong(kOfAround, value)) return false;
   if (!values.others.empty() || value.empty()) return {};
-  const bool is_number = std::string_view("0123456789.+-").find(value[0]) != std::string_view::npos;
-  return is_number || value == "none" || value.ends_with(')') ? std::optional(false) : std::nullopt;
+  const std::size_t unit = value.find_first_not_of("0123456789.+-");
+  const bool is_number = unit == std::string::npos || value.substr(unit) == "%";
+  const bool is_length = unit != 0 && values.hiding.ends_with("px ");
+  return is_number || is_length || value == "none" || value.ends_with(')') ? std::optional(false) : std::nullopt;
 }
 
-// The style in pieces, without comments: what stands in a string or in brackets ends no piece and begins no comment.
-template <typename Take>
-void EachPiece(std::string_view style, Take take) {
-  std::string piece;
-  char quote = 0;
-  std::size_t brackets = 0;
-  for (std::size_t at = 0; at < style.size(); ++at) {
-    const char c = style[at];
-    if (quote == 0 && brackets == 0 && style.substr(at).starts_with("/*")) {
-      const std::size_t end = style.find("*/", at + 2);
-      if (end == std::string_view::npos) break;
-      at = end + 1;
-      piece += ' ';
-      continue;
+// The style in pieces, without comments: what stands in a string or in brackets ends no piece, and in a string or an
+// address no comment begins (CSS Syntax 3, 4.3).
+class Pieces {
+ public:
+  explicit Pieces(std::string_view style) : style_(style) {}
+
+  // The next, false at the end.
+  bool Next(std::string& piece) {
+    piece.clear();
+    if (style_.empty()) return false;
+    while (!style_.empty()) {
+      const char c = style_[0];
+      if (c == '\\') {
+        Take(piece, 2);
+      } else if (until_ != 0) {
+        if (c == until_) until_ = 0;
+        Take(piece, 1);
+      } else if (style_.starts_with("/*")) {
+        const std::size_t end = style_.find("*/", 2);
+        style_.remove_prefix(end == std::string_view::npos ? style_.size() : end + 2);
+        piece += ' ';
+      } else if (c == ';' && brackets_ == 0) {
+        style_.remove_prefix(1);
+        return true;
+      } else {
+        Begin(piece, c);
+        Take(piece, 1);
+      }
     }
-    if (quote == 0 && brackets == 0 && c == ';') {
-      take(piece);
-      piece.clear();
-      continue;
-    }
-    if (c == quote) {
-      quote = 0;
-    } else if (quote == 0 && (c == '"' || c == '\'')) {
-      quote = c;
-    } else if (quote == 0 && c == '(') {
-      ++brackets;
-    } else if (quote == 0 && c == ')' && brackets > 0) {
-      --brackets;
-    }
-    piece += c;
+    return true;
   }
-  take(piece);
-}
+
+ private:
+  void Begin(std::string_view piece, char c) {
+    if (c == '"' || c == '\'') until_ = c;
+    if (c == ')' && brackets_ > 0) --brackets_;
+    if (c != '(') return;
+    const std::size_t next = style_.find_first_not_of(" \t\r\n\f", 1);
+    const bool is_quoted = next != std::string_view::npos && (style_[next] == '"' || style_[next] == '\'');
+    const bool is_address =
+        piece.size() >= 3 && platform::EqualsIgnoringAsciiCase(piece.substr(piece.size() - 3), "url");
+    if (is_address && !is_quoted) {
+      until_ = ')';
+    } else {
+      ++brackets_;
+    }
+  }
+
+  void Take(std::string& piece, std::size_t count) {
+    piece += style_.substr(0, count);
+    style_.remove_prefix(std::min(count, style_.size()));
+  }
+
+  std::string_view style_;
+  char until_ = 0;  // the end of a string or an address
+  std::size_t brackets_ = 0;
+};
 
 class Said {
  public:
@@ -85,14 +111,15 @@ class Said {
     const std::size_t colon = piece.find(':');
     if (colon == std::string_view::npos) return;
     const std::string name = platform::AsciiLower(platform::Trim(piece.substr(0, colon)));
-    const auto found = std::ranges::find(kNames, name);
+    const auto found = std::ranges::find(kNames, name == "overflow-y" ? "overflow" : std::string_view(name));
     if (found == kNames.end()) return;
     const std::size_t mark = std::min(piece.find('!', colon), piece.size());
     const bool is_important = mark < piece.size();
     if (is_important && !platform::EqualsIgnoringAsciiCase(platform::Trim(piece.substr(mark + 1)), "important")) return;
     const auto property = static_cast<std::size_t>(found - kNames.begin());
-    const auto hides =
-        Hides(kValues.at(property), platform::AsciiLower(platform::Trim(piece.substr(colon + 1, mark - colon - 1))));
+    std::string value = platform::AsciiLower(platform::Trim(piece.substr(colon + 1, mark - colon - 1)));
+    if (property == kOverflow) value.resize(std::min(value.find(' '), value.size()));  // of both ways either does
+    const auto hides = Hides(kValues.at(property), value);
     One& one = ones_.at(property);
     if (!hides || (one.is_important && !is_important)) return;
     one = {hides, is_important};
@@ -118,7 +145,8 @@ class Said {
 
 SaidDisplay SaidDisplayOf(std::string_view style) {
   Said said;
-  EachPiece(style, [&said](std::string_view piece) { said.Take(piece); });
+  Pieces pieces(style);
+  for (std::string piece; pieces.Next(piece);) said.Take(piece);
   return said.Finish();
 }
 

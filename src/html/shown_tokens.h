@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <optional>
 #include <string_view>
-#include <vector>
 
 #include "html/html_tokenizer.h"
+#include "html/open_elements.h"
 
 namespace quillcast::html {
 
@@ -17,24 +17,19 @@ class ShownTokens {
   // `page` must outlive it. Without `names` all are looked at.
   explicit ShownTokens(HtmlTokenizer& page, Names names = nullptr) : page_(page), names_(names) {}
 
-  // The next that is displayed; false at the end. An element that is not is passed over up to its end tag; where that
-  // is missing, to what ends it as readers have it: the next item, cell or paragraph, or the end of an element around
-  // it.
+  // The next that is displayed; false at the end. An element that is not is passed over as far as it goes.
   bool Next(HtmlToken& token);
 
  private:
   bool IsHidden(const HtmlToken& token) const;
-  bool EndsBefore(const HtmlToken& token);
-  bool EndsBeforeStart(const HtmlToken& token);
-  bool EndsBeforeEnd(const std::string& name);
-  void Open(const HtmlToken& token);
-  void CountDrawings(const HtmlToken& token);
+  bool Start(const HtmlToken& token);
+  bool End(const HtmlToken& token);
+  void LookWhetherItEnded();
 
   HtmlTokenizer& page_;
   Names names_;
-  std::vector<std::string> open_;  // what is passed over, and what is open in it
-  std::size_t too_deep_ = 0;       // that is open in those and not kept
-  std::size_t drawings_ = 0;       // that are open
+  OpenElements open_;
+  std::optional<std::size_t> hidden_;  // the place of the element that is passed over
 };
 
 }  // namespace quillcast::html
