@@ -62,7 +62,7 @@ class Pieces {
       if (c == '\\') {
         Take(piece, 2);
       } else if (until_ != 0) {
-        if (c == until_) until_ = 0;
+        if (c == until_ || (c == '\n' && until_ != ')')) until_ = 0;
         Take(piece, 1);
       } else if (style_.starts_with("/*")) {
         const std::size_t end = style_.find("*/", 2);
@@ -111,7 +111,8 @@ class Said {
     const std::size_t colon = piece.find(':');
     if (colon == std::string_view::npos) return;
     const std::string name = platform::AsciiLower(platform::Trim(piece.substr(0, colon)));
-    const auto found = std::ranges::find(kNames, name == "overflow-y" ? "overflow" : std::string_view(name));
+    const auto found =
+        std::ranges::find(kNames, std::string_view(name).substr(0, name.starts_with("overflow-") ? 8 : 100));
     if (found == kNames.end()) return;
     const std::size_t mark = std::min(piece.find('!', colon), piece.size());
     const bool is_important = mark < piece.size();

@@ -133,6 +133,7 @@ constexpr auto kRules = std::to_array<Rule>({
 Kinds StopsOf(Kind ended) {
   if (IsIn(kPartsOfTable, ended)) return Bits(kTable);
   if (ended == kTable) return Bits(kWall);
+  if (ended == kWall) return 0;
   if (ended == kItem) return kWalls | Bits(kList);
   const bool goes_beyond_blocks = IsIn(kBlocks | Bits(kFormatting, kLink, kWall, kButton), ended);
   return goes_beyond_blocks ? kWalls : kWalls | kBlocks;
@@ -196,7 +197,7 @@ OpenElements::Ended OpenElements::End(std::string_view name) {
   const Kinds stops = StopsOf(kind);
   bool has_block = false;
   for (std::size_t i = open_.size(); i-- > 0;) {
-    if (open_[i].name == name) {
+    if (open_[i].name == name || (kind == kHeading && open_[i].kind == kHeading)) {
       const bool stays_in = has_block && IsIn(Bits(kFormatting, kLink), kind);
       if (stays_in) open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(i));
       if (!stays_in) Cut(i);

@@ -130,14 +130,16 @@ constexpr Page kPages[] = {
      "<p style='display:none;display:;display:x'>x<p style='background:url(//a/*/b);display:none;content:\"/*;\"'>x"
      "<p style=\"content:'a\\'b';display:none\">x<p "
      "style=\"background:url(it's.png);color:rgb(/*'*/0,0,0);display:none\">x"
-     "<p style='max-height:0;overflow-y:hidden'>x<p style='max-height:0;overflow:hidden auto'>x"
+     "<p style='max-height:0;overflow-y:hidden'>x<p style='font-family:\"x\n;display:none'>x<p "
+     "style='max-height:0;overflow:hidden auto'>x"
      "<p style='display:none !ie'>d<p hidden style='display:block'>e",
      "a\n\nb\n\nc\n\nd\n\ne\n"},
     {"hidden without an end of their own",
      "<ul><li>a<li hidden>x<ul><li>x<li>x</ul>x<li>b</ul><p><i hidden>x</p><b><i hidden>x</b>c<table><tr hidden><td>x"
      "<tr><td hidden><table><tr><td>x</table>x<td>d<tr><td>e</table>f<svg><g hidden/></svg>g"
-     "<div>h<i hidden>x</b>x</i>i<table hidden><tr><td>x</div>x</table>j</div><svg hidden>x<div><p>k<p hidden>x</div>l",
-     "- a\n- b\n\nc\nd\ne\n\nfg\nhij\n\nk\nl\n"},
+     "<div>h<i hidden>x</b>x</i>i<table hidden><tr><td>x</div>x</table>j</div><svg hidden>x<div><p>k<p "
+     "hidden>x</div>l<h1 hidden>x</h2><table><template><tr><td>x</template><tr><td>m",
+     "- a\n- b\n\nc\nd\ne\n\nfg\nhij\n\nk\nl\nm\n"},
     {"hidden by their letters",
      "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i "
      "style='font-size:.9em'>x</i>"
