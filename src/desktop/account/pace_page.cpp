@@ -37,8 +37,7 @@ PacePage::PacePage(QWidget* parent) : QWidget(parent) {
       again->AddPlain(NameOf(kSlowDown), new QCheckBox(tr("&Slow down where the server asks for fewer messages")));
   connect(slow_down, &QCheckBox::toggled, this, &PacePage::Changed);
   column->addStretch(1);
-  column->Add(new StatusLine(this, "PaceNote"))
-      ->Say(tr("All runs count, those of other windows and commands too."));
+  column->Add(new StatusLine(this, "PaceNote"))->Say(tr("All runs count, those of other windows and commands too."));
 }
 
 void PacePage::AddLine(FormGrid* rows, account::AccountKey key, const QString& label, const QString& example) {

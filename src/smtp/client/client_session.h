@@ -53,8 +53,8 @@ namespace quillcast::smtp {
 // the first MAIL. The messages then go over the others, as if they had not been here.
 //
 // A message that was taken in words that the server has for another command as well may owe that to an answer too many.
-// It is held, and told as sent once the server is found in step: that costs an honest one a RSET and a moment of silence,
-// once in a run. To one that is not nothing goes ahead any more, and no message before it was silent.
+// It is held, and told as sent once the server is found in step: that costs an honest one a RSET and a moment of
+// silence, once in a run. To one that is not nothing goes ahead any more, and no message before it was silent.
 //
 // When the connection ends, a message whose last byte is not out has not been taken, and may go over another one. One
 // whose last byte is out without a reply is kUnknown, also behind a 421: not every server stops where it says so.
