@@ -283,20 +283,26 @@ TEST(Growth, OfReadingHtmlInOnePlace) {
     const char* behind;
   };
   for (const NamedReader& reader : kHtmlReaders) {
-    for (const Row& row :
-         {Row{"a srcset", "<img srcset='", "\1 1x, ", "'>"}, Row{"a style", "<p style='", "url(\1);", "'>"},
-          Row{"declarations", "<p style='", "a:b;", "'>"}, Row{"blanks", "<p style", " ", ">"},
-          Row{"a style sheet", "<style>", "url(\1)", "</style>"}, Row{"a name", "<", "a", ">"},
-          Row{"a link", "<a href='", "x", "'>x</a>"}, Row{"a comment", "<!--[if x]>", "<![", "-->"},
-          Row{"files in an attribute", "<p a='", "x=file:", "'>"}, Row{"programs", "<p a='", "ab://c=", "'>"},
-          Row{"servers of the net", "<p a='", "=//a", "'>"}, Row{"brackets", "<p a='", "https:x?[", "'>"},
-          Row{"pairs", "<p a='", "&a=https:x", "'>"}, Row{"labels", "<p title='", "a: ", "'>"},
-          Row{"a staircase of cells", "<table>", "<tr><td rowspan=1000>x<td>", "</table>"},
-          Row{"a steeper one", "<table>", "<tr><td rowspan=\1>x", "</table>"},
-          Row{"one of four rows", "<table>", "<tr><td rowspan=4>x<td rowspan=3>x", "</table>"},
-          Row{"fonts within fonts", "<div>", "<i><b>", "</div></i>"},
-          Row{"servers in styles", "<style>", "\\\\a", "</style>"},
-          Row{"sheets where letters hide", "<p style='font-size:0'>x</p>", "<style x ", ""}}) {
+    for (const Row& row : {Row{"a srcset", "<img srcset='", "\1 1x, ", "'>"},
+                           Row{"a style", "<p style='", "url(\1);", "'>"},
+                           Row{"declarations", "<p style='", "a:b;", "'>"},
+                           Row{"blanks", "<p style", " ", ">"},
+                           Row{"a style sheet", "<style>", "url(\1)", "</style>"},
+                           Row{"a name", "<", "a", ">"},
+                           Row{"a link", "<a href='", "x", "'>x</a>"},
+                           Row{"a comment", "<!--[if x]>", "<![", "-->"},
+                           Row{"files in an attribute", "<p a='", "x=file:", "'>"},
+                           Row{"programs", "<p a='", "ab://c=", "'>"},
+                           Row{"servers of the net", "<p a='", "=//a", "'>"},
+                           Row{"brackets", "<p a='", "https:x?[", "'>"},
+                           Row{"pairs", "<p a='", "&a=https:x", "'>"},
+                           Row{"labels", "<p title='", "a: ", "'>"},
+                           Row{"a staircase of cells", "<table>", "<tr><td rowspan=1000>x<td>", "</table>"},
+                           Row{"a steeper one", "<table>", "<tr><td rowspan=\1>x", "</table>"},
+                           Row{"one of four rows", "<table>", "<tr><td rowspan=4>x<td rowspan=3>x", "</table>"},
+                           Row{"fonts within fonts", "<div>", "<i><b>", "</div></i>"},
+                           Row{"servers in styles", "<style>", "\\\\a", "</style>"},
+                           Row{"sheets where letters hide", "<p style='font-size:0'>x</p>", "<style x ", ""}}) {
       ExpectSteadyGrowth(std::string(reader.name) + " of " + row.name, reader.read,
                          [&](std::size_t size) { return row.before + Repeated(row.pattern, size) + row.behind; });
     }
