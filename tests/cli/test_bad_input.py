@@ -352,7 +352,8 @@ class BadInput(Case):
                 "Email Address=1,First Name=2,Company=3")
         attachment = self.write(f"x\r\nBcc: {EVIL}\r\n\r\n\".txt", "x")
         box = self.mailbox()
-        for header, sender in (("None", f"Ada\r\nBcc: {EVIL}"), ("Base 64", f"Ada\" <{EVIL}>, \"x")):
+        self.assertEqual(self.run_program("account", "set", f"Name=Ada\r\nBcc: {EVIL}")[0], 64)
+        for header, sender in (("None", "Ada"), ("Base 64", f"Ada\" <{EVIL}>, \"x")):
             self.account(box.port, f"Name={sender}", "ToField=First Name", f"HeaderEncoding={header}")
             before = len(box.index())
             lines, code, err = self.send("--group", "All", "--subject", f"$*MergeCompany*$\r\nBcc: {EVIL}\r\n\r\nx",

@@ -21,7 +21,7 @@ class Server(Case):
                 (lambda: f"localhost:{serve([])}", ("--timeout", "1"), 69, 16, "hung-up", "without a word"),
                 (lambda: f"localhost:{serve(['220 mx', '250 mx'])}", (), 0, 6, "parts-badly", "no harm"),
                 (lambda: "localhost:1", (), 69, 9, "port-refused", "nothing listens on its port 1"),
-                (lambda: "a..b", (), 69, 17, "name-unknown", "No name server knows a..b.")):
+                (lambda: "nobody.onion", (), 69, 17, "name-unknown", "No name server knows nobody.onion.")):
             with self.subTest(verdict=verdict):
                 got, out, err = self.run_program("server", "test", target(), *options)
                 self.assertEqual(got, exit_code, out + err)
