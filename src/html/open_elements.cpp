@@ -11,6 +11,8 @@ namespace {
 using Kind = OpenElements::Kind;
 
 constexpr std::size_t kMostOpen = 1000;
+constexpr std::size_t kMostInLines = 750;  // so that there is room for the blocks that end them
+constexpr std::size_t kMostOuter = 500;
 
 struct Known {
   std::string_view name;
@@ -178,14 +180,13 @@ bool OpenElements::MayHold(const HtmlTokenizer& page, const HtmlToken& start) co
 void OpenElements::Open(const std::string& name) {
   const bool is_drawn = name == "template" && IsInDrawing();  // which is none there
   const Kind kind = is_drawn ? kInline : KindOf(name);
-  if (open_.size() < kMostOpen) return open_.push_back({name, kind});
+  if (open_.size() < (IsIn(kBlocks, kind) ? kMostOpen : kMostInLines)) return open_.push_back({name, kind});
   if (IsIn(kBlocks, kind)) ++too_deep_;
 }
 
-std::size_t OpenElements::ForgetOuter() {
-  if (open_.size() < kMostOpen) return 0;
-  open_.erase(open_.begin(), open_.begin() + kMostOpen / 2);
-  return kMostOpen / 2;
+void OpenElements::ForgetOuter() {
+  if (open_.size() < kMostOuter) return;
+  open_.erase(open_.begin(), open_.begin() + kMostOuter / 2);
 }
 
 OpenElements::Ended OpenElements::End(std::string_view name) {

@@ -53,8 +53,8 @@ class OpenElements {
   bool MayHold(const HtmlTokenizer& page, const HtmlToken& start) const;
   // Opens it. Beyond a thousand it is counted at most.
   void Open(const std::string& name);
-  // Makes room among those; returns by how much places have moved.
-  std::size_t ForgetOuter();
+  // Makes room among those, which moves the places of all.
+  void ForgetOuter();
 
   struct Ended {
     std::optional<std::size_t> place = {};  // none where there is no such element to end
