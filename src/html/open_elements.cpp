@@ -32,7 +32,7 @@ constexpr auto kKnown = std::to_array<Known>({{"a", Kind::kLink},
                                               {"dd", Kind::kTerm},
                                               {"desc", Kind::kWall},
                                               {"dialog", Kind::kBlock},
-                                              {"dir", Kind::kList},
+                                              {"dir", Kind::kBlock},
                                               {"div", Kind::kPlain},
                                               {"dl", Kind::kTerms},
                                               {"dt", Kind::kTerm},
@@ -54,9 +54,9 @@ constexpr auto kKnown = std::to_array<Known>({{"a", Kind::kLink},
                                               {"listing", Kind::kBlock},
                                               {"marquee", Kind::kWall},
                                               {"math", Kind::kDrawing},
-                                              {"menu", Kind::kList},
+                                              {"menu", Kind::kBlock},
                                               {"nobr", Kind::kFormatting},
-                                              {"noscript", Kind::kWall},
+                                              {"noscript", Kind::kBlock},
                                               {"object", Kind::kWall},
                                               {"ol", Kind::kList},
                                               {"optgroup", Kind::kOptions},
@@ -105,7 +105,7 @@ constexpr bool IsIn(Kinds kinds, Kind kind) { return (kinds & Bits(kind)) != 0; 
 
 using enum OpenElements::Kind;
 constexpr Kinds kPartsOfTable = Bits(kRowGroup, kRow, kCell, kCaption, kColumns);
-constexpr Kinds kWalls = Bits(kTable, kCell, kCaption, kButton, kWall);
+constexpr Kinds kWalls = Bits(kTable, kCell, kCaption, kWall);
 constexpr Kinds kBlocks =
     Bits(kParagraph, kPlain, kBlock, kHeading, kList, kItem, kTerms, kTerm, kTable) | kPartsOfTable;
 constexpr Kinds kRows = Bits(kRow, kCell, kCaption, kColumns);
@@ -116,7 +116,7 @@ struct Rule {
   Kinds stops;  // no further out than these
 };
 constexpr auto kRules = std::to_array<Rule>({
-    {kBlocks & ~kPartsOfTable, Bits(kParagraph), kWalls},
+    {kBlocks & ~kPartsOfTable, Bits(kParagraph), kWalls | Bits(kButton)},
     {Bits(kItem), Bits(kItem), kWalls | Bits(kBlock, kHeading, kList, kTerms, kTerm)},
     {Bits(kTerm), Bits(kTerm), kWalls | Bits(kBlock, kHeading, kList, kTerms, kItem)},
     {Bits(kCell), Bits(kCell, kCaption, kColumns), Bits(kTable)},
@@ -130,6 +130,8 @@ constexpr auto kRules = std::to_array<Rule>({
     {Bits(kButton), Bits(kButton), Bits(kTable, kCell, kCaption, kWall)},
     {(kBlocks & ~kPartsOfTable) | Bits(kFormatting, kBreaking, kRuby), Bits(kDrawing), Bits(kWall)},
 });
+
+bool IsOfPage(std::string_view name) { return name == "html" || name == "head" || name == "body"; }
 
 // How far out the element of an end tag is looked for.
 Kinds StopsOf(Kind ended) {
@@ -170,9 +172,17 @@ bool OpenElements::IsInDrawing() const {
   return false;
 }
 
+bool OpenElements::IsIgnored(std::string_view name, Kind kind) const {
+  if (IsIn(kPartsOfTable, kind)) {
+    return std::ranges::none_of(open_, [](const Element& open) { return open.kind == kTable; });
+  }
+  return IsOfPage(name) && std::ranges::any_of(open_, [](const Element& open) { return !IsOfPage(open.name); });
+}
+
 bool OpenElements::MayHold(const HtmlTokenizer& page, const HtmlToken& start) const {
   if (HasNoContent(start.name)) return false;
   const Kind kind = KindOf(start.name);
+  if (IsIgnored(start.name, kind)) return false;
   const bool may_be_empty = kind == kDrawing || (kind == kInline && IsInDrawing());
   return !may_be_empty || !page.Source(start).ends_with("/>");
 }

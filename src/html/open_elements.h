@@ -65,6 +65,7 @@ class OpenElements {
  private:
   void Cut(std::size_t size);
   bool IsInDrawing() const;
+  bool IsIgnored(std::string_view name, Kind kind) const;
 
   struct Element {
     std::string name;

@@ -138,8 +138,9 @@ constexpr Page kPages[] = {
      "<ul><li>a<li hidden>x<ul><li>x<li>x</ul>x<li>b</ul><p><i hidden>x</p><b><i hidden>x</b>c<table><tr hidden><td>x"
      "<tr><td hidden><table><tr><td>x</table>x<td>d<tr><td>e</table>f<svg><g hidden/></svg>g"
      "<div>h<i hidden>x</b>x</i>i<table hidden><tr><td>x</div>x</table>j</div><svg hidden>x<div><p>k<p "
-     "hidden>x</div>l<h1 hidden>x</h2><table><template><tr><td>x</template><tr><td>m",
-     "- a\n- b\n\nc\nd\ne\n\nfg\nhij\n\nk\nl\nm\n"},
+     "hidden>x</div>l<h1 hidden>x</h2><table><template><tr><td>x</template><tr><td>m</table><div "
+     "hidden>x<td>x<button>x<noscript>x<html></div>n",
+     "- a\n- b\n\nc\nd\ne\n\nfg\nhij\n\nk\nl\nm\nn\n"},
     {"hidden by their letters",
      "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i "
      "style='font-size:.9em'>x</i>"
