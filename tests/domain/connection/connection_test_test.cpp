@@ -381,7 +381,7 @@ TEST_F(ConnectionTests, TellsWhyNoServerIsReached) {
     return test;
   };
   const std::uint16_t closed = [] { return smtp::ScriptedServer([](Peer&, int) {}).port(); }();
-  const auto unknown = TryPort("a..b", "Automatic", 25);
+  const auto unknown = TryPort("nobody.onion", "Automatic", 25);
   const auto refused = TryPort("localhost", "Automatic", closed);
   EXPECT_EQ(static_cast<int>(unknown.outcome.code), 17);
   EXPECT_EQ(static_cast<int>(refused.outcome.code), 9);
@@ -389,7 +389,7 @@ TEST_F(ConnectionTests, TellsWhyNoServerIsReached) {
   ASSERT_EQ(refused.addresses.size(), 2U);  // both were tried
   using enum smtp::ResultCode;
   for (const auto& [test, verdict, words] : std::vector<std::tuple<ConnectionTest, const char*, const char*>>{
-           {unknown, "name-unknown", "No name server knows a..b. "},
+           {unknown, "name-unknown", "No name server knows nobody.onion. "},
            {refused, "port-refused", "localhost is there, and nothing listens on its port "},
            {made_up(kHostNotFound, 0, net::NameFault::kNoSuchName), "name-unknown", "Check the spelling"},
            {made_up(kHostNotFound, 0, net::NameFault::kNoAddress), "name-without-address", "mx.example has no address"},
