@@ -54,6 +54,7 @@
 #include "recipients/text_order.h"
 #include "smtp/capabilities.h"
 #include "smtp/client/client_session.h"
+#include "smtp/client/reply_habits.h"
 #include "smtp/envelope_address.h"
 #include "smtp/mailbox/server_rule.h"
 #include "smtp/mailbox/server_session.h"
@@ -715,6 +716,11 @@ TEST(Growth, OfServersAndClients) {
              {"the client in large pieces", answer("", 16384)},
              {"the client at EHLO", answer("250-mx\r\n250-AUTH ", 16384)},
              {"the client in a sign-in", answer("250-mx\r\n250 AUTH LOGIN\r\n", 7)},
+             {"ReplyHabits",
+              [](const std::string& text) {
+                smtp::SendWindow window;
+                smtp::ReplyHabits(window).OnSender({250, "", text});
+              }},
              {"ParseCapabilities", [](const std::string& text) { return smtp::ParseCapabilities(text); }},
              {"ReadWhoisAnswer", [](const std::string& text) { return domain::ReadWhoisAnswer(text); }},
              {"NtlmChallenge", [](const std::string& text) { return smtp::ParseNtlmChallenge("NTLMSSP" + text); }}},
@@ -747,6 +753,7 @@ TEST(Growth, OfServersAndClients) {
              "250 ok\r\n",
              "421-x\r\n",
              "whois: a b\n",
+             "@ ",
              std::string_view("\0", 1)});
 }
 

@@ -18,12 +18,15 @@ constexpr std::string_view kRoundAddress = " \n<>()[],;:\"'";
 
 // Which one it names tells nothing, and another answer may name another.
 ServerReply WithoutAddresses(const ServerReply& reply) {
-  ServerReply rest = reply;
-  std::string& text = rest.text;
-  for (std::size_t at = text.find('@'); at != std::string::npos; at = text.find('@')) {
-    const std::size_t before = text.find_last_of(kRoundAddress, at);
-    const std::size_t begin = before == std::string::npos ? 0 : before + 1;
-    text.erase(begin, std::min(text.find_first_of(kRoundAddress, at), text.size()) - begin);
+  if (reply.text.find('@') == std::string::npos) return reply;
+  ServerReply rest{reply.code, reply.enhanced, {}};
+  const std::string_view text = reply.text;
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find_first_of(kRoundAddress, begin), text.size());
+    const std::string_view word = text.substr(begin, end - begin);
+    if (word.find('@') == std::string_view::npos) rest.text += word;
+    if (end < text.size()) rest.text += text[end];
+    begin = end + 1;
   }
   return rest;
 }
