@@ -2,7 +2,8 @@
 nobody is written to twice, and who is unknown was under way: how many those may be is counted from the server's side.
 
     tests/cli/kills.py FIRST LAST     plays the seeds FIRST to LAST and prints what came of each; every second one over
-                                      eight connections, and every second six with silence before each kill
+                                      eight connections, and every second six with silence before each kill; one
+                                      of four with a server that answers twice, which is waited for from then on
 """
 import io
 import json
@@ -65,11 +66,11 @@ class Connection:
 
 
 class FaultyServer:
-    """Takes messages and, as `chance` says, hangs up before, in and after each step, answers late, or twice; and at a
-    step that is drawn before, kills the program that it talks to."""
+    """Takes messages and, as `chance` says, hangs up before, in and after each step, answers late, or `twice` so often;
+    and at a step that is drawn before, kills the program that it talks to."""
 
-    def __init__(self, chance, way):
-        self.chance, self.way = chance, way
+    def __init__(self, chance, way, twice):
+        self.chance, self.way, self.twice = chance, way, twice
         self.taken = Counter()    # by recipient: whole messages that it answered for
         self.in_doubt = 0         # messages at most that its faults left without a certain answer
         self.victim = None        # the process to be killed
@@ -146,7 +147,7 @@ class FaultyServer:
         roll = self.chance.random()
         if roll < 0.0004:
             time.sleep(0.05)
-        twice = 0.0004 <= roll <= 0.0008  # now and then
+        twice = 0.0004 <= roll < 0.0004 + self.twice
         if twice:
             self.doubt(MOST_IN_FLIGHT[self.way])
         peer.sendall(text + text if twice else text)
@@ -221,11 +222,13 @@ class Mailing:
     """One mailing with a seed of its own; `play` gives what is wrong with it, as sentences."""
 
     def __init__(self, program, folder, seed, recipients=RECIPIENTS):
-        self.program, self.folder, self.recipients = program, folder, recipients
+        answers_twice = seed % 4 == 1
+        self.program, self.folder = program, folder
+        self.recipients = min(recipients, 500) if answers_twice else recipients
         self.chance = random.Random(seed)
         self.way = ("lock-step", "pipelining", "chunking")[seed % 3]
         self.connections = (1, 8)[seed % 2]
-        self.server = FaultyServer(random.Random(seed + 1), self.way)
+        self.server = FaultyServer(random.Random(seed + 1), self.way, 0.001 if answers_twice else 0)
         self.server.is_silent = seed // 6 % 2 == 0
         self.profile = ["--profile", str(folder / "profile"), "--json", "--yes", "--no-input"]
         self.kills = 0
