@@ -1,6 +1,5 @@
 #include "run/sending_run.h"
 
-#include <algorithm>
 #include <deque>
 #include <memory>
 #include <utility>
@@ -13,17 +12,12 @@
 #include "run/results_in_order.h"
 #include "run/run_telling.h"
 #include "run/slow_down.h"
+#include "run/those_lost.h"
 #include "smtp/envelope_address.h"
 #include "smtp/result_code.h"
 
 namespace quillcast::run {
 namespace {
-
-// So many who were never lost before are lost in a row where it is asked whether to go on.
-constexpr std::ptrdiff_t kMostLostAnew = 20;
-
-// At so many in a row, the last of a list, a server may hang up for something of theirs.
-constexpr std::ptrdiff_t kMostOfTheirOwn = 2;
 
 // How often whoever holds a run is asked whether it goes on.
 constexpr std::chrono::milliseconds kHeldFor{500};
@@ -40,14 +34,6 @@ struct Letter : smtp::Job {
   std::unique_ptr<message::RenderedMessage> rendered;
   bool is_out = false;
   std::int64_t lost_before = 0;  // when it went out last
-};
-
-// Whom no server took anything for.
-struct Lost {
-  std::int64_t position = 0;
-  int before = 0;           // tries in runs that this one goes on with
-  bool has_sender = false;  // it took the sender, so that it was there, and hung up then
-  bool has_no_way = false;  // there was no server
 };
 
 // Takes the rows of the group one by one, from the store to the wire to the report.
@@ -108,11 +94,6 @@ class Run final : public smtp::JobSource {
   void End();
   void NameThoseNotTried();
   void KeepLost(const Letter& letter, const smtp::Outcome& outcome);
-  bool AreLostAnew() const;
-  void FailThoseLost(std::int64_t before);
-  void FailThoseLostTwice();
-  bool MayBeTheirDoing() const;
-  void LeaveThoseLost();
   void SettleThoseLost();
   void TellAboutPictures();
 
@@ -142,8 +123,7 @@ class Run final : public smtp::JobSource {
   std::vector<Letter*> free_letters_;             // the one used last at the end, so that few are kept warm
   std::vector<std::unique_ptr<message::RenderedMessage>> free_messages_;
   std::deque<Letter*> with_carrier_;  // in the order in which it took them
-  std::deque<Lost> lost_in_a_row_;    // the last, since no server would take anything
-  std::int64_t lost_ = 0;             // in all; those in a row are the last of them
+  std::optional<ThoseLost> lost_;     // over run_
   bool does_not_go_on_ = false;       // as somebody wanted
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
@@ -180,6 +160,7 @@ bool Run::Begin() {
   summary_.run = run_->id();
   telling_.Began(*run_);
   in_turn_.emplace(*run_, parts_.turns, order_, retries_);
+  lost_.emplace(*run_);
   TakeSize();
   return true;
 }
@@ -328,7 +309,7 @@ void Run::GoesOut(smtp::Job& job) {
   run_->GoesOut(letter.position);
   if (parts_.turns != nullptr) parts_.turns->GoesOut(letter.turn);
   if (slow_down_) slow_down_->WentOut();
-  letter.lost_before = lost_;
+  letter.lost_before = lost_->count();
   if (!std::exchange(letter.is_out, true)) --not_out_;
 }
 
@@ -430,70 +411,34 @@ void Run::WayGivenUp(const smtp::Outcome& why) {
 }
 
 bool Run::GoOn(const smtp::Outcome& refusal, int times) {
-  if (smtp::IsOfWay(refusal) && !AreLostAnew()) return true;
-  LeaveThoseLost();
+  if (smtp::IsOfWay(refusal) && !lost_->AreManyAnew()) return true;
+  summary_.not_their_doing += lost_->Leave();
   Record();          // the answer may take days, and the program may be killed meanwhile
   telling_.Flush();  // who is asked may read it
   does_not_go_on_ = !listener_.GoOn(refusal, times);
   return !does_not_go_on_;
 }
 
-// Who is tried again by itself is no reason to ask; nor is who was lost in the run before, for then nobody would ever
-// come to those behind twenty at whom a server hangs up.
-bool Run::AreLostAnew() const {
-  const auto is_new = [](const Lost& whom) { return whom.before == 0; };
-  return std::ranges::count_if(lost_in_a_row_, is_new) >= kMostLostAnew;
-}
-
-// That no server takes anything, or not from this sender, is nobody's failure: they are to be tried again, unless the
-// server comes as far as to the recipient of one that went out after them, for then it was something of theirs. How far
-// it came with one whose end was out without an answer nobody knows.
+// How far the server came with one whose end was out without an answer nobody knows; and who is tried again by itself
+// is no reason to ask.
 void Run::KeepLost(const Letter& letter, const smtp::Outcome& outcome) {
   if (smtp::IsOfSignIn(outcome) || outcome.state == smtp::State::kUnknown) return;
-  if (!smtp::IsOfWay(outcome) && !smtp::IsOfSender(outcome)) return FailThoseLost(letter.lost_before);
+  if (!smtp::IsOfWay(outcome) && !smtp::IsOfSender(outcome)) return lost_->Fail(letter.lost_before);
   const RecipientInOrder& recipient = order_.At(letter.position);
   const int tries = recipient.before.tries + recipient.tries;
   if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) return;
-  run_->IsTriedAgain(recipient.position, tries);
-  lost_in_a_row_.push_back(
-      {recipient.position, recipient.before.tries, outcome.has_sender, smtp::IsOfWay(outcome) && !outcome.has_sender});
-  ++lost_;
-}
-
-// The first so many of all that were lost, where they are not settled yet.
-void Run::FailThoseLost(std::int64_t before) {
-  for (; !lost_in_a_row_.empty() && lost_ - std::ssize(lost_in_a_row_) < before; lost_in_a_row_.pop_front()) {
-    run_->IsTriedAgain(lost_in_a_row_.front().position, 0);
-  }
-}
-
-void Run::FailThoseLostTwice() {
-  const auto is_lost_twice = [](const Lost& whom) { return whom.before > 0 && whom.has_sender; };
-  for (const Lost& whom : lost_in_a_row_) {
-    if (is_lost_twice(whom)) run_->IsTriedAgain(whom.position, 0);
-  }
-  std::erase_if(lost_in_a_row_, is_lost_twice);
-}
-
-bool Run::MayBeTheirDoing() const {
-  return std::ssize(lost_in_a_row_) <= kMostOfTheirOwn && std::ranges::none_of(lost_in_a_row_, &Lost::has_no_way);
-}
-
-void Run::LeaveThoseLost() {
-  summary_.not_their_doing += std::ssize(lost_in_a_row_);
-  lost_in_a_row_.clear();
+  lost_->Add(recipient.position, recipient.before.tries, tries, outcome);
 }
 
 // Of the last in a row nobody knows what came behind them, where the run ended before its list, reached nobody at all,
 // or lost too many for it to be something of each. But at whom a server that was there hung up again, when all of them
 // were asked a second time, that is theirs.
 void Run::SettleThoseLost() {
-  const bool reached_nobody =
-      summary_.sent == 0 && summary_.failed == summary_.not_their_doing + std::ssize(lost_in_a_row_);
+  const bool reached_nobody = summary_.sent == 0 && summary_.failed == summary_.not_their_doing + lost_->in_a_row();
   const bool is_cut_short = summary_.stopped || IsCancelled() || does_not_go_on_;
-  if (!is_cut_short && !reached_nobody && MayBeTheirDoing()) return FailThoseLost(lost_);
-  if (!is_cut_short) FailThoseLostTwice();
-  LeaveThoseLost();
+  if (!is_cut_short && !reached_nobody && lost_->MayBeTheirDoing()) return lost_->Fail(lost_->count());
+  if (!is_cut_short) lost_->FailThoseLostTwice();
+  summary_.not_their_doing += lost_->Leave();
 }
 
 // Whatever ended the run: a cancel, a full disk, a refusal that nobody wanted to go on after. Those who cannot be named
