@@ -19,9 +19,10 @@ namespace {
 
 constexpr const char* kLoginManager = "org.freedesktop.login1";
 
-Error Refused(std::string_view who_and_why) {
+Error Refused(std::string who_and_why) {
   constexpr const char* kByHand = "Switch it off by hand; the run is finished and reported.";
   if (who_and_why.empty()) return {Failure::kNotPermitted, "The system did not let itself be switched off.", kByHand};
+  if (!who_and_why.ends_with('.')) who_and_why += '.';  // what the system says has none
   return {Failure::kNotPermitted, Say("The system did not let itself be switched off: {}", who_and_why), kByHand};
 }
 

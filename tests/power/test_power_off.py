@@ -65,7 +65,7 @@ class PowerOff(unittest.TestCase):
         for name, does, comes_to in (
                 ("takes it", "", TAKEN),
                 ("refuses", DENIED, refused(": Interactive authentication?required.")),
-                ("is silent", "import time; time.sleep(1.2)", refused(": Connection timed out"))):
+                ("is silent", "import time; time.sleep(1.2)", refused(": Connection timed out."))):
             with self.subTest(name):
                 manager.AddMethod(MANAGER, "PowerOff", "b", "", does, dbus_interface=dbusmock.MOCK_IFACE)
                 manager.ClearCalls(dbus_interface=dbusmock.MOCK_IFACE)
