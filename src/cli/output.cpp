@@ -96,7 +96,8 @@ int Output::Complain(std::string_view text) const {
 }
 
 void Output::Progress(std::string_view text) {
-  if (quiet || json || ::isatty(STDERR_FILENO) == 0) return;
+  static const bool is_terminal = ::isatty(STDERR_FILENO) != 0;  // asked once, not for each recipient
+  if (quiet || json || !is_terminal) return;
   const auto now = std::chrono::steady_clock::now();
   if (progress_shown_ && now - last_progress_ < kProgressPause) return;
   last_progress_ = now;
