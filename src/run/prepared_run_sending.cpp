@@ -82,15 +82,10 @@ Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
   if (!account) return account.error();
   auto format = account::LoadBodyFormat(place_.Settings());
   if (!format) return format.error();
-  const auto group = place_.Recipients().FindAnyGroup(group_.group.name);
+  const auto group =
+      LookAtGroup(*going_on_->journal, going_on_->mailing, going_on_->frozen.inputs, place_.Recipients());
   if (!group) return group.error();
-  std::optional<std::int64_t> recipients;
-  if (*group) {
-    const auto count = place_.Recipients().CountRecipients((*group)->name);
-    if (!count) return count.error();
-    recipients = *count;
-  }
-  auto changes = WhatChanged(going_on_->frozen, {nullptr, *account, *std::move(format), recipients});
+  auto changes = WhatChanged(going_on_->frozen, {nullptr, *account, *std::move(format), *group});
   if (going_on_->began_at) {
     const auto names = ChangedSince(*going_on_->began_at, PaceOptions(), account::PaceTextsOf(*account));
     if (!names.empty()) {

@@ -78,16 +78,43 @@ void AddChangesOfDocument(const MessageDocument& then, const MessageDocument& no
   }
 }
 
-void AddChangesOfGroup(const MailingInputs& then, const std::optional<std::int64_t>& now,
+// "1 address was taken out or corrected, 2 were added"
+Sentence InOneSentence(const ListChanges& changes) {
+  std::optional<Sentence> all;
+  const auto add = [&](std::int64_t count, SentencePattern<1> one, SentencePattern<1> several) {
+    if (count == 0) return;
+    const Sentence part = SayOf(count, one, several);
+    all = all ? Say("{}, {}", *all, part) : part;
+  };
+  add(changes.gone, "{} address was taken out or corrected", "{} addresses were taken out or corrected");
+  add(changes.added, "{} address is new", "{} addresses are new");
+  add(changes.changed, "{} recipient has other fields", "{} recipients have other fields");
+  return *all;
+}
+
+void AddChangesOfGroup(const MailingInputs& then, const std::optional<PresentGroup>& now,
                        std::vector<Sentence>& changes) {
   const std::string group = platform::Printable(then.group, 80);
   if (!now) {
-    changes.push_back(Say("Since then the group {} was deleted. The run goes on to those who were in it.", group));
-  } else if (*now != then.recipients) {
+    changes.push_back(
+        Say("There is no group {} any more: it was deleted, or has another name. The run goes on to those who were in "
+            "it.",
+            group));
+  } else if (now->changes && *now->changes != ListChanges()) {
+    changes.push_back(
+        Say("Since then the group {} has changed: {}. The run goes on to those who were in it when it began, with "
+            "their addresses and fields of then.",
+            group, InOneSentence(*now->changes)));
+  } else if (now->recipients != then.recipients) {
     changes.push_back(
         Say("Since then the group {} has changed: {} are in it, not {}. The run goes on to those who were "
             "in it when it began.",
-            group, NumberValue(*now), NumberValue(then.recipients)));
+            group, NumberValue(now->recipients), NumberValue(then.recipients)));
+  } else if (!now->changes) {
+    changes.push_back(
+        Say("The group {} has {} recipients as before; so many are not compared one by one. The run goes on to those "
+            "who were in it when it began, with their addresses and fields of then.",
+            group, NumberValue(now->recipients)));
   }
 }
 
@@ -119,7 +146,7 @@ std::vector<Sentence> WhatChanged(const ThawedInputs& frozen, const PresentInput
   std::vector<Sentence> changes{"The letter goes out as it was when the run began."};
   if (present.document != nullptr) AddChangesOfDocument(frozen.inputs.document, *present.document, changes);
   for (auto& change : ChangesOfFiles(frozen.files)) changes.push_back(std::move(change));
-  AddChangesOfGroup(frozen.inputs, present.recipients, changes);
+  AddChangesOfGroup(frozen.inputs, present.group, changes);
   AddChangesOfAccount(frozen.inputs, present, changes);
   if (changes.size() == 1) changes.clear();
   return changes;

@@ -1,7 +1,6 @@
 // What is other by now than it was when a run began that somebody wants to go on with.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "document/message_document.h"
 #include "platform/sentence.h"
 #include "run/frozen/frozen_inputs.h"
+#include "run/present_group.h"
 
 namespace quillcast::run {
 
@@ -17,7 +17,7 @@ struct PresentInputs {
   const document::MessageDocument* document = nullptr;  // the one at hand, where it is the run's
   const account::AccountSettings& account;
   std::string body_format;
-  std::optional<std::int64_t> recipients;  // in the group of this name; nothing where there is none any more
+  std::optional<PresentGroup> group;  // of this name; nothing where there is none any more
 };
 
 // Sentences for the person, the first of which says that the letter stays as it was; none where nothing is other. Reads

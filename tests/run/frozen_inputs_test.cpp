@@ -440,12 +440,13 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
   struct Case {
     const char* name;
     std::function<void(MessageDocument&, AccountSettings&)> change;
-    std::optional<std::int64_t> recipients;
+    std::optional<PresentGroup> group;
     std::vector<std::string> told;  // ROOT for the folder
   };
   const auto nothing = [](MessageDocument&, AccountSettings&) {};
+  const PresentGroup same{3, ListChanges()};
   const std::vector<Case> cases = {
-      {"nothing", nothing, 3, {}},
+      {"nothing", nothing, same, {}},
       {"document",
        [](auto& document, auto&) {
          document.subject = "Other";
@@ -453,7 +454,7 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
          document.priority = document::Priority::kLow;
          document.attachments = {};
        },
-       3,
+       same,
        {"Since then the subject of the document has changed.", "Since then the text of the document has changed.",
         "Since then the priority of the document or its wish for a receipt has changed.",
         "Since then the document has other attachments."}},
@@ -464,20 +465,34 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
          fs::remove(Path("letters/a.gif"));
          fs::remove(Path("home/foreign.gif"));
        },
-       3,
+       same,
        {"Since then the attachment ROOT/list.csv has changed.", "Since then the attachment ROOT/gone.pdf has changed.",
         "Since then the picture ROOT/letters/a.gif has gone, or may no longer be read."}},
       {"longer",
        [&](auto&, auto&) { Put("list.csv", "a;bc"); },
-       3,
+       same,
        {"Since then the attachment ROOT/list.csv has changed."}},
-      {"group",
+      {"other rows",
        nothing,
-       1200,
-       {"Since then the group Readers has changed: 1,200 are in it, not 3. The run goes on to those who were in it "
-        "when "
-        "it began."}},
-      {"no group", nothing, {}, {"Since then the group Readers was deleted. The run goes on to those who were in it."}},
+       PresentGroup{3, ListChanges{1, 2, 3}},
+       {"Since then the group Readers has changed: 1 address was taken out or corrected, 2 addresses are new, 3 "
+        "recipients have other fields. The run goes on to those who were in it when it began, with their addresses and "
+        "fields of then."}},
+      {"too many to compare, and more",
+       nothing,
+       PresentGroup{60000, {}},
+       {"Since then the group Readers has changed: 60,000 are in it, not 3. The run goes on to those who were in it "
+        "when it began."}},
+      {"too many to compare",
+       nothing,
+       PresentGroup{3, {}},
+       {"The group Readers has 3 recipients as before; so many are not compared one by one. The run goes on to those "
+        "who were in it when it began, with their addresses and fields of then."}},
+      {"no group",
+       nothing,
+       {},
+       {"There is no group Readers any more: it was deleted, or has another name. The run goes on to those who were in "
+        "it."}},
       {"account",
        [](auto&, auto& account) {
          account.Set(AccountKey::kEmail, "new@example.org");
@@ -487,7 +502,7 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
          account.Set(AccountKey::kPassword, "other");
          account.Set(AccountKey::kUsername, "other");
        },
-       3,
+       same,
        {"Since then the account's address has changed to new@example.org. The letter still comes from ada@example.org.",
         "Since then these settings have changed: CharSet, Wrap.",
         "Since then the account's server has changed. The run goes on by way of mail.example.org, port 587."}},
@@ -501,12 +516,38 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
     AccountSettings account = inputs_.account;
     c.change(document, account);
     std::vector<std::string> told;
-    for (const auto& line : WhatChanged(*thawed, {&document, account, "MIME", c.recipients})) {
+    for (const auto& line : WhatChanged(*thawed, {&document, account, "MIME", c.group})) {
       told.push_back(platform::ReplaceAll(line.InEnglish(), files_.path().string(), "ROOT"));
     }
     std::vector<std::string> expected = c.told;
     if (!expected.empty()) expected.insert(expected.begin(), "The letter goes out as it was when the run began.");
     EXPECT_EQ(told, expected);
+  }
+}
+
+TEST(AListComparedWithItsGroup, IsToldByAddressesAndFieldsWhateverTheOrder) {
+  struct Case {
+    std::vector<std::string> then, now;  // the second letter stands for the other fields
+    ListChanges changes;
+  };
+  for (const Case& c : std::initializer_list<Case>{{{}, {}, {}},
+                                                   {{"a", "bx"}, {"bx", "a"}, {}},
+                                                   {{"a", "b"}, {"b", "c"}, {1, 1, 0}},
+                                                   {{"a", "b", "c"}, {"c"}, {2, 0, 0}},
+                                                   {{"a"}, {"c", "b", "a"}, {0, 2, 0}},
+                                                   {{"ax", "bx"}, {"ax", "by"}, {0, 0, 1}},
+                                                   {{"ax", "ay", "az"}, {"az", "aw"}, {1, 0, 1}},
+                                                   {{"a"}, {"A"}, {1, 1, 0}}}) {
+    const auto row = [](const std::string& text) {
+      recipients::Recipient recipient;
+      recipient.values[recipients::kEmail] = text.substr(0, 1);
+      recipient.values[recipients::kFirstName] = text.substr(1);
+      return recipient;
+    };
+    ListComparison lists;
+    for (const auto& text : c.then) lists.AddThen(row(text));
+    for (const auto& text : c.now) lists.AddNow(row(text));
+    EXPECT_EQ(lists.Compare(), c.changes) << ::testing::PrintToString(c.then) << ::testing::PrintToString(c.now);
   }
 }
 
