@@ -34,7 +34,7 @@ void AddReplyOption(CLI::App& command, ChosenOnes& chosen) {
   command
       .add_option("--reply", chosen.replies,
                   "Of them only those whom the server answered with a code that begins so, parted by commas: 452, 45, "
-                  "5.2, 5.2.2")
+                  "5.2, 5.2.2, 250")
       ->type_name("CODES");
 }
 

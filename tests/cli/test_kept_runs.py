@@ -92,7 +92,8 @@ class KeptRuns(Case):
         self.mail(box)
         for replies, expected in (("550", [2, 5]), ("552,452", [3, 6]), ("55", [2, 3, 5]), ("4", [6]), ("551", [])):
             self.assertEqual(sorted(self.states("--reply", replies)), expected, replies)
-        for replies in ("250", "5.", "5.1.1.1", "x", "5,,4", "5555", "55.1", "-5"):
+        self.assertEqual(sorted(self.states("--reply", "250")), [1, 4, 7])
+        for replies in ("350", "5.", "5.1.1.1", "x", "5,,4", "5555", "55.1", "-5"):
             self.objects("runs", "retry", "1", f"--reply={replies}", code=64)
         self.objects("runs", "retry", "1", "--reply", "421", code=66)
         self.objects("runs", "export", "1", "--state", "refused", "--reply", "552", "--to-group", "Full")

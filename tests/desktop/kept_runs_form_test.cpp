@@ -83,8 +83,8 @@ class KeptRunsFormTest : public QObject {
     reply->setText("5.7");
     QVERIFY(!IsOn(form, "SendToTheseButton") && !IsOn(form, "SaveListButton"));
     QCOMPARE(Status(form).left(49), QString("0 recipients are in this state with this reply. 1"));
-    reply->setText("2");
-    QVERIFY2(Status(form).contains("\"2\" begins no code of a reply"), qPrintable(Status(form)));
+    reply->setText("3");
+    QVERIFY2(Status(form).contains("\"3\" begins no code of a reply"), qPrintable(Status(form)));
     QVERIFY(!IsOn(form, "SendToTheseButton"));
     reply->setText("5.1, 452");
     Press(form, "SendToTheseButton");

@@ -16,7 +16,7 @@ bool IsNumber(std::string_view text, std::size_t longest) {
 
 // "4" alone is both: every code that begins so has an enhanced code that does, if any.
 bool BeginsCode(std::string_view text) {
-  if (text.empty() || (text[0] != '4' && text[0] != '5')) return false;
+  if (text.empty() || (text[0] != '2' && text[0] != '4' && text[0] != '5')) return false;
   const auto parts = platform::Split(text, '.');
   if (parts.size() == 1) return IsNumber(text, 3);
   return parts.size() <= 3 && parts[0].size() == 1 &&
@@ -32,7 +32,7 @@ Result<std::vector<std::string>> RepliesFrom(std::string_view text) {
     const std::string_view reply = platform::Trim(part);
     if (!BeginsCode(reply)) {
       return Error{Failure::kUsage, Say("\"{}\" begins no code of a reply.", platform::Printable(reply, 60)),
-                   "Write 452, 45, 5.2 or 5.2.2, several parted by commas."};
+                   "Write 250, 452, 45, 5.2 or 5.2.2, several parted by commas."};
     }
     replies.emplace_back(reply);
   }

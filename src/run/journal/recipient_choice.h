@@ -26,7 +26,7 @@ struct RecipientChoice {
 };
 
 // The replies that a person names, parted by commas; none for an empty text. kUsage for what begins no code of a
-// refusal (RFC 5321 section 4.2.1, RFC 3463 section 2).
+// last reply (RFC 5321 section 4.2.1, RFC 3463 section 2).
 Result<std::vector<std::string>> RepliesFrom(std::string_view text);
 // Whether a reply is one of those; any is where none are named.
 bool IsAmong(const std::vector<std::string>& replies, int code, std::string_view enhanced);
