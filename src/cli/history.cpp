@@ -66,6 +66,7 @@ nlohmann::ordered_json AsObject(const run::ClearedHistory& cleared, const Result
                                    {"is_link", cleared.is_link}};
   if (!forgotten) return object;
   object["forgotten"] = forgotten->mailings;
+  object["forgotten_unknown"] = forgotten->unknown;
   object["kept_runs"] = nlohmann::ordered_json::array();
   for (const run::MailingEntry& mailing : forgotten->kept) {
     object["kept_runs"].push_back({{"run", mailing.runs.front().id},

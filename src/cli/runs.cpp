@@ -141,14 +141,14 @@ int RunShow(Context& context, const ShowOptions& options) {
   });
 }
 
-Result<int> ForgetOne(Context& context, run::RunJournal& journal, std::int64_t run) {
+Result<int> ForgetOne(Context& context, const profile::Folders& folders, run::RunJournal& journal, std::int64_t run) {
   const auto mailing = MailingOf(journal, run);
   if (!mailing) return mailing.error();
-  if (run::StandingOf(*mailing) == run::MailingStanding::kCanResume) {
+  if (!run::WhatIsLeft(*mailing).empty() && run::StandingOf(*mailing) != run::MailingStanding::kGoesOn) {
     if (const auto asked = AskFirst(context, run::ForgetQuestion(*mailing)); !asked) return asked.error();
   }
   if (const auto gone = journal.Forget(mailing->id); !gone) return gone.error();
-  context.output.Line(fmt::format("Run #{} was forgotten; its report stays in the history.", run));
+  context.output.Line(run::WhatIsForgotten(*mailing, run, folders.History()).InEnglish());
   context.output.Object({{"forgotten", 1}});
   return 0;
 }
@@ -158,11 +158,14 @@ int RunForget(Context& context, const ForgetOptions& options) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
-    if (!options.finished) return ForgetOne(context, journal, options.run);
+    if (!options.finished) return ForgetOne(context, *folders, journal, options.run);
     const auto forgotten = run::ForgetFinished(journal);
     if (!forgotten) return forgotten.error();
-    context.output.Line(fmt::format("{} forgotten.", platform::Counted(forgotten->mailings, "run was", "runs were")));
-    context.output.Object({{"forgotten", forgotten->mailings}, {"kept", forgotten->kept.size()}});
+    const auto went = run::WhatWentOf(*forgotten);
+    context.output.Line(went ? went->InEnglish() : "No run was forgotten.");
+    context.output.Object({{"forgotten", forgotten->mailings},
+                           {"forgotten_unknown", forgotten->unknown},
+                           {"kept", forgotten->kept.size()}});
     for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
     return 0;
   });

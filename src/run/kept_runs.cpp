@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/text.h"
+#include "run/history.h"
 #include "run/journal/sqlite_run_journal.h"
 #include "run/run_words.h"
 
@@ -166,6 +167,15 @@ Sentence ForgetQuestion(const MailingEntry& mailing) {
   return Say("{} Are you sure you want to forget it?", which);
 }
 
+Sentence WhatIsForgotten(const MailingEntry& mailing, RunId run, const std::filesystem::path& history) {
+  const auto reports = std::ranges::count_if(mailing.runs, [&](const RunEntry& entry) {
+    return std::filesystem::exists(ReportIn(history, entry.history), IgnoreErrors());
+  });
+  if (reports == 0) return Say("Run #{} was forgotten.", run);
+  if (reports == 1) return Say("Run #{} was forgotten; its report stays in the history.", run);
+  return Say("Run #{} was forgotten; its {} reports stay in the history.", run, reports);
+}
+
 Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left) {
   auto all = journal.List();
   if (!all) return all.error();
@@ -186,7 +196,10 @@ Result<Forgotten> ForgetFinished(RunJournal& journal) {
     if (StandingOf(mailing) == MailingStanding::kFinished) {
       const auto gone = journal.Forget(mailing.id);
       if (gone) {
+        const auto unknown = CountOf(mailing, ResultState::kUnknown);
         ++forgotten.mailings;
+        forgotten.in_doubt += unknown > 0 ? 1 : 0;
+        forgotten.unknown += unknown;
         continue;
       }
       if (gone.error().failure != Failure::kTryAgain) return gone.error();  // else somebody began to go on with it
@@ -198,7 +211,12 @@ Result<Forgotten> ForgetFinished(RunJournal& journal) {
 
 std::optional<Sentence> WhatWentOf(const Forgotten& forgotten) {
   if (forgotten.mailings == 0) return {};
-  return SayOf(forgotten.mailings, "{} run was forgotten.", "{} runs were forgotten.");
+  if (forgotten.unknown == 0) return SayOf(forgotten.mailings, "{} run was forgotten.", "{} runs were forgotten.");
+  const Sentence whom = SayOf(forgotten.unknown, "{} recipient of whom nobody knows whether the message arrived",
+                              "{} recipients of whom nobody knows whether the message arrived");
+  if (forgotten.mailings == 1) return Say("1 run was forgotten, with {}.", whom);
+  return Say("{} runs were forgotten, {} of them with {}.", NumberValue(forgotten.mailings),
+             NumberValue(forgotten.in_doubt), whom);
 }
 
 std::vector<Sentence> WhatStayed(const Forgotten& forgotten) {

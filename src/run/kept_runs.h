@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,6 +44,8 @@ std::optional<std::int64_t> KnownCount(const MailingEntry& mailing, const Recipi
 Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice);
 // Whether a person means to forget it: which it is, and who never gets it then.
 Sentence ForgetQuestion(const MailingEntry& mailing);
+// That the mailing was forgotten, and what stays of it in this folder. `run`: as the person named it.
+Sentence WhatIsForgotten(const MailingEntry& mailing, RunId run, const std::filesystem::path& history);
 // Why nothing is done about the chosen ones: there are none. Says whom there are.
 Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing);
 // Of a mailing that can be resumed: how many are left, and of those who are unknown what that means. Of one that goes
@@ -55,11 +58,13 @@ Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std:
 
 struct Forgotten {
   std::int64_t mailings = 0;
+  std::int64_t in_doubt = 0;       // of these: mailings with recipients who are unknown
+  std::int64_t unknown = 0;        // those recipients
   std::vector<MailingEntry> kept;  // those that go on or can be resumed
 };
 // Forgets every finished mailing.
 Result<Forgotten> ForgetFinished(RunJournal& journal);
-// "2 runs were forgotten."; nothing where none was.
+// "2 runs were forgotten.", and of how many nobody knows whether they got it; nothing where none was.
 std::optional<Sentence> WhatWentOf(const Forgotten& forgotten);
 // What was kept and why, naming each.
 std::vector<Sentence> WhatStayed(const Forgotten& forgotten);

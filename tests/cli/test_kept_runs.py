@@ -2,6 +2,8 @@
 import email
 import html.parser
 import json
+import socket
+import threading
 import unittest
 
 from quillcast import Case
@@ -25,6 +27,22 @@ class Words(html.parser.HTMLParser):
         self.words.append(data)
 
 
+def serve_mutely(listener):
+    """Takes messages to their ends and hangs up there, without an answer."""
+    while True:
+        try:
+            peer, _ = listener.accept()
+        except OSError:
+            return
+        with peer, peer.makefile("rb") as lines:
+            peer.sendall(b"220 mute\r\n")
+            while line := lines.readline():
+                if line == b".\r\n":
+                    break
+                peer.sendall(b"354 go\r\n" if line.startswith(b"DATA") else b"250 ok\r\n" if len(line) < 60 and line[:4] in
+                             (b"EHLO", b"MAIL", b"RCPT", b"NOOP", b"RSET") else b"")
+
+
 class KeptRuns(Case):
     def setUp(self):
         super().setUp()
@@ -42,6 +60,12 @@ class KeptRuns(Case):
 
     def states(self, *arguments):
         return {row["position"]: row["state"] for row in self.objects("runs", "show", "1", *arguments) if "position" in row}
+
+    def mail_through(self, port, number):
+        self.account(port)
+        self.ok("group", "new", f"Few{number}")
+        self.ok("recipient", "add", "--group", f"Few{number}", "--email", "mute@slow.example")
+        self.objects("send", "--group", f"Few{number}", "--subject", "Hi", "--body", self.body, code=1)
 
     def mail(self, box, *options, code=1):
         self.account(box.port)
@@ -185,6 +209,25 @@ class KeptRuns(Case):
         left = b"".join(file.read_bytes() for file in journal.parent.glob("runs.db*"))
         for secret in (b"First 5", b"r5@bad.example", b"Dear"):
             self.assertNotIn(secret, left)
+
+    def test_who_may_have_it_is_named_before_and_after_it_is_forgotten(self):
+        """A server takes the first message's end and says nothing; the next ones it takes. The reports are gone before."""
+        listener = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(listener.close)
+        threading.Thread(target=serve_mutely, args=(listener,), daemon=True).start()
+        for run in (1, 2, 3):
+            self.mail_through(listener.getsockname()[1], run)
+        self.assertEqual([row["unknown"] for row in self.objects("runs", "list")], [1, 1, 1])
+        code, out, err = self.run_program("runs", "forget", 1)
+        self.assertEqual((code, out), (77, ""))
+        self.assertIn("1 recipient is unknown: the message was out and no answer came", err)
+        self.assertEqual(self.ok("--yes", "runs", "forget", 1), "Run #1 was forgotten; its report stays in the history.\n")
+        for report in self.reports():
+            report.unlink()
+        self.assertEqual(self.ok("--yes", "runs", "forget", 2), "Run #2 was forgotten.\n")
+        self.assertIn("1 run was forgotten, with 1 recipient of whom nobody knows whether the message arrived.",
+                      self.run_program("--yes", "history", "clear")[2])
+        self.assertEqual(self.objects("runs", "list"), [])
 
     def test_one_program_at_a_time_goes_on(self):
         """While a run goes on it is shown as such, is no one else's, and is not forgotten."""

@@ -339,7 +339,7 @@ void KeptRunsForm::Forget() {
   const auto gone = journal ? (*journal)->Forget(mailing.id) : Result<void>(journal.error());
   Fill();
   if (!gone) return status_->Fail(gone.error());
-  Tell(tr("The run was forgotten; its report stays in the history."));
+  Tell(InWords(run::WhatIsForgotten(mailing, mailing.runs.front().id, program_.folders.History())));
 }
 
 }  // namespace quillcast::desktop
