@@ -185,7 +185,7 @@ void Page::Bars(const char* heading, const char* what, std::vector<NamedTally> r
   rows.push_back(whole);
   for (const auto& row : rows) {
     const bool is_whole = &row == &rows.back();
-    const std::string example = row.example.empty() ? "" : "<br><small>" + Safe(row.example, 160) + "</small>";
+    const std::string words = row.words.empty() ? "" : "<br><small>" + Safe(row.words, 160) + "</small>";
     std::string numbers;
     std::string bars;
     for (const Shown& shown : kShown) {
@@ -194,7 +194,7 @@ void Page::Bars(const char* heading, const char* what, std::vector<NamedTally> r
       if (!is_whole) bars += Bar(shown.colour, row.tally.of(shown.fate), most);
     }
     Put(fmt::format("<tr{}><td>{}{}</td>{}<td class=\"bar\">{}</td></tr>\n", is_whole ? " class=\"all\"" : "",
-                    Safe(row.name), example, numbers, bars));
+                    Safe(row.name), words, numbers, bars));
   }
   Put("</table>\n");
 }

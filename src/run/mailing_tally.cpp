@@ -12,6 +12,8 @@ namespace quillcast::run {
 namespace {
 
 constexpr const char* kOthers = "others";
+constexpr std::string_view kOther = "\xE2\x80\xA6";  // "…"
+constexpr std::string_view kOtherBehind = " \xE2\x80\xA6";
 
 std::string DomainOf(const recipients::Recipient& recipient) {
   const auto address = smtp::EnvelopeAddress(recipient.email());
@@ -25,6 +27,29 @@ std::string ReplyOf(const JournalRow& row) {
   if (row.state == ResultState::kUnknown && row.reply.code == 0) return "no answer";
   if (row.reply.code == 0) return std::string(platform::Trim(smtp::ResultText(row.code)));
   return std::to_string(row.reply.code) + (row.reply.enhanced.empty() ? "" : " " + row.reply.enhanced);
+}
+
+// "queued …", "… no such mailbox": what texts share word by word, or, where they have not as many, at their ends. An
+// address, or the number that a server keeps a message under, is one recipient's alone.
+std::string InCommon(std::string_view one, std::string_view other) {
+  const auto words = platform::Split(one, ' ');
+  const auto others = platform::Split(other, ' ');
+  const std::size_t shorter = std::min(words.size(), others.size());
+  const auto is_same_from = [&](auto begin, auto other_begin) {
+    return static_cast<std::size_t>(
+        std::mismatch(begin, begin + static_cast<std::ptrdiff_t>(shorter), other_begin).first - begin);
+  };
+  const std::size_t first = words.size() == others.size() ? shorter : is_same_from(words.begin(), others.begin());
+  const std::size_t last = std::min(is_same_from(words.rbegin(), others.rbegin()), shorter - first);
+  std::string text;
+  const auto add = [&](std::string_view word) {
+    if (word == kOther && (text == kOther || text.ends_with(kOtherBehind))) return;
+    text += (text.empty() ? "" : " ") + std::string(word);
+  };
+  for (std::size_t n = 0; n < first; ++n) add(words[n] == others[n] ? words[n] : kOther);
+  if (words.size() != others.size()) add(kOther);
+  for (std::size_t n = words.size() - last; n < words.size(); ++n) add(words[n]);
+  return text;
 }
 
 // The largest of a few lengths that people count in by which the whole is at most so many columns.
@@ -79,7 +104,12 @@ void MailingTally::Add(const JournalRow& row) {
   const Fate fate = FateOf(row.state);
   Count(domains_, DomainOf(row.recipient), fate);
   Counted& reply = Count(replies_, ReplyOf(row), fate);
-  if (reply.example.empty()) reply.example = row.reply.code == 0 ? row.reason : row.reply.text;
+  const std::string& words = row.reply.code == 0 ? row.reason : row.reply.text;
+  if (reply.tally.all() == 1) {
+    reply.words = words;
+  } else if (reply.words != words) {
+    reply.words = InCommon(reply.words, words);
+  }
   if (!row.when || fate == Fate::kNotTried) return;
   // A clock that was set meanwhile puts nobody outside.
   const auto column = std::clamp<std::int64_t>((*row.when - first_) / step_, 0, std::ssize(columns_) - 1);
@@ -93,7 +123,7 @@ std::vector<NamedTally> MailingTally::Largest(const Names& names, std::size_t mo
     if (name == kOthers) {
       rest.tally.Add(counted.tally);
     } else {
-      all.push_back({name, counted.tally, counted.example});
+      all.push_back({name, counted.tally, counted.words});
     }
   }
   std::sort(all.begin(), all.end(), [](const NamedTally& a, const NamedTally& b) {

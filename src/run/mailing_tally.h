@@ -32,7 +32,7 @@ struct Tally {
 struct NamedTally {
   std::string name;
   Tally tally;
-  std::string example;  // of a reply: the words of the first such
+  std::string words;  // of a reply: those that all such have, with "…" for the others
 };
 
 // Counts recipients one by one. Its memory is bounded: beyond kMostNames different domains or replies further ones
@@ -56,7 +56,7 @@ class MailingTally {
  private:
   struct Counted {
     Tally tally;
-    std::string example;
+    std::string words;
   };
   using Names = std::unordered_map<std::string, Counted>;
   static Counted& Count(Names& names, std::string name, Fate fate);

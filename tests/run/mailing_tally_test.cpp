@@ -61,6 +61,34 @@ TEST(MailingTally, NamesTheLargestAndCountsTheRestTogether) {
   EXPECT_EQ(tally.Replies(5)[0].name, "250");
 }
 
+// One recipient's address, or a queue's number, is not told of all.
+TEST(MailingTally, TellsTheWordsThatAllRepliesOfACodeShare) {
+  struct Case {
+    std::vector<std::string> texts;
+    std::string words;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {{"queued"}, "queued"},
+           {{"ok", "ok", "ok"}, "ok"},
+           {{"queued r1@d1.example", "queued r2@d2.example", "queued r1@d1.example"}, "queued \xE2\x80\xA6"},
+           {{"<a@x>: no such mailbox", "<b@x>: no such mailbox"}, "\xE2\x80\xA6 no such mailbox"},
+           {{"Ok: queued as 4AB 7", "Ok: queued as 5CD 8", "Ok: queued as 6EF 9"}, "Ok: queued as \xE2\x80\xA6"},
+           {{"full, 3 of 4 parts used", "full, all of it is used", "full, 1 of 4 parts used"},
+            "full, \xE2\x80\xA6 used"},
+           {{"try later", "no"}, "\xE2\x80\xA6"},
+           {{"a a", "a"}, "a \xE2\x80\xA6"},
+           {{"ok", ""}, "\xE2\x80\xA6"},
+           {{"", "ok"}, "\xE2\x80\xA6"}}) {
+    MailingTally tally(kFirst, kFirst);
+    for (const auto& text : c.texts) {
+      JournalRow row = Row("a@d.example", ResultState::kRefused, 0, 550);
+      row.reply.text = text;
+      tally.Add(row);
+    }
+    EXPECT_EQ(tally.Replies(1)[0].words, c.words) << c.texts.back();
+  }
+}
+
 // More names than it holds: everybody is still counted once.
 TEST(MailingTally, IsBounded) {
   MailingTally tally(kFirst, kFirst);
