@@ -22,14 +22,13 @@ struct GoOnOptions {
   PaceOptions pace;
 };
 
-// Says what a person should know before the first message goes out.
-Result<std::vector<Sentence>> TellBefore(Context& context, run::PreparedRun& prepared) {
+// What a person should know before the first message goes out.
+Result<std::vector<Sentence>> WhatToKnow(run::PreparedRun& prepared) {
   auto changed = prepared.WhatChangedSince();
   if (!changed) return changed.error();
   const auto pace = prepared.PaceInWords();
   if (!pace) return pace.error();
   if (*pace) changed->push_back(**pace);
-  for (const auto& sentence : *changed) context.output.Note(sentence.InEnglish());
   return changed;
 }
 
@@ -52,9 +51,9 @@ int GoOn(Context& context, run::RunKind kind, const run::RecipientChoice& choice
       return mailing ? run::NobodyOf(choice, *mailing) : mailing.error();
     });
   }
-  const auto told = TellBefore(context, *prepared);
-  if (!told) return context.output.Fail(told.error());
-  return RunMailing(context, *folders, *prepared, {}, *told, options.mailing);
+  const auto to_know = WhatToKnow(*prepared);
+  if (!to_know) return context.output.Fail(to_know.error());
+  return RunMailing(context, *folders, *prepared, {}, {{}, *to_know}, options.mailing);
 }
 
 // Also with those who were to be tried again, and where it is told how often, with all who may be.

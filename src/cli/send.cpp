@@ -171,7 +171,7 @@ int RunSend(Context& context, const SendOptions& options) {
   if (options.dry_run) return RunDry(context, *prepared, *range);
   if (!options.to_file.empty()) return RunToFile(context, options, *prepared);
   if (!options.proof.empty()) return RunProof(context, options, *prepared);
-  return RunMailing(context, *folders, *prepared, *range, *told, options.mailing);
+  return RunMailing(context, *folders, *prepared, *range, {*told, {}}, options.mailing);
 }
 
 }  // namespace

@@ -20,14 +20,15 @@ constexpr std::int64_t kMostNotTried = 20;  // who are named to people
 // Tells the person at the terminal, or the program behind it, how a run goes.
 class SendListener final : public run::RunListener {
  public:
-  // `told`: what the person was told before the run, and is not told again.
-  SendListener(Output& output, const std::vector<Sentence>& told, const MailingOptions& options,
-               const platform::Clock& clock)
+  SendListener(Output& output, const ToTell& told, const MailingOptions& options, const platform::Clock& clock)
       : output_(output), told_(told), options_(options), clock_(clock) {}
 
   void ReportLine(std::string_view) override {}  // the report is in the history
   void Note(const Sentence& sentence) override {
-    if (std::find(told_.begin(), told_.end(), sentence) == told_.end()) output_.Note(sentence.InEnglish());
+    if (std::ranges::count(told_.before, sentence) == 0) output_.Note(sentence.InEnglish());
+  }
+  void Began(const std::filesystem::path&) override {
+    for (const auto& sentence : told_.first) output_.Note(sentence.InEnglish());
   }
 
   void Finished(const run::RecipientResult& result) override {
@@ -100,7 +101,7 @@ class SendListener final : public run::RunListener {
   }
 
   Output& output_;
-  const std::vector<Sentence>& told_;
+  const ToTell& told_;
   const MailingOptions& options_;
   const platform::Clock& clock_;
   std::string progress_;
@@ -152,8 +153,7 @@ Result<run::RunSummary> Carry(const Context& context, const profile::Folders& fo
 }  // namespace
 
 int RunMailing(Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
-               const std::optional<run::PartialRange>& range, const std::vector<Sentence>& told,
-               const MailingOptions& options) {
+               const std::optional<run::PartialRange>& range, const ToTell& told, const MailingOptions& options) {
   const auto message = prepared.Message();
   if (!message) return context.output.Fail(message.error());
   if (const auto& trouble = (*message)->trouble()) {

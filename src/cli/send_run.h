@@ -20,9 +20,14 @@ struct MailingOptions {
   }
 };
 
-// Tells how it goes, and gives the exit code. `told`: what the person was told before, and is not told again.
+// What a person is told of a run beside how it goes.
+struct ToTell {
+  std::vector<Sentence> before;  // was told already, and is not told again
+  std::vector<Sentence> first;   // is told once the run is in our hands, before anything goes out
+};
+
+// Tells how it goes, and gives the exit code.
 int RunMailing(Context& context, const profile::Folders& folders, run::PreparedRun& prepared,
-               const std::optional<run::PartialRange>& range, const std::vector<Sentence>& told,
-               const MailingOptions& options);
+               const std::optional<run::PartialRange>& range, const ToTell& told, const MailingOptions& options);
 
 }  // namespace quillcast::cli

@@ -129,6 +129,25 @@ class KeptRuns(Case):
         self.assertEqual(self.to(good), ["r3@slow.example", "r6@slow.example"])
         self.assertEqual(self.states("--state", "refused"), {2: "refused", 5: "refused"})
 
+    def test_what_became_of_the_list_is_told_and_who_was_frozen_gets_it(self):
+        """The counts of the group stay the same, and then its name does not."""
+        box = self.choosy()
+        self.mail(box)
+        corrected, renamed = [("recipient", "modify", "--group", "All", "r3@slow.example", "--email", "new3@slow.example"),
+                              ("recipient", "modify", "--group", "All", "r6@slow.example", "--field", "City=Oslo")], [
+                                  ("group", "rename", "All", "Others")]
+        for commands, told in (((), None),
+                               (corrected, "Since then the group All has changed: 1 address was taken out or corrected, 1 address "
+                                           "is new, 1 recipient has other fields. The run goes on to those who were in it when it "
+                                           "began, with their addresses and fields of then."),
+                               (renamed, "There is no group All any more: it was deleted, or has another name.")):
+            for command in commands:
+                self.ok("--yes", *command)
+            err = self.run_program("--yes", "runs", "retry", "1")[2]
+            self.assertEqual(told in err if told else "group All" not in err, True, err)
+            self.assertEqual(list(self.states("--state", "deferred")), [3, 6])
+        self.assertEqual(self.objects("runs", "show", "1", "--state", "deferred")[-2]["address"], "r3@slow.example")
+
     def test_a_part_goes_on_within_itself(self):
         """A run to a part of the list, stopped by its server: those of the part that are left, under their places."""
         self.mail(self.mailbox("--refuse", "MAIL:*=550", name="closed"), "--range", "2-6")
@@ -154,25 +173,6 @@ class KeptRuns(Case):
         self.assertEqual(target.stat().st_mode & 0o777, 0o600)
         for arguments, code in ((("export", "1", "--state", "unknown", "--to", "none.csv"), 66),
                                 (("export", "1", "--state", "unknown", "--to-group", "None"), 66),
-    def test_what_became_of_the_list_is_told_and_who_was_frozen_gets_it(self):
-        """The counts of the group stay the same, and then its name does not."""
-        box = self.choosy()
-        self.mail(box)
-        corrected, renamed = [("recipient", "modify", "--group", "All", "r3@slow.example", "--email", "new3@slow.example"),
-                              ("recipient", "modify", "--group", "All", "r6@slow.example", "--field", "City=Oslo")], [
-                                  ("group", "rename", "All", "Others")]
-        for commands, told in (((), None),
-                               (corrected, "Since then the group All has changed: 1 address was taken out or corrected, 1 address "
-                                           "is new, 1 recipient has other fields. The run goes on to those who were in it when it "
-                                           "began, with their addresses and fields of then."),
-                               (renamed, "There is no group All any more: it was deleted, or has another name.")):
-            for command in commands:
-                self.ok("--yes", *command)
-            err = self.run_program("--yes", "runs", "retry", "1")[2]
-            self.assertEqual(told in err if told else "group All" not in err, True, err)
-            self.assertEqual(list(self.states("--state", "deferred")), [3, 6])
-        self.assertEqual(self.objects("runs", "show", "1", "--state", "deferred")[-2]["address"], "r3@slow.example")
-
                                 (("export", "1", "--state", "sent", "--to-group", "Made"), 64),
                                 (("export", "1", "--state", "sent"), 64),
                                 (("export", "9", "--state", "sent", "--to", "none.csv"), 66),
@@ -240,8 +240,10 @@ class KeptRuns(Case):
         sending.stdout.readline()
         entry = self.objects("runs", "list")[0]
         self.assertEqual((entry["standing"], entry["mailing_standing"]), ("goes on", "goes on"))
-        for arguments in (("resume", "1"), ("forget", "1")):
-            self.objects("runs", *arguments, code=75)
+        for arguments in (("resume", "1", "--rate", "1/s"), ("forget", "1")):
+            code, out, err = self.run_program("--yes", "runs", *arguments)
+            self.assertEqual((code, out), (75, ""), err)
+            self.assertNotIn("goes on with", err)
         self.ok("runs", "forget", "--finished")
         sending.communicate()
         self.assertEqual(self.objects("runs", "list")[0]["sent"], 3000)
