@@ -1,8 +1,10 @@
 #include "cli/send_run.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -16,6 +18,8 @@ namespace quillcast::cli {
 namespace {
 
 constexpr std::int64_t kMostNotTried = 20;  // who are named to people
+constexpr auto kWaitAtFirst = std::chrono::seconds(10);
+constexpr auto kLongWait = std::chrono::minutes(10);
 
 // Tells the person at the terminal, or the program behind it, how a run goes.
 class SendListener final : public run::RunListener {
@@ -23,15 +27,16 @@ class SendListener final : public run::RunListener {
   SendListener(Output& output, const ToTell& told, const MailingOptions& options, const platform::Clock& clock)
       : output_(output), told_(told), options_(options), clock_(clock) {}
 
+  void Began(const std::filesystem::path&) override {
+    for (const auto& sentence : told_.first) output_.Note(sentence.InEnglish());
+  }
   void ReportLine(std::string_view) override {}  // the report is in the history
   void Note(const Sentence& sentence) override {
     if (std::ranges::count(told_.before, sentence) == 0) output_.Note(sentence.InEnglish());
   }
-  void Began(const std::filesystem::path&) override {
-    for (const auto& sentence : told_.first) output_.Note(sentence.InEnglish());
-  }
 
   void Finished(const run::RecipientResult& result) override {
+    is_anybody_done_ = true;
     const auto& outcome = result.outcome;
     if (output_.json) {
       nlohmann::ordered_json object = {{"position", result.position},
@@ -88,7 +93,19 @@ class SendListener final : public run::RunListener {
 
   void Waits(const Sentence& why, run::Moment until) override {
     std::fflush(stdout);  // who reads the results has those that there are while nothing goes on
+    if (is_log_) NoteWait(why, until);
     output_.Progress(fmt::format("{}. {}", progress_, run::WaitsUntil(why, until, clock_).InEnglish()));
+  }
+  void WayLost(const Sentence& why, run::Moment until) override {
+    if (!std::exchange(is_way_lost_, true) && is_log_) {
+      output_.Note(run::WaitsUntil(why, until, clock_).InEnglish());
+    }
+    told_until_ = until;
+    Waits(why, until);
+  }
+  void WayFound() override {
+    is_way_lost_ = false;
+    if (is_log_) output_.Note("The server answers again, and the run goes on.");
   }
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
     progress_ = fmt::format("{} of {}", platform::WithThousands(done), platform::Counted(total, "message", "messages"));
@@ -96,6 +113,13 @@ class SendListener final : public run::RunListener {
   }
 
  private:
+  // Who reads a log is told why nothing goes on, in a line for each long wait, and for one before the first message.
+  void NoteWait(const Sentence& why, run::Moment until) {
+    const auto now = clock_.Now();
+    if (now < told_until_ || until - now < (is_anybody_done_ ? kLongWait : kWaitAtFirst)) return;
+    told_until_ = until;
+    output_.Note(run::WaitsUntil(why, until, clock_).InEnglish());
+  }
   const char* WordOf(smtp::State state) const {
     return state == smtp::State::kSent ? run::Name(options_.delivery()) : smtp::Name(state);
   }
@@ -105,6 +129,10 @@ class SendListener final : public run::RunListener {
   const MailingOptions& options_;
   const platform::Clock& clock_;
   std::string progress_;
+  const bool is_log_ = output_.json || ::isatty(STDERR_FILENO) == 0;  // where Progress shows nothing
+  run::Moment told_until_;                                            // the end of the wait that was told last
+  bool is_anybody_done_ = false;
+  bool is_way_lost_ = false;
   std::int64_t not_tried_ = 0;
   std::int64_t first_not_named_ = 0;  // of those not tried; between it and the last others may have their result
   std::int64_t last_not_tried_ = 0;

@@ -128,6 +128,7 @@ class Run final : public smtp::JobSource {
   bool first_message_kept_ = false;
   bool told_of_no_copy_ = false;
   bool told_of_notices_ = false;
+  bool way_lost_ = false;
 };
 
 RunSummary Run::Execute() {
@@ -394,6 +395,7 @@ void Run::End() {
 }
 
 void Run::Connected(const smtp::Capabilities& offered) {
+  if (std::exchange(way_lost_, false)) listener_.WayFound();
   if (told_of_notices_ || offered.dsn || !parts_.message.asks_for_notice()) return;
   told_of_notices_ = true;
   listener_.Note(kNoNotices);
@@ -401,6 +403,7 @@ void Run::Connected(const smtp::Capabilities& offered) {
 
 // Who holds the run need not wait for the way to be told that nothing is under way.
 void Run::WayLost(const smtp::Outcome& why, platform::Instant until) {
+  way_lost_ = true;
   telling_.CatchUpProgress(InRange());
   listener_.WayLost(WaitForNetwork(why.reason), MomentOf(until));
   if (IsHeld() && waits_ == Waits::kForPerson) listener_.Held(0);

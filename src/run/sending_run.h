@@ -67,6 +67,8 @@ class RunListener {
   virtual void Waits(const Sentence& /*why*/, Moment /*until*/) {}
   // The same of the way to the server, which is lost and tried again then: nothing is under way.
   virtual void WayLost(const Sentence& why, Moment until) { Waits(why, until); }
+  // A server answers again.
+  virtual void WayFound() {}
   // Something about the whole run that the person should know: a whole sentence.
   virtual void Note(const Sentence& sentence) = 0;
 };

@@ -192,6 +192,9 @@ class Retries(Case):
                 lines, code, err = self.run_lines(*self.mailing(f"--network-wait={wait}"))
                 self.assertEqual([row["state"] for row in lines[:-1]], states, err)
                 self.assertEqual((code, returned.is_set()), (1, False) if wait == "none" else (0, True))
+                told = [err.count(text) for text in ("The way to the server is lost, and is tried again then.",
+                                                     "The server answers again, and the run goes on.")]
+                self.assertEqual(told, [0, 0] if wait == "none" else [1, 1], err)
 
     def test_who_is_left_where_the_network_stays_away_is_gone_on_with_and_a_resume_waits_for_it(self):
         server = Server(lambda address, times: None)
@@ -294,6 +297,7 @@ class Retries(Case):
                 self.assertEqual([(row["state"], row.get("stays")) for row in map(json.loads, out.splitlines()[:-1])],
                                  [("not tried", "deferred")] * 2, err)
                 self.assertIn(b"#1 late1@a.example: not tried, and stays deferred", err)
+                self.assertEqual(err.count(b"Waits until 2099-01-01 00:00:00. It is to begin then."), 1, err)
                 self.assertEqual(self.run_lines("--json", "runs", "list")[0][0]["not_tried_again"], 2)
 
                 # The account changed since: what it was told by option stays, and an option of now comes before it.
