@@ -4,6 +4,18 @@
 
 namespace quillcast::run {
 
+bool StaysInDoubt(const RecipientInOrder& recipient, const smtp::Outcome& outcome) {
+  if (recipient.before.state != ResultState::kUnknown || !outcome.is_decided()) return false;
+  return outcome.state == smtp::State::kFailed || smtp::IsOfWay(outcome) || smtp::IsOfSender(outcome) ||
+         smtp::IsOfSignIn(outcome);
+}
+
+smtp::Outcome AsInDoubt(smtp::Outcome outcome) {
+  outcome.state = smtp::State::kUnknown;
+  smtp::AddSentence(outcome.reason, "Nothing went out this time; what went out before may have been taken.");
+  return outcome;
+}
+
 void ResultsInOrder::Take(std::int64_t position, std::string_view address, const Before& before) {
   RecipientInOrder& taken = recipients_.emplace_back();
   taken.position = position;

@@ -222,7 +222,7 @@ smtp::Job* Run::NextJob() {
     if (parts_.turns != nullptr) parts_.turns->GiveBack(letter->turn);
     RecipientInOrder& recipient = order_.At(position_);
     recipient.stage = RecipientInOrder::Stage::kFailedHere;
-    recipient.outcome = *std::move(failure);
+    recipient.outcome = StaysInDoubt(recipient, *failure) ? AsInDoubt(*std::move(failure)) : *std::move(failure);
     TellThoseReady();
   }
   return nullptr;
@@ -336,14 +336,15 @@ smtp::Passage Run::MayGo(smtp::Job& job) {
 
 void Run::Decided(smtp::Job& job, const smtp::Outcome& outcome) {
   auto& letter = static_cast<Letter&>(job);
-  run_->Settled(letter.position, outcome);
+  RecipientInOrder& recipient = order_.At(letter.position);
+  const bool in_doubt = StaysInDoubt(recipient, outcome);
+  run_->Settled(letter.position, in_doubt ? AsInDoubt(outcome) : outcome);
   if (!std::exchange(letter.is_out, true)) --not_out_;
   if (parts_.turns != nullptr) parts_.turns->GiveBack(letter.turn);
-  RecipientInOrder& recipient = order_.At(letter.position);
   const int tries = recipient.before.tries + recipient.tries;
   // Once the account is put right, whoever goes on with the run goes on with those too whom its fault refused.
   const bool is_tried_again = parts_.turns != nullptr && retries_.Takes(outcome, tries);
-  if (is_tried_again || smtp::IsOfSignIn(outcome)) run_->IsTriedAgain(letter.position, tries);
+  if (!in_doubt && (is_tried_again || smtp::IsOfSignIn(outcome))) run_->IsTriedAgain(letter.position, tries);
   recipient.subject_not_encoded = letter.rendered->subject_not_encoded;
   if (outcome.is_decided()) KeepLost(letter, outcome);
   letter.message = nullptr;
@@ -360,7 +361,7 @@ void Run::Finished(smtp::Job& job, const smtp::Outcome& outcome) {
   auto& letter = static_cast<Letter&>(job);
   RecipientInOrder& recipient = order_.At(letter.position);
   recipient.stage = outcome.is_decided() ? RecipientInOrder::Stage::kSettled : RecipientInOrder::Stage::kLeft;
-  recipient.outcome = outcome;
+  recipient.outcome = StaysInDoubt(recipient, outcome) ? AsInDoubt(outcome) : outcome;
   with_carrier_.pop_front();
   telling_.EndLines();
   free_letters_.push_back(&letter);
@@ -429,6 +430,7 @@ void Run::KeepLost(const Letter& letter, const smtp::Outcome& outcome) {
   if (!smtp::IsOfWay(outcome) && !smtp::IsOfSender(outcome)) return lost_->Fail(letter.lost_before);
   const RecipientInOrder& recipient = order_.At(letter.position);
   const int tries = recipient.before.tries + recipient.tries;
+  if (StaysInDoubt(recipient, outcome)) return lost_->AddInDoubt(recipient.position);
   if (parts_.turns != nullptr && retries_.Takes(outcome, tries)) return;
   lost_->Add(recipient.position, recipient.before.tries, tries, outcome);
 }

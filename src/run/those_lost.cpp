@@ -17,6 +17,11 @@ void ThoseLost::Add(std::int64_t position, int before, int tries, const smtp::Ou
   ++count_;
 }
 
+void ThoseLost::AddInDoubt(std::int64_t position) {
+  in_a_row_.push_back({.position = position, .in_doubt = true});
+  ++count_;
+}
+
 bool ThoseLost::AreManyAnew() const {
   return std::ranges::count_if(in_a_row_, [](const Lost& whom) { return whom.before == 0; }) >= kMany;
 }
@@ -27,7 +32,7 @@ bool ThoseLost::MayBeTheirDoing() const {
 
 void ThoseLost::Fail(std::int64_t count) {
   for (; !in_a_row_.empty() && count_ - in_a_row() < count; in_a_row_.pop_front()) {
-    run_.IsTriedAgain(in_a_row_.front().position, 0);
+    if (!in_a_row_.front().in_doubt) run_.IsTriedAgain(in_a_row_.front().position, 0);
   }
 }
 
@@ -40,7 +45,7 @@ void ThoseLost::FailThoseLostTwice() {
 }
 
 std::int64_t ThoseLost::Leave() {
-  const std::int64_t left = in_a_row();
+  const std::int64_t left = in_a_row() - std::ranges::count_if(in_a_row_, &Lost::in_doubt);
   in_a_row_.clear();
   return left;
 }

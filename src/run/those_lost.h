@@ -20,6 +20,8 @@ class ThoseLost {
 
   // One more. `before`: tries in runs that this one goes on with; `tries`: all of them.
   void Add(std::int64_t position, int before, int tries, const smtp::Outcome& outcome);
+  // One more, of whom it stays unknown whether a message of before came: they count, but are not tried again.
+  void AddInDoubt(std::int64_t position);
 
   // How many were lost, in all.
   std::int64_t count() const { return count_; }
@@ -35,7 +37,7 @@ class ThoseLost {
   void Fail(std::int64_t count);
   // At whom a server that was there hung up, when they were asked a second time: that is theirs.
   void FailThoseLostTwice();
-  // They stay to be tried again. Returns how many.
+  // They stay as they are. Returns how many are to be tried again.
   std::int64_t Leave();
 
  private:
@@ -44,6 +46,7 @@ class ThoseLost {
     int before = 0;           // tries in runs that this one goes on with
     bool has_sender = false;  // the server took the sender, so that it was there, and hung up then
     bool has_no_way = false;  // there was no server
+    bool in_doubt = false;
   };
 
   JournalledRun& run_;

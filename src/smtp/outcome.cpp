@@ -22,11 +22,12 @@ bool IsOfWay(const Outcome& outcome) {
 
 bool IsOfSender(const Outcome& outcome) {
   if (outcome.code == ResultCode::kSenderRefused) return outcome.state == State::kRefused;
-  return outcome.code == ResultCode::kGreetingRefused && outcome.is_decided() && !IsOfWay(outcome);
+  const bool is_verdict = outcome.is_decided() && outcome.state != State::kUnknown;
+  return outcome.code == ResultCode::kGreetingRefused && is_verdict && !IsOfWay(outcome);
 }
 
 bool IsOfSignIn(const Outcome& outcome) {
-  return outcome.is_decided() &&
+  return outcome.is_decided() && outcome.state != State::kUnknown &&
          (outcome.code == ResultCode::kAuthRefused || outcome.code == ResultCode::kAuthNotOffered);
 }
 

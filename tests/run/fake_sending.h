@@ -218,7 +218,7 @@ struct Kept {
   int fails_at = 0;                            // the Record that fails, as all behind it do; 0 for none
   bool ended = false;
   std::set<std::int64_t> unreadable = {};  // the second time
-  std::map<std::int64_t, int> tries = {};  // of those who are to be tried again
+  std::map<std::int64_t, int> tries = {};  // of those who are to be tried again; before the run, 0: unknown
 };
 
 class FakeRun final : public JournalledRun {
@@ -235,7 +235,10 @@ class FakeRun final : public JournalledRun {
     is_at_end_ = !more || !*more;
     if (more && *more) given_[position] = recipient;
     const auto before = kept_.tries.find(position);
-    before_ = before == kept_.tries.end() ? Before() : Before{ResultState::kDeferred, before->second};
+    before_ = {};
+    if (before != kept_.tries.end()) {
+      before_ = {before->second == 0 ? ResultState::kUnknown : ResultState::kDeferred, before->second};
+    }
     return more;
   }
   Before before() const override { return before_; }

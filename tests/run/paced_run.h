@@ -24,7 +24,7 @@ class PacedRun : public testing::Test {
     Fates fates = {};                         // all sent where it is empty
     std::map<std::int64_t, Fates> then = {};  // of the tries behind the first, by position
     std::set<std::int64_t> unreadable = {};   // whose row is damaged when it is read again
-    std::map<std::int64_t, int> before = {};  // tries of a run that this one goes on with, by position
+    std::map<std::int64_t, int> before = {};  // tries of a run that this one goes on with, by position; 0: unknown
     std::function<void(FakeCarrier&)> change = {};
     std::function<void(Turns&)> after = {};
   };
