@@ -427,7 +427,10 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
 // is no reason to ask.
 void Run::KeepLost(const Letter& letter, const smtp::Outcome& outcome) {
   if (smtp::IsOfSignIn(outcome) || outcome.state == smtp::State::kUnknown) return;
-  if (!smtp::IsOfWay(outcome) && !smtp::IsOfSender(outcome)) return lost_->Fail(letter.lost_before);
+  if (!outcome.no_way && !smtp::IsOfWay(outcome) && !smtp::IsOfSender(outcome)) {
+    summary_.not_their_doing += lost_->Fail(letter.lost_before);
+    return;
+  }
   const RecipientInOrder& recipient = order_.At(letter.position);
   const int tries = recipient.before.tries + recipient.tries;
   if (StaysInDoubt(recipient, outcome)) return lost_->AddInDoubt(recipient.position);
@@ -441,7 +444,8 @@ void Run::KeepLost(const Letter& letter, const smtp::Outcome& outcome) {
 void Run::SettleThoseLost() {
   const bool reached_nobody = summary_.sent == 0 && summary_.failed == summary_.not_their_doing + lost_->in_a_row();
   const bool is_cut_short = summary_.stopped || IsCancelled() || does_not_go_on_;
-  if (!is_cut_short && !reached_nobody && lost_->MayBeTheirDoing()) return lost_->Fail(lost_->count());
+  if (!is_cut_short && !reached_nobody && lost_->MayBeTheirDoing())
+    summary_.not_their_doing += lost_->Fail(lost_->count());
   if (!is_cut_short) lost_->FailThoseLostTwice();
   summary_.not_their_doing += lost_->Leave();
 }

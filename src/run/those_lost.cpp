@@ -13,7 +13,8 @@ constexpr std::ptrdiff_t kMostOfTheirOwn = 2;
 
 void ThoseLost::Add(std::int64_t position, int before, int tries, const smtp::Outcome& outcome) {
   run_.IsTriedAgain(position, tries);
-  in_a_row_.push_back({position, before, outcome.has_sender, smtp::IsOfWay(outcome) && !outcome.has_sender});
+  in_a_row_.push_back(
+      {position, before, outcome.has_sender, smtp::IsOfWay(outcome) && !outcome.has_sender, outcome.no_way});
   ++count_;
 }
 
@@ -30,10 +31,14 @@ bool ThoseLost::MayBeTheirDoing() const {
   return in_a_row() <= kMostOfTheirOwn && std::ranges::none_of(in_a_row_, &Lost::has_no_way);
 }
 
-void ThoseLost::Fail(std::int64_t count) {
+std::int64_t ThoseLost::Fail(std::int64_t count) {
+  std::int64_t left = 0;
   for (; !in_a_row_.empty() && count_ - in_a_row() < count; in_a_row_.pop_front()) {
-    if (!in_a_row_.front().in_doubt) run_.IsTriedAgain(in_a_row_.front().position, 0);
+    const Lost& whom = in_a_row_.front();
+    if (whom.is_not_theirs) ++left;
+    if (!whom.is_not_theirs && !whom.in_doubt) run_.IsTriedAgain(whom.position, 0);
   }
+  return left;
 }
 
 void ThoseLost::FailThoseLostTwice() {

@@ -12,7 +12,8 @@ namespace quillcast::run {
 
 // That no server takes anything, or not from this sender, is nobody's failure: they are to be tried again by whoever
 // goes on with the run, and are kept so from when they are lost. Once a server comes as far as to the recipient of one
-// that went out after them, it was something of theirs, and they have failed.
+// that went out after them, it was something of theirs, and they have failed; but for those for whom no connection came
+// about, as no server can have known whom that was for.
 class ThoseLost {
  public:
   // `run` must outlive it.
@@ -33,8 +34,9 @@ class ThoseLost {
   // Whether a server may have hung up for something of each, in a row: they are few, and it was there for all of them.
   bool MayBeTheirDoing() const;
 
-  // The first so many of all that were lost have failed, where they are not settled yet.
-  void Fail(std::int64_t count);
+  // The first so many of all that were lost have failed, where they are not settled yet. Returns how many of them are
+  // to be tried again all the same.
+  std::int64_t Fail(std::int64_t count);
   // At whom a server that was there hung up, when they were asked a second time: that is theirs.
   void FailThoseLostTwice();
   // They stay as they are. Returns how many are to be tried again.
@@ -43,9 +45,10 @@ class ThoseLost {
  private:
   struct Lost {
     std::int64_t position = 0;
-    int before = 0;           // tries in runs that this one goes on with
-    bool has_sender = false;  // the server took the sender, so that it was there, and hung up then
-    bool has_no_way = false;  // there was no server
+    int before = 0;              // tries in runs that this one goes on with
+    bool has_sender = false;     // the server took the sender, so that it was there, and hung up then
+    bool has_no_way = false;     // there was no server
+    bool is_not_theirs = false;  // for sure, as no connection came about
     bool in_doubt = false;
   };
 

@@ -37,6 +37,7 @@ struct Outcome {
   std::string reason;  // in our words, where the code and the reply do not say it: a whole sentence, may be empty
   Whereabouts whereabouts = Whereabouts::kDecided;  // as a run tells it, kNotOut: it was left, and counts as not tried
   bool has_sender = false;  // where the connection ended over it: the server had taken the sender
+  bool no_way = false;      // no connection came about that it could have gone over
 
   bool is_decided() const { return whereabouts == Whereabouts::kDecided; }
 };

@@ -29,8 +29,8 @@ using platform::Stop;
 using smtp::State;
 using test::FakeRows;
 
-// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'd'eferred, 't'oo fast, no 'c'onnection, 'h'ung up
-// at, 'u'nknown, or 'x' for an entry without an address, which no server is asked about.
+// What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'd'eferred, 't'oo fast, 'c'onnection lost before
+// the sender, 'n'o connection, 'h'ung up at, 'u'nknown, or 'x' for an entry without an address, which no server is asked about.
 using Fates = std::string;
 
 inline std::vector<std::string> AddressesOf(const Fates& fates) {
@@ -62,6 +62,11 @@ inline smtp::Outcome OutcomeOf(char fate) {
   }
   if (fate == 'c') {
     return {.state = State::kFailed, .code = smtp::ResultCode::kConnectFailed, .reply = {}, .reason = "Nobody there."};
+  }
+  if (fate == 'n') {
+    smtp::Outcome outcome = OutcomeOf('c');
+    outcome.no_way = true;
+    return outcome;
   }
   if (fate == 'h') {
     return {.state = State::kFailed,

@@ -170,6 +170,7 @@ TEST_F(RetriedRun, LeavesThoseBehindWhomTheServerWentOnWithNobody) {
   } kCases[] = {
       {"the next is taken", 1, "cssss", 6, {}},
       {"the next is refused", 1, "crsss", 6, {}},
+      {"no connection came about, and the next is taken", 1, "nssss", 6, {{1, 1}}},
       {"the next is lost as well", 1, "ccsss", 6, {{1, 1}, {2, 1}}},
       {"of the next nobody knows", 1, "cusss", 6, {{1, 1}}},
       {"one that was out is taken", 3, "csssss", 8, {{1, 1}}},
@@ -231,6 +232,7 @@ TEST_F(RetriedRun, FailsThoseAtWhomTheServerHangsUpAgain) {
       {"at so many behind that it is nothing of each", "shhh", {}, {{2, 1}, {3, 1}, {4, 1}}},
       {"at those again", "shhh", {{2, 1}, {3, 1}, {4, 1}}, {}},
       {"and is gone", "sc", {}, {{2, 1}}},
+      {"or lets no connection come about, and takes somebody behind", "snhs", {}, {{2, 1}}},
   };
   for (const auto& each : kCases) {
     SCOPED_TRACE(each.what);

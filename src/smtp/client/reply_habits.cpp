@@ -68,6 +68,16 @@ ReplyHabits::Slip ReplyHabits::OnMessage(const ServerReply& reply, const Neighbo
   return slip;
 }
 
+// A refusal that is said once more, late, is read as that of the message behind.
+ReplyHabits::Slip ReplyHabits::OnMessageRefused(const ServerReply& reply, bool is_sure) {
+  const ServerReply refusal = WithoutAddresses(reply);
+  const bool is_once_more = refusal_ && SaysTheSame(refusal, *refusal_);
+  refusal_ = refusal;
+  if (is_sure || !is_once_more || window_.words().AreHabit(refusal)) return Slip::kNone;
+  held_.push_back(refusal);
+  return Slip::kPerhaps;
+}
+
 void ReplyHabits::OnInStep() {
   for (const ServerReply& message : held_) window_.words().Learn(message);
   held_.clear();

@@ -38,6 +38,8 @@ class ReplyHabits {
   // Of an answer that takes a message, each once, for later ones are compared to it. The words of a slip are in doubt
   // from then on, until they are seen to be this server's habit.
   Slip OnMessage(const ServerReply& reply, const Neighbours& neighbours);
+  // Of an answer that refuses a message, each once: kPerhaps where it says what the one before did.
+  Slip OnMessageRefused(const ServerReply& reply, bool is_sure);
   // It does not: the words of those that were kPerhaps are this server's habit.
   void OnInStep();
 
@@ -58,7 +60,8 @@ class ReplyHabits {
   ServerReply sender_;
   ServerReply recipient_;
   std::optional<ServerReply> reset_;
-  std::optional<Answers> usual_;  // of the first
+  std::optional<Answers> usual_;        // of the first
+  std::optional<ServerReply> refusal_;  // of a message, the last
   // How many were answered in other words than their own recipient, or RSET.
   int unlike_recipient_ = 0;
   int unlike_reset_ = 0;

@@ -101,6 +101,9 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
     end_->why.whereabouts = Whereabouts::kNotOut;
     return;
   }
+  if (!transfer.verdict && command == Awaited::kEndOfData) {
+    transfer.is_doubted = habits_.OnMessageRefused(reply, NeighboursOf(transfer).is_sure) == Slip::kPerhaps;
+  }
   if (!transfer.verdict) transfer.verdict = VerdictOf(MeaningOf(command).refused, reply);
   if (limit) transfer.whereabouts = Whereabouts::kNotOut;
   if (limit) UseUp(*transfer.verdict);

@@ -50,7 +50,7 @@ void Transfers::Submit(const Envelope& envelope, MessageSource& message) {
   transfer.envelope = envelope;
   transfer.message = &message;
   transfer.next = Next::kReset;
-  transfer.open = transfer.ended = transfer.sender_refused = false;
+  transfer.open = transfer.ended = transfer.sender_refused = transfer.is_doubted = false;
   transfer.whereabouts = Whereabouts::kDecided;
   ++submitted_;
   transfer.awaited = 0;
@@ -223,7 +223,7 @@ void Transfers::FinishAnswered() {
       return;
     }
     if (oldest.next != Next::kNothing || oldest.awaited != 0 || !oldest.verdict) return;
-    NextOutcome() = WithVerdict(oldest);
+    (oldest.is_doubted ? Hold() : NextOutcome()) = WithVerdict(oldest);
     Pop();
   }
 }

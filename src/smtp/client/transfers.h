@@ -78,7 +78,8 @@ class Transfers {
     std::uint64_t end = 0;    // of the bytes of this connection
     std::size_t awaited = 0;  // its commands without a reply
     bool sender_refused = false;
-    std::optional<Outcome> verdict;                   // the first refusal
+    bool is_doubted = false;         // its verdict: that of the message before may have been said twice
+    std::optional<Outcome> verdict;  // the first refusal
     Whereabouts whereabouts = Whereabouts::kDecided;  // with it
   };
   using Next = Transfer::Next;
@@ -145,7 +146,7 @@ class Transfers {
   std::optional<BodyWriter> body_;  // of transfers_[sending_]
   std::uint64_t octets_made_ = 0;
   std::uint64_t octets_in_all_ = 0;
-  // Of messages that were answered, the first of them in words that may be the answer to another command, and all
+  // Of messages that were answered, the first of them in words that may be the answer to something else, and all
   // behind it. Nothing new is begun then. Once nothing is in flight, RSET is asked for: a server that has answered too
   // often has an answer left over behind the one to that, or a refusal in its place.
   struct Held {

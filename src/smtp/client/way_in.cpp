@@ -132,6 +132,7 @@ bool WayIn::Greet() {
 
 bool WayIn::Fail(Outcome why) {
   stream_ = {};
+  why.no_way = true;
   if (!WorthAnotherServer(why)) {
     outcome_ = std::move(why);
     stage_ = Stage::kDone;

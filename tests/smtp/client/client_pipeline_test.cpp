@@ -235,6 +235,7 @@ TEST(ClientPipeline, AnAnswerTooManyTakesNoMessage) {
 // Words that may be another command's are believed once the server is found in step: RSET has its answer, and nothing
 // comes behind that.
 TEST(ClientPipeline, AnAnswerTooManyThatComesLateTakesNoMessage) {
+#define BOTH_REFUSED DATA(0) GO BODY(0) DATA(1) "S: 554 spam\n" GO BODY(1) "S: 554 spam\n"
 #define BOTH_ALIKE ENVELOPE(0) YES YES CHUNK(0) WHOLE(1) YES YES YES YES YES
   const std::string both_alike = BOTH_ALIKE;
   for (const Case& c : std::initializer_list<Case>{
@@ -259,7 +260,9 @@ TEST(ClientPipeline, AnAnswerTooManyThatComesLateTakesNoMessage) {
            {"in step", DATA(0) GO BODY(0) DATA(1) YES GO BODY(1) YES RESET "-\n", "sent 0, sent 0"},
            {"in the place of the next message's", DATA(0) GO BODY(0) DATA(1) YES YES YES YES,
             "unknown 18, failed 18 again"},
-           {"a refusal behind", DATA(0) GO BODY(0) DATA(1) YES "S: 554 spam\n" YES, "unknown 18, failed 18 again"}}) {
+           {"a refusal behind", DATA(0) GO BODY(0) DATA(1) YES "S: 554 spam\n" YES, "unknown 18, failed 18 again"},
+           {"both refused alike, in step", BOTH_REFUSED RESET "-\n", "refused 4, refused 4"},
+           {"a refusal once more, and the next one's own", BOTH_REFUSED RESET YES, "refused 4, unknown 18"}}) {
     Check("S: 250 PIPELINING\n", c, false);
   }
 }
