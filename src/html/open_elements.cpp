@@ -117,8 +117,8 @@ struct Rule {
 };
 constexpr auto kRules = std::to_array<Rule>({
     {kBlocks & ~kPartsOfTable, Bits(kParagraph), kWalls | Bits(kButton)},
-    {Bits(kItem), Bits(kItem), kWalls | Bits(kBlock, kHeading, kList, kTerms, kTerm)},
-    {Bits(kTerm), Bits(kTerm), kWalls | Bits(kBlock, kHeading, kList, kTerms, kItem)},
+    {Bits(kItem), Bits(kItem), kWalls | Bits(kBlock, kHeading, kList, kTerms, kTerm, kButton)},
+    {Bits(kTerm), Bits(kTerm), kWalls | Bits(kBlock, kHeading, kList, kTerms, kItem, kButton)},
     {Bits(kCell), Bits(kCell, kCaption, kColumns), Bits(kTable)},
     {Bits(kRow), kRows, Bits(kTable)},
     {Bits(kRowGroup), kRows | Bits(kRowGroup), Bits(kTable)},
@@ -194,9 +194,16 @@ void OpenElements::Open(const std::string& name) {
   if (IsIn(kBlocks, kind)) ++too_deep_;
 }
 
+// But the innermost of those that are tables, with its row and its cell: what ends there is told by it.
 void OpenElements::ForgetOuter() {
   if (open_.size() < kMostOuter) return;
-  open_.erase(open_.begin(), open_.begin() + kMostOuter / 2);
+  const auto end = open_.begin() + kMostOuter / 2;
+  const auto is_table = [](const Element& open) { return open.kind == kTable; };
+  const auto behind_table = std::find_if(std::make_reverse_iterator(end), open_.rend(), is_table).base();
+  const auto table = behind_table == open_.begin() ? end : behind_table - 1;
+  const auto is_other = [](const Element& open) { return !IsIn(kPartsOfTable | Bits(kTable), open.kind); };
+  open_.erase(std::remove_if(table, end, is_other), end);
+  open_.erase(open_.begin(), table);
 }
 
 OpenElements::Ended OpenElements::End(std::string_view name) {

@@ -300,6 +300,8 @@ class Message(Case):
                       "<table width=900><tr><td>left<td><table width=1900><tr><td>x<td align=right>right</table></table>"):
             wide = self.print_pdf(self.write("wide.eml", b"Content-Type: text/html\n\n" + table.encode()))[2]
             self.assertRegex(wide[0], "left (x )?right", table)
+        found = self.print_pdf(self.write("found.eml", "Content-Type: text/html\n\n<p>office <b style='font:9pt serif'>file flow"))
+        self.assertIn("office file flow", found[2][0])  # no letters drawn as one, which no search finds
         self.assertIn("<?xml", self.print_pdf(sample("stamps"), "-f", "xml")[2][0])
         self.assertFalse((self.profile / "data" / "History").exists(), "no start of the window's program")
 

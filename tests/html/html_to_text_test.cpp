@@ -139,8 +139,8 @@ constexpr Page kPages[] = {
      "<tr><td hidden><table><tr><td>x</table>x<td>d<tr><td>e</table>f<svg><g hidden/></svg>g"
      "<div>h<i hidden>x</b>x</i>i<table hidden><tr><td>x</div>x</table>j</div><svg hidden>x<div><p>k<p "
      "hidden>x</div>l<h1 hidden>x</h2><table><template><tr><td>x</template><tr><td>m</table><div "
-     "hidden>x<td>x<button>x<noscript>x<html></div>n",
-     "- a\n- b\n\nc\nd\ne\n\nfg\nhij\n\nk\nl\nm\nn\n"},
+     "hidden>x<td>x<button>x<noscript>x<html></div>n<ul><li hidden><button>x<li>x</button>x</ul>o",
+     "- a\n- b\n\nc\nd\ne\n\nfg\nhij\n\nk\nl\nm\nn\n\no\n"},
     {"hidden by their letters",
      "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i "
      "style='font-size:.9em'>x</i>"
@@ -182,6 +182,9 @@ TEST(HtmlToText, ReadsLikeThePage) {
   std::string deep;
   for (int i = 0; i < 2400; ++i) deep += i == 1200 ? "<div hidden>" : i < 1200 ? "<b>" : "<b>x";
   EXPECT_EQ(HtmlToText(deep + "<p>x<p>x</div>shown"), "shown\n");
+  deep = "<table><tr><td>";
+  for (int i = 0; i < 600; ++i) deep += "<b>";
+  EXPECT_EQ(HtmlToText(deep + "<tr hidden><td>x</table>shown"), "shown\n");
 }
 
 TEST(HtmlToText, WrapsBetweenWordsUnderWhatStandsBeforeThem) {

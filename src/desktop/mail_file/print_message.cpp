@@ -24,11 +24,19 @@ namespace {
 using mail_file::PrintCode;
 using mail_file::PrintedMessage;
 
-constexpr int kTextSize = 10;    // points
+constexpr int kTextSize = 10;  // points
+// Dots between letters, too few to be seen: without any, "ffi" becomes one sign, which nobody finds in the file again.
+constexpr double kBetweenLetters = 0.02;
 constexpr int kFewestLines = 3;  // that a page has room for, whatever the margins are
 // Dots per inch. The toolkit's layout counts to 33,554,431 of them, which is 9,500 pages; what is drawn is no coarser.
 constexpr int kResolution = 300;
 constexpr double kMostShrunk = 10;  // times; what is wider is cut
+
+QFont TextFont(const QString& family) {
+  QFont font(family, kTextSize);
+  font.setLetterSpacing(QFont::AbsoluteSpacing, kBetweenLetters);
+  return font;
+}
 
 double Millimetres(const std::string& text) { return QString::fromStdString(text).toDouble(); }
 
@@ -89,7 +97,7 @@ class Pages {
   void MakeRoom() {
     const QPageLayout layout = printer_.pageLayout();  // whose margins are ours to keep, on a full page
     room_ = layout.fullRectPixels(printer_.resolution()).marginsRemoved(layout.marginsPixels(printer_.resolution()));
-    painter_.setFont(QFont(painter_.font().family(), kTextSize));
+    painter_.setFont(TextFont(painter_.font().family()));
     line_ = QFontMetrics(painter_.font(), &printer_).height();
     const int above = form_.heading.empty() ? 0 : 2 * line_;
     body_ = room_.adjusted(0, above, 0, -2 * line_);
@@ -99,9 +107,7 @@ class Pages {
   // The text comes last, for it is laid out anew after each of the others.
   void MakeDocument() {
     document_ = std::make_unique<ForeignPage>(QString(), pages_.pictures, nullptr);
-    QFont font;  // one without a family cannot be drawn into a preview
-    font.setPointSize(kTextSize);
-    document_->setDefaultFont(font);
+    document_->setDefaultFont(TextFont(QFont().family()));  // one without a family cannot be drawn into a preview
     document_->setDocumentMargin(0);
     document_->setDefaultStyleSheet(document_->defaultStyleSheet() + " pre { white-space: pre-wrap }");  // off no page
     document_->documentLayout()->setPaintDevice(&printer_);
