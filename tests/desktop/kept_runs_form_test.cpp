@@ -25,6 +25,11 @@ class KeptRunsFormTest : public QObject {
   }
   static QString Status(const QWidget& window) { return test::Text(window, "StatusLine"); }
 
+  // What the list of recipients says where it has none.
+  static QString Empty(const QWidget& window) {
+    return window.findChild<QWidget*>("PeopleGrid")->findChild<QLabel*>("EmptyState")->text();
+  }
+
   // A line of the list of runs, its columns parted by " | ".
   static QString LineOf(const QWidget& window, int row) {
     const auto* rows = window.findChild<QTableView*>("KeptRunsGrid")->model();
@@ -82,9 +87,11 @@ class KeptRunsFormTest : public QObject {
     whom->setCurrentText("Refused");
     reply->setText("5.7");
     QVERIFY(!IsOn(form, "SendToTheseButton") && !IsOn(form, "SaveListButton"));
-    QCOMPARE(Status(form).left(49), QString("0 recipients are in this state with this reply. 1"));
+    QCOMPARE(Empty(form), QString("Nobody is in this state with this reply."));
+    QVERIFY2(!Status(form).contains("0 recipients"), qPrintable(Status(form)));
     reply->setText("3");
     QVERIFY2(Status(form).contains("\"3\" begins no code of a reply"), qPrintable(Status(form)));
+    QCOMPARE(Empty(form), QString());
     QVERIFY(!IsOn(form, "SendToTheseButton"));
     reply->setText("5.1, 452");
     Press(form, "SendToTheseButton");

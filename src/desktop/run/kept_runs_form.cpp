@@ -85,7 +85,6 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   grid->Add("StateComboBox", tr("&Whom:"), states_);
   grid->Add("ReplyTextBox", tr("With re&ply:"), reply_);
   column->Add(people_, 2);
-  people_->SetEmptyText(tr("Nobody is in this state."));
   column->AddGrid()->Add("GroupTextBox", tr("&Group to make of them:"), group_);
   column->Add(status_);
   MakeButtons(column);
@@ -202,6 +201,9 @@ void KeptRunsForm::EnableButtons() {
   choice_ = choice ? *choice : run::RecipientChoice();
   const auto count = choice ? Count() : Result<std::int64_t>(choice.error());
   count_ = count ? *count : 0;
+  people_->SetEmptyText(mailing == nullptr || !count ? QString()
+                        : choice_.replies.empty()    ? tr("Nobody is in this state.")
+                                                     : tr("Nobody is in this state with this reply."));
   ListThem();
   const bool has_any = is_free && count_ > 0;
   send_->setEnabled(has_any && Kind() && !is_sent_now);
@@ -213,9 +215,9 @@ void KeptRunsForm::EnableButtons() {
   if (!count) return status_->Fail(count.error());
   QStringList sentences;
   if (is_sent_now) sentences << tr("This run goes on in another window or program.");
-  // Of those who are left it is told below how many there are, and why.
-  const bool is_told_below = choice_ == run::WhoIsLeft() && count_ > 0 && !is_sent_now;
-  if (!is_told_below) {
+  // Of those who are left it is told below how many there are, and why; that there is nobody stands in the list.
+  const bool is_told_below = choice_ == run::WhoIsLeft() && !is_sent_now;
+  if (count_ > 0 && !is_told_below) {
     sentences << (choice_.replies.empty()
                       ? Counted(count_, tr("1 recipient is in this state."), tr("%1 recipients are in this state."))
                       : Counted(count_, tr("1 recipient is in this state with this reply."),
