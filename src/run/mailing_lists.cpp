@@ -76,8 +76,8 @@ Result<GroupMade> MakeGroup(RunJournal& journal, const MailingEntry& mailing, co
   if (!complaint) return complaint.error();
   if (*complaint) {
     const auto& refused = **complaint;
-    return Error{Failure::kUsage, refused.message.empty() ? refused.reason : Sentence(refused.message),
-                 "Name another group."};
+    if (!refused.message.empty()) return Error{Failure::kUsage, Sentence(refused.message)};  // says all
+    return Error{Failure::kUsage, refused.reason, "Name another group."};
   }
   auto made = Fill(journal, mailing, choice, name, store);
   // Half a group would be taken for a whole one.
