@@ -296,6 +296,7 @@ class SendFormTest : public QObject {
     QVERIFY(report.contains("Personal Sending process has been completed."));
     QCOMPARE(report.count("Message sent successfully."), static_cast<int>(scene.Arrived()));
     QVERIFY(scene.Arrived() < 20000);
+    QVERIFY2(scene.Text("ResultCountLabel").endsWith(" of 20,000 results"), qPrintable(scene.Text("ResultCountLabel")));
     QVERIFY(scene.Text("StatusLine").contains("not tried"));
     QVERIFY2(scene.Text("StatusLine").contains("Runs… goes on with those who are left"),
              qPrintable(scene.Text("StatusLine")));

@@ -131,9 +131,8 @@ void ResultsView::Tell(const QString& what, NoteKind as) {
 }
 
 QString ResultsView::CountText() const {
-  const QString count = tr("%1 of %2 results")
-                            .arg(QLocale::c().toString(static_cast<qulonglong>(rows_.size())),
-                                 QLocale::c().toString(static_cast<qulonglong>(results_.size())));
+  const auto number = [](std::size_t count) { return ToQt(platform::WithThousands(static_cast<std::int64_t>(count))); };
+  const QString count = tr("%1 of %2 results").arg(number(rows_.size()), number(results_.size()));
   QString meaning;
   if (filter_.state) {
     meaning = tr(run::MeaningOf(*filter_.state));
