@@ -173,6 +173,9 @@ class SendFormTest : public QObject {
     QCOMPARE(table->index(0, 1).data().toString(), QString("no@example.org"));
     QVERIFY2(table->index(0, 3).data().toString().startsWith("550 "), qPrintable(table->index(0, 3).data().toString()));
     QCOMPARE(scene.Text("ResultCountLabel"), QString("1 of 3 results"));
+    QVERIFY2(scene.Text("StatusLine").endsWith("Runs… sends to some of these again, here or later from the history."),
+             qPrintable(scene.Text("StatusLine")));
+    QVERIFY(scene.form->findChild<QPushButton*>("RunsButton")->isVisible());
     scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(0);
     QCOMPARE(table->rowCount(), 3);
     scene.form->findChild<QLineEdit*>("ResultTextBox")->setText("C@EXAMPLE");

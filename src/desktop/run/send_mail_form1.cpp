@@ -320,10 +320,13 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
     return;
   }
   const bool all_got_it = summary->everybody_got_it();
-  const bool can_go_on = summary->run != 0 && summary->not_tried + summary->retries_left > 0;
-  if (can_go_on) OfferRuns(summary->run);
   QString told = SummaryText(*summary);
-  if (can_go_on) told += ' ' + tr("Runs… goes on with those who are left, here or later from the history.");
+  if (summary->run != 0 && summary->not_tried + summary->failed > 0) {
+    OfferRuns(summary->run);
+    const bool is_somebody_left = summary->not_tried + summary->retries_left > 0;
+    told += ' ' + (is_somebody_left ? tr("Runs… goes on with those who are left, here or later from the history.")
+                                    : tr("Runs… sends to some of these again, here or later from the history."));
+  }
   Say(told, all_got_it ? NoteKind::kInformation : NoteKind::kWarning);
   if (summary->reached_its_end() && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
   if (!all_got_it) {
