@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "run/run_rate.h"
 #include "run/run_words.h"
 
 namespace quillcast::run {
@@ -110,6 +109,7 @@ ProgressLook RunProgress::Now() {
 }
 
 Sentence RunProgress::Line() {
+  if (stage_ == Stage::kAsks) return {};
   if (stage_ != Stage::kGoes) return Rate();
   if (held_) return HeldLine();
   for (const auto& pause : {lost_, wait_}) {
@@ -128,14 +128,24 @@ Sentence RunProgress::HeldLine() const {
   return Say("Paused. {} of {} are done.", NumberValue(done_), NumberValue(total_));
 }
 
-// Of late, or where nothing was done then and at the end, of the whole run.
+// A limit lets so many out at once and then none until their time is over: that is theirs as well.
+RunRate RunProgress::RateOf(std::int64_t tries, Duration worked) const {
+  RunRate rate{tries, Whole(worked)};
+  if (limit_) rate.within = std::max(rate.within, tries * std::chrono::milliseconds(limit_->within) / limit_->messages);
+  return rate;
+}
+
+// Of late, which is no less than the time of the limit, or where nothing was done then and at the end, of the whole
+// run.
 Sentence RunProgress::Rate() {
-  const RunRate whole{tries_, Whole(worked_)};
+  const RunRate whole = RateOf(tries_, worked_);
   if (stage_ != Stage::kGoes) return DescribeRate(whole, {});
   samples_.push_back({worked_, tries_});
-  while (samples_.size() > 1 && samples_[1].worked <= worked_ - kOfLate) samples_.pop_front();
-  const RunRate late{tries_ - samples_.front().tries, Whole(worked_ - samples_.front().worked)};
-  const bool says_something = late.messages > 0 && late.within >= kOfLate / 2;
+  const Duration look_back = limit_ ? std::max<Duration>(kOfLate, limit_->within) : kOfLate;
+  while (samples_.size() > 1 && samples_[1].worked <= worked_ - look_back) samples_.pop_front();
+  const Duration of_late = worked_ - samples_.front().worked;
+  const RunRate late = RateOf(tries_ - samples_.front().tries, of_late);
+  const bool says_something = late.messages > 0 && of_late >= look_back / 2;
   // Each of those takes one more try at least.
   return DescribeRate(says_something ? late : whole,
                       TimeLeft{total_ - done_, again_ > 0 ? Certainty::kAtLeast : Certainty::kAbout});

@@ -7,6 +7,8 @@
 
 #include "platform/clock.h"
 #include "platform/sentence.h"
+#include "run/pace/pace_rules.h"
+#include "run/run_rate.h"
 #include "run/sending_run.h"
 
 namespace quillcast::run {
@@ -26,6 +28,8 @@ class RunProgress {
   explicit RunProgress(const platform::Clock& clock) : clock_(clock) {}
 
   void Begins(std::int64_t total);
+  // More than that goes out only for a moment: the burst with which a limit begins is told as no rate.
+  void KeepsTo(const MessageLimit& limit) { limit_ = limit; }
   // As it turned out.
   void TotalIs(std::int64_t total) { total_ = total; }
   void Finished(const RecipientResult& result);
@@ -62,9 +66,11 @@ class RunProgress {
   Sentence Line();
   Sentence HeldLine() const;
   Sentence Rate();
+  RunRate RateOf(std::int64_t tries, platform::Duration worked) const;
 
   const platform::Clock& clock_;
   Stage stage_ = Stage::kBefore;
+  std::optional<MessageLimit> limit_;
   std::int64_t total_ = 0;
   std::int64_t tried_ = 0;  // recipients
   std::int64_t done_ = 0;

@@ -8,7 +8,6 @@
 #include <QSpinBox>
 #include <QTableView>
 #include <atomic>
-#include <cmath>
 #include <memory>
 
 #include "desktop/form_rig.h"
@@ -496,27 +495,17 @@ class SendFormTest : public QObject {
     Scene scene(45);
     scene.OpenFrom("refused@example.org");
     auto* panel = scene.form->findChild<QWidget*>("PausePanel");
-    QElapsedTimer since;
-    since.start();
     scene.Press("SendButton");
     QTRY_VERIFY(panel->isVisible());
-    qint64 worked = since.elapsed();
-    const QString rate = scene.Text("RateLabel");
     QTest::qWait(700);  // longer than a rate needs to be told
-    QCOMPARE(scene.Text("RateLabel"), rate);
-    QVERIFY(!rate.contains("left"));
+    QCOMPARE(scene.Text("RateLabel"), QString());
     QVERIFY2(scene.Text("PauseLabel").contains("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
     QCOMPARE(scene.Report().count("There was an error sending your message."), 20);
     QCOMPARE(scene.Kept().count("There was an error sending your message."), 20);  // who is asked may read the file
-    since.start();
     scene.form->findChild<QPushButton*>("GoOnButton")->setFocus();
     QTest::keyClick(scene.form->findChild<QPushButton*>("GoOnButton"), Qt::Key_Return);
     QVERIFY(!panel->isVisible());
     QTRY_VERIFY(panel->isVisible());
-    worked += since.elapsed();
-    const QString told = scene.Text("RateLabel");  // of the time that it worked
-    QVERIFY2(told.isEmpty() || told.section(' ', 0, 0).toDouble() >= std::floor(40000.0 / static_cast<double>(worked)),
-             qPrintable(told));
     scene.Press("StopButton");
     QTRY_COMPARE(scene.Caption(), QString("Close"));
     QVERIFY(!panel->isVisible());

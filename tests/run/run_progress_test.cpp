@@ -120,6 +120,11 @@ TEST_F(Progress, CountsNoTimeInWhichARunDoesNotWork) {
     EXPECT_EQ(Line(), "10 messages a second") << c.what;
     progress_.emplace(clock_);
   }
+  progress_->Begins(20);
+  Tell(20, 100ms);
+  progress_->Asks();
+  EXPECT_EQ(Line(), "") << "nobody is sent to while a person is asked";
+  progress_.emplace(clock_);
   progress_->Begins(20);  // a pace is how fast it goes
   for (int n = 0; n < 20; ++n) {
     Waits(2s);
@@ -127,6 +132,29 @@ TEST_F(Progress, CountsNoTimeInWhichARunDoesNotWork) {
   }
   progress_->Ends();
   EXPECT_EQ(Line(), "0.5 messages a second");
+}
+
+TEST_F(Progress, TellsNoMoreThanALimitLetsOut) {
+  struct Case {
+    int messages;
+    std::chrono::seconds within;
+    const char* line;
+  };
+  for (const Case& c : {Case{20, 1s, "20 messages a second"}, {30, 60s, "0.5 messages a second"}}) {
+    progress_.emplace(clock_);
+    progress_->KeepsTo({c.messages, c.within});
+    progress_->Begins(1000);
+    for (int stretch = 0; stretch < 12; ++stretch) {
+      for (int n = 0; n < c.messages; ++n) {
+        Tell(1, 10ms);
+        const std::string line = Line();
+        EXPECT_TRUE(line.empty() || line.starts_with(c.line)) << line << " in stretch " << stretch;
+      }
+      Pass(c.within - c.messages * 10ms);
+    }
+    progress_->Ends();
+    EXPECT_EQ(Line(), c.line);
+  }
 }
 
 TEST_F(Progress, SaysHowItIsHeld) {

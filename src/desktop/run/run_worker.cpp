@@ -52,6 +52,7 @@ void RunWorker::Start(const document::MessageDocument& document, const run::Chos
     auto prepared = run::Prepare(document, group, run::PlaceOf(program_, cancel_));
     prepared.GoOnlyOver(way.route);
     prepared.Ask(way.pace);
+    KeepTo(prepared.Pace());
     return prepared.Run(range, *this);
   });
 }
@@ -65,6 +66,7 @@ void RunWorker::GoOnWith(const GoOnRequest& request, const Way& way) {
     if (left != request.recipients) return OthersWentOn(left);
     prepared->GoOnlyOver(way.route);
     prepared->Ask(way.pace);
+    KeepTo(prepared->Pace());
     const auto changed = prepared->WhatChangedSince();
     if (!changed) return changed.error();
     for (const auto& sentence : *changed) Note(sentence);
@@ -90,6 +92,13 @@ void RunWorker::Run(std::function<Result<run::RunSummary>()> run) {
       emit Ended(*summary);
     });
   });
+}
+
+// What cannot be read the run itself tells of.
+void RunWorker::KeepTo(const Result<run::RunPace>& pace) {
+  if (!pace || !pace->rules.rate) return;
+  const std::lock_guard lock(mutex_);
+  progress_.KeepsTo(*pace->rules.rate);
 }
 
 // Said at once: the run itself looks when it would come to somebody.

@@ -78,6 +78,7 @@ class RunWorker final : public QObject, private run::RunListener {
   };
 
   void KeepIfLeft();
+  void KeepTo(const Result<run::RunPace>& pace);
   void Run(std::function<Result<run::RunSummary>()> run);
   void Began(const std::filesystem::path& report) override;
   void ReportLine(std::string_view) override {}  // the window reads the report's file
