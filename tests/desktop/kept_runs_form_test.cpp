@@ -7,6 +7,7 @@
 #include "desktop/main_window.h"
 #include "desktop/run/history_manager_form.h"
 #include "desktop/run/send_mail_form1.h"
+#include "desktop/tab_walk.h"
 #include "desktop/widgets/row_list.h"
 #include "platform/file.h"
 #include "run/frozen/frozen_pace.h"
@@ -386,6 +387,32 @@ class KeptRunsFormTest : public QObject {
     QTRY_VERIFY2(scene.Notice().startsWith("The run “Hello” to Alpha was cut off."), qPrintable(scene.Notice()));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // the buttons of the notice before
     QVERIFY(chosen_by_notice().contains("to Alpha |"));
+  }
+
+  // It is there for who has only the keyboard, which goes back to the message with it.
+  void theNoticeIsReachedByTheKeyboardAndGivesItBack() {
+    Scene scene;
+    QVERIFY(test::LeaveCutOff(scene.rig.folders, "Alpha"));
+    scene.Open();
+    QTRY_VERIFY2(scene.Notice().startsWith("The run “Hello” to Alpha was cut off."), qPrintable(scene.Notice()));
+    scene.window->activateWindow();
+    auto* subject = scene.window->findChild<QWidget*>("SubjectTextBox");
+    subject->setFocus();
+    const QStringList back = test::Names(test::TabWalk(*scene.window, Qt::ShiftModifier));
+    const auto later = back.indexOf("LaterButton");
+    QVERIFY2(later > 0 && later < 10 && back.value(later + 1) == "GoOnWithRunButton", qPrintable(back.join(' ')));
+    subject->setFocus();
+    bool is_open = false;
+    test::WhileOpen("KeptRunsForm", [&](QDialog&) { is_open = true; });
+    QTest::keyClick(scene.window.get(), Qt::Key_N, Qt::AltModifier);
+    QTRY_VERIFY(is_open);
+    scene.window->activateWindow();
+    QTRY_VERIFY(scene.window->isActiveWindow());
+    subject->setFocus();
+    scene.window->findChild<QWidget*>("LaterButton")->setFocus();
+    Press(*scene.window, "LaterButton");
+    QTRY_VERIFY(!scene.Notice().startsWith("The run"));
+    QCOMPARE(scene.window->focusWidget(), subject);
   }
 
   void clearingTheHistoryKeepsWhatCanBeResumed() {

@@ -91,7 +91,7 @@ void Notices::ShowCutOff() {
   for (const auto& sentence : run::WhatIsLeft(*cut_off_)) sentences << InWords(sentence);
   // Each is about the run that it stands beside, whatever is looked for meanwhile.
   const run::RunId last = cut_off_->runs.back().id;
-  bar_->Show(sentences.join(' '), {{tr("Go on…"), "GoOnWithRunButton", [this, last] { emit RunsPressed(last); }},
+  bar_->Show(sentences.join(' '), {{tr("Go o&n…"), "GoOnWithRunButton", [this, last] { emit RunsPressed(last); }},
                                    {tr("Later"), "LaterButton", [this, last] {
                                       left_for_later_.insert(last);
                                       LookForCutOff();
