@@ -30,7 +30,8 @@ using smtp::State;
 using test::FakeRows;
 
 // What becomes of each recipient, a letter each: 's'ent, 'r'efused, 'd'eferred, 't'oo fast, 'c'onnection lost before
-// the sender, 'n'o connection, 'h'ung up at, 'u'nknown, or 'x' for an entry without an address, which no server is asked about.
+// the sender, 'n'o connection, 'h'ung up at, 'u'nknown, or 'x' for an entry without an address, which no server is
+// asked about.
 using Fates = std::string;
 
 inline std::vector<std::string> AddressesOf(const Fates& fates) {
