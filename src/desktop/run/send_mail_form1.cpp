@@ -323,7 +323,7 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
   QString told = SummaryText(*summary);
   if (summary->run != 0 && summary->not_tried + summary->failed > 0) {
     OfferRuns(summary->run);
-    const bool is_somebody_left = summary->not_tried + summary->retries_left > 0;
+    const bool is_somebody_left = summary->not_tried + summary->retries_left + summary->not_their_doing > 0;
     told += ' ' + (is_somebody_left ? tr("Runs… goes on with those who are left, here or later from the history.")
                                     : tr("Runs… sends to some of these again, here or later from the history."));
   }
@@ -338,7 +338,6 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
 void SendMailForm1::OfferRuns(run::RunId run) {
   auto* button = new QPushButton(tr("R&uns…"), this);
   button->setObjectName("RunsButton");
-  button->setAutoDefault(false);  // Enter closes
   connect(button, &QPushButton::clicked, this, [this, run] {
     runs_wanted_ = run;
     accept();
