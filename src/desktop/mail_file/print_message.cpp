@@ -8,6 +8,7 @@
 #include <QTextFrame>
 #include <algorithm>
 #include <memory>
+#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -183,9 +184,9 @@ class Pages {
     if (page + 1 < count_) return;
     const QFontMetrics metrics(painter_.font(), &printer_);
     line.setWidth(line.width() - metrics.horizontalAdvance(number + "  "));
-    for (auto words = printed_.left_out.rbegin(); words != printed_.left_out.rend(); ++words) {
+    for (const auto& words : printed_.left_out | std::views::reverse) {
       painter_.drawText(line, Qt::AlignLeft | Qt::AlignBottom,
-                        metrics.elidedText(InWords(*words), Qt::ElideRight, line.width()));
+                        metrics.elidedText(InWords(words), Qt::ElideRight, line.width()));
       line.translate(0, -line_);
     }
   }
