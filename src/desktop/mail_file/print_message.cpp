@@ -8,7 +8,6 @@
 #include <QTextFrame>
 #include <algorithm>
 #include <memory>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -184,9 +183,9 @@ class Pages {
     if (page + 1 < count_) return;
     const QFontMetrics metrics(painter_.font(), &printer_);
     line.setWidth(line.width() - metrics.horizontalAdvance(number + "  "));
-    for (const auto& words : printed_.left_out | std::views::reverse) {
+    for (std::size_t n = printed_.left_out.size(); n-- > 0;) {
       painter_.drawText(line, Qt::AlignLeft | Qt::AlignBottom,
-                        metrics.elidedText(InWords(words), Qt::ElideRight, line.width()));
+                        metrics.elidedText(InWords(printed_.left_out[n]), Qt::ElideRight, line.width()));
       line.translate(0, -line_);
     }
   }
