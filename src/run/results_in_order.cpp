@@ -1,18 +1,21 @@
 #include "run/results_in_order.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace quillcast::run {
 
 bool StaysInDoubt(const RecipientInOrder& recipient, const smtp::Outcome& outcome) {
-  if (recipient.before.state != ResultState::kUnknown || !outcome.is_decided()) return false;
-  return outcome.state == smtp::State::kFailed || smtp::IsOfWay(outcome) || smtp::IsOfSender(outcome) ||
-         smtp::IsOfSignIn(outcome);
+  return recipient.before.state == ResultState::kUnknown && outcome.is_decided() && outcome.state != smtp::State::kSent;
 }
 
 smtp::Outcome AsInDoubt(smtp::Outcome outcome) {
+  constexpr const char* kBefore = "It was not taken this time; what went out before may have been.";
   outcome.state = smtp::State::kUnknown;
-  smtp::AddSentence(outcome.reason, "Nothing went out this time; what went out before may have been taken.");
+  if (outcome.reply.code != 0) outcome.reason = fmt::format("The server answered {}.", outcome.reply.code);
+  outcome.reply = {};
+  smtp::AddSentence(outcome.reason, kBefore);
   return outcome;
 }
 

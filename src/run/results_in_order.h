@@ -26,8 +26,8 @@ struct RecipientInOrder {
   std::string log;  // lines of the connection, each with "\n"
 };
 
-// Whether a message of before may have come to this recipient, and what came of this one tells nothing of that: no
-// server has decided anything of them. They stay unknown, and are sent nothing more unless whoever sends asks for it.
+// Whether a message of before may have come to this recipient, and what came of this one tells nothing of that, as it
+// was not taken. They stay unknown, and are sent nothing more unless whoever sends asks for it.
 bool StaysInDoubt(const RecipientInOrder& recipient, const smtp::Outcome& outcome);
 smtp::Outcome AsInDoubt(smtp::Outcome outcome);
 
