@@ -408,6 +408,8 @@ class ComposeFormsTest : public QObject {
     site->setText("hills.example");
     QTRY_VERIFY2(!test::Text(form, "NotesLabel").contains("web site"), "mended, and told still");
     QVERIFY(site->width() >= 200);
+    // What was typed last is shown, so that nothing replaces the page from here on.
+    QTRY_VERIFY(preview->PlainText().contains("hills.example") && !preview->PlainText().contains("https://"));
     // Nothing of it can be typed into, and Escape is the window's.
     preview->Evaluate("document.body.innerHTML='<p contenteditable>a</p>';document.querySelector('p').focus()");
     preview->setFocus();

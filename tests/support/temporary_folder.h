@@ -11,8 +11,9 @@ namespace quillcast::test {
 
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "quillcast-test-XXXXXX").string();
+  TemporaryFolder() : TemporaryFolder(std::filesystem::temp_directory_path()) {}
+  explicit TemporaryFolder(const std::filesystem::path& parent) {
+    std::string name = (parent / "quillcast-test-XXXXXX").string();
     path_ = ::mkdtemp(name.data());
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
