@@ -219,9 +219,9 @@ OpenElements::Ended OpenElements::End(std::string_view name) {
       const bool stays_in = has_block && IsIn(Bits(kFormatting, kLink), kind);
       if (stays_in) open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(i));
       if (!stays_in) Cut(i);
-      return {i, !stays_in};
+      return {.place = i, .with_inner = !stays_in};
     }
-    if (IsIn(stops, open_[i].kind)) return {};
+    if (IsIn(stops, open_[i].kind)) return {.is_of_wall = open_[i].kind == kWall};
     has_block = has_block || IsIn(kBlocks, open_[i].kind);
   }
   return {};

@@ -59,6 +59,7 @@ class OpenElements {
   struct Ended {
     std::optional<std::size_t> place = {};  // none where there is no such element to end
     bool with_inner = false;                // ended as well
+    bool is_of_wall = false;                // it stands behind one, and may have been meant for what is outside
   };
   Ended End(std::string_view name);
 

@@ -1,5 +1,7 @@
 #include "html/shown_tokens.h"
 
+#include <algorithm>
+
 #include "html/hiding_style.h"
 
 namespace quillcast::html {
@@ -8,9 +10,9 @@ namespace quillcast::html {
 // the attribute "hidden".
 bool ShownTokens::IsHidden(const HtmlToken& token) const {
   if (names_ != nullptr && !names_(token.name)) return false;
-  if (token.name == "template" || token.name == "noscript") return true;
-  if (token.attributes.empty()) return false;
-  const bool is_marked = page_.Find(token, "hidden") != nullptr;
+  if (token.name == "template" || token.name == "noscript" || token.name == "datalist") return true;
+  const bool is_closed = token.name == "dialog" && page_.Find(token, "open") == nullptr;
+  const bool is_marked = is_closed || page_.Find(token, "hidden") != nullptr;
   if (page_.Find(token, "style") == nullptr) return is_marked;
   const SaidDisplay said = SaidDisplayOf(page_.Value(token, "style"));
   return said.hides || (is_marked && !said.is_shown.value_or(false));
@@ -20,7 +22,7 @@ bool ShownTokens::Next(HtmlToken& token) {
   while (page_.Next(token)) {
     const bool is_shown = token.kind == HtmlTokenKind::kStartTag ? Start(token)
                           : token.kind == HtmlTokenKind::kEndTag ? End(token)
-                                                                 : !hidden_;
+                                                                 : hidden_.empty();
     if (is_shown) return true;
   }
   return false;
@@ -28,28 +30,31 @@ bool ShownTokens::Next(HtmlToken& token) {
 
 bool ShownTokens::Start(const HtmlToken& token) {
   open_.EndBefore(token);
-  LookWhetherItEnded();
-  const bool begins_here = !hidden_ && IsHidden(token);
-  if (!open_.MayHold(page_, token)) return !hidden_ && !begins_here;
-  if (!hidden_) open_.ForgetOuter();
-  if (begins_here) hidden_ = open_.size();
+  ForgetEnded();
+  const bool hides = IsHidden(token);
+  if (!open_.MayHold(page_, token)) return hidden_.empty() && !hides;
+  if (hidden_.empty()) open_.ForgetOuter();
+  if (hides) hidden_.push_back(open_.size());
   open_.Open(token.name);
-  return !hidden_;
+  return hidden_.empty();
 }
 
-// That of the element itself goes with it.
+// That of the element itself goes with it. What began in that and goes on may hide by itself. Nor is one shown that
+// ends nothing as a wall is around it: whoever leaves out the wall would take it for what is outside.
 bool ShownTokens::End(const HtmlToken& token) {
   const OpenElements::Ended ended = open_.End(token.name);
-  const bool was_hidden = hidden_.has_value();
-  const bool is_its_own = was_hidden && ended.place == hidden_;
-  if (was_hidden && ended.place && !ended.with_inner && *ended.place < *hidden_) --*hidden_;
-  LookWhetherItEnded();
-  if (is_its_own) hidden_.reset();
-  return !hidden_ && !is_its_own;
+  const bool is_its_own = !hidden_.empty() && ended.place == hidden_.front();
+  if (ended.place && !ended.with_inner) {
+    auto inner = std::ranges::lower_bound(hidden_, *ended.place);
+    if (inner != hidden_.end() && *inner == *ended.place) inner = hidden_.erase(inner);
+    std::for_each(inner, hidden_.end(), [](std::size_t& place) { --place; });
+  }
+  ForgetEnded();
+  return hidden_.empty() && !is_its_own && !ended.is_of_wall;
 }
 
-void ShownTokens::LookWhetherItEnded() {
-  if (hidden_ && open_.size() <= *hidden_) hidden_.reset();
+void ShownTokens::ForgetEnded() {
+  while (!hidden_.empty() && open_.size() <= hidden_.back()) hidden_.pop_back();
 }
 
 }  // namespace quillcast::html

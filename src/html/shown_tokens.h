@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string_view>
+#include <vector>
 
 #include "html/html_tokenizer.h"
 #include "html/open_elements.h"
@@ -24,12 +24,12 @@ class ShownTokens {
   bool IsHidden(const HtmlToken& token) const;
   bool Start(const HtmlToken& token);
   bool End(const HtmlToken& token);
-  void LookWhetherItEnded();
+  void ForgetEnded();
 
   HtmlTokenizer& page_;
   Names names_;
   OpenElements open_;
-  std::optional<std::size_t> hidden_;  // the place of the element that is passed over
+  std::vector<std::size_t> hidden_;  // the places of the open elements that hide, each further in than the one before
 };
 
 }  // namespace quillcast::html

@@ -141,6 +141,10 @@ constexpr Page kPages[] = {
      "hidden>x</div>l<h1 hidden>x</h2><table><template><tr><td>x</template><tr><td>m</table><div "
      "hidden>x<td>x<button>x<noscript>x<html></div>n<ul><li hidden><button>x<li>x</button>x</ul>o",
      "- a\n- b\n\nc\nd\ne\n\nfg\nhij\n\nk\nl\nm\nn\n\no\n"},
+    {"hidden in what is hidden",
+     "<font hidden>x<div hidden>x</font>x</div>a<strong hidden><pre hidden>x</strong>x</pre>b<dialog>x</dialog>"
+     "<dialog open>c</dialog><datalist><option>x</datalist>",
+     "abc\n"},
     {"hidden by their letters",
      "<div style='font-size:0;color:#fff'>x</div><span style='FONT-SIZE: 1PX !important'>x<i "
      "style='font-size:.9em'>x</i>"

@@ -30,6 +30,7 @@ TEST(SafePage, KeepsWhatIsReadAndDropsWhatActs) {
                "<p class=\"a\" style=\"color:red\">Grüße &amp; <b>mehr</b>"},
            Row{"<p hidden>x<template shadowrootmode=open>y</template>", "<p hidden=\"\">x"},
            Row{"<svg><template></svg>a<form hidden>x</form><o:p style='display:none'>x</o:p>b<map>c</map>", "abc"},
+           Row{"<div hidden>x<object></div>x</object></div>a", "<div hidden=\"\">xx</div>a"},
            Row{"<p hidden>x<form>a</form><details open>b", "<p hidden=\"\">x</p>a<details open=\"\">b"},
            Row{"a<script>alert(1)</script>b<SCRIPT src=//x></SCRIPT>c", "abc"},
            Row{"<script>a</script", ""},
