@@ -203,10 +203,6 @@ TEST(BodyFolder, KeepsOnePageOutOfTheNext) {
     const char* shown;
   };
   for (const Case& c : std::initializer_list<Case>{
-           {"1", "1"},
-           {"<p>1", "<p>1</p>"},
-           {"<p>1<div>2</div><br>3", "<p>1<div>2</div><br>3"},
-           {"<html><body dir=rtl><b>1<i>2</b>", "<article dir=\"rtl\"><b>1<i>2</b></i></article>"},
            {"<div style='display: none'><table><tr><td></div>1",
             "<div style=\"display: none\"><table><tr><td></div>1</td></tr></table></div>"},
            {"<body background='data:image/png;base64,iVBORw0KGgo=' text=white>1",
@@ -220,7 +216,6 @@ TEST(BodyFolder, KeepsOnePageOutOfTheNext) {
            {"1<!-- 2", "1"},
            {"1<!doctype", "1"},
            {"<b>1</", "<b>1&lt;/</b>"},
-           {"1<!-- 2 -->", "1"},
            {"1<a title=\"2", "1"},
            {"1<plaintext>2<b>", "1<pre>2&lt;b&gt;</pre>"},
        }) {
@@ -241,15 +236,6 @@ TEST(BodyFolder, KeepsAttachedMessagesApart) {
       scene.Write(Related("<img src=cid:a@x>", {"Content-Type: message/rfc822\r\n\r\n" +
                                                 Base64Part("Content-Type: image/png\r\nContent-ID: <a@x>")}));
   EXPECT_TRUE(written.pictures.empty());
-}
-
-TEST(BodyFolder, ShowsATextAndReplacesNothing) {
-  Scene scene;
-  scene.place.Write("index.html", "mine");
-  const auto written = scene.Write("Subject: x\r\n\r\n1 < 2\r\n");
-  EXPECT_EQ(written.page, "index (2).html");
-  EXPECT_NE(scene.Page(written).find("1 &lt; 2\r\n"), std::string::npos);
-  EXPECT_EQ(test::ReadAll(scene.place / "index.html"), "mine");
 }
 
 TEST(BodyFolder, IsGivenUp) {

@@ -68,6 +68,8 @@ TEST(BodyOrder, ShowsEachTextOnceAndInPlace) {
             "one", "one"},
            {"a page of a drawing in its address",
             Alternative({Text("one"), Page("<img src='data:image/svg+xml,<svg/>'>")}), "one", "one"},
+           {"a page of a picture in its address",
+            Alternative({Text("one"), Page("<img src='data:image/gif;base64,R0lGODlh'>")}), "one", "*"},
            {"a page of wide blanks", Alternative({Text("one"), Page("<p>&emsp;&#12288;&#12644;&#8234;</p>")}), "one",
             "one"},
            {"a page that hides its picture and link",

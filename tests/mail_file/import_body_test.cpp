@@ -70,24 +70,6 @@ TEST(ImportBody, LaysAPageAndItsPicturesIntoAFolderOfItsOwn) {
   EXPECT_TRUE(scene.IsTidy());
 }
 
-TEST(ImportBody, TakesTheTextBesideAPageThatShowsNothing) {
-  for (const auto& [page, has_text] : {std::pair("", true),
-                                       {"<html><head><style>p { color: red }</style></head>\r\n"
-                                        "<body><p>&nbsp;</p> <br></body></html>\r\n",
-                                        true},
-                                       {"<p>x", false},
-                                       {"<p><IMG src=cid:a>", true},
-                                       {"<p><IMG src='data:image/gif;base64,R0lGODlh'>", false}}) {
-    Scene scene;
-    const auto body =
-        scene.Import(std::string("Content-Type: multipart/alternative; boundary=b\r\n\r\n--b\r\n\r\nHello\r\n"
-                                 "--b\r\nContent-Type: text/html\r\n\r\n") +
-                     page + "\r\n--b--\r\n");
-    ASSERT_TRUE(body) << InOneLine(body.error());
-    EXPECT_EQ(body->html.find("Hello") != std::string::npos, has_text) << body->html;
-  }
-}
-
 // Within an alternative one is chosen; what stands beside it is the body too, in order.
 TEST(ImportBody, TakesEachTextAndPageThatIsNoChoiceOfAnother) {
   struct Row {
@@ -98,23 +80,11 @@ TEST(ImportBody, TakesEachTextAndPageThatIsNoChoiceOfAnother) {
   };
   const std::string text = "\r\n--b\r\n\r\n";
   const std::string page = "\r\n--b\r\nContent-Type: text/html\r\n\r\n";
-  const std::string choice =
-      "\r\n--b\r\nContent-Type: multipart/alternative; boundary=i\r\n\r\n--i\r\n\r\nplain\r\n--i\r\nContent-Type: "
-      "text/html\r\n\r\n<p>rich</p>\r\n--i--\r\n";
-  const std::string picture = "\r\n--b\r\nContent-Type: image/gif; name=a.gif\r\n\r\nGIF89a";
   for (const auto& [name, parts, html, body] : {
            Row{"a warning before a page", text + "1 < 2\r\n<b>" + page + "<p>rich</p>",
                "<article>1 &lt; 2<br>\n&lt;b&gt;</article>\r\n<p>rich</p>", "1 < 2\r\n<b>\r\nrich\r\n"},
-           Row{"a footer behind a choice", choice + text + "footer", "<p>rich</p>\r\n<article>footer</article>",
-               "plain\r\nfooter"},
-           Row{"a page behind a choice", choice + page + "<i>footer</i>", "<p>rich</p>\r\n<i>footer</i>",
-               "plain\r\nfooter\r\n"},
-           Row{"a page, a picture, a text", page + "<p>rich</p>" + picture + text + "phone",
-               "<p>rich</p><p><img src=\"a.gif\"></p>\r\n<article>phone</article>", "rich\r\nphone"},
            Row{"a blank between", page + "<p>a</p>" + text + "\r\n" + page + "<p>b</p>", "<p>a</p>\r\n<p>b</p>",
                "a\r\n\r\nb\r\n"},
-           Row{"a text to be saved", page + "<p>a</p>" + "\r\n--b\r\nContent-Disposition: attachment\r\n\r\nsaved",
-               "<p>a</p>", "a\r\n"},
        }) {
     Scene scene;
     const std::string message = "Content-Type: multipart/mixed; boundary=b\r\n" + parts + "\r\n--b--\r\n";

@@ -35,13 +35,6 @@ TEST(ShownBody, HasThePicturesOfTheMessageAndNoOthers) {
   EXPECT_FALSE(shown.is_cut);
 }
 
-TEST(ShownBody, IsTheTextBesideAPageThatShowsNothing) {
-  const std::string text = "Content-Type: multipart/alternative; boundary=b\r\n\r\n--b\r\n\r\nHello\r\n--b\r\n";
-  EXPECT_NE(Show(text + "Content-Type: text/html\r\n\r\n<p> &nbsp;\r\n</p>\r\n--b--\r\n").html.find("Hello"),
-            std::string::npos);
-  EXPECT_EQ(Show(text + "Content-Type: text/html\r\n\r\n<p>x</p>\r\n--b--\r\n").html, "<p>x</p>");
-}
-
 TEST(ShownBody, SaysWhenTheBodyGoesOn) {
   const std::string line = "caf\u00e9 and some words\r\n";
   std::string text;
