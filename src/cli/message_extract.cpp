@@ -68,12 +68,12 @@ void ShowObject(const Context& context, const std::string& name, const mail_file
 }
 
 int ExtractOne(Context& context, const std::string& name, const mail_file::Loading& loading,
-               const ExtractionRequest& request) {
+               const ExtractionRequest& request, mail_file::ChosenFolders& folders) {
   const auto see = [&](std::uint64_t done, std::uint64_t total) {
     context.output.Progress(fmt::format("{}: {} of {}", platform::Printable(name, 100), platform::HumanSize(done),
                                         platform::HumanSize(total)));
   };
-  const auto outcome = mail_file::Extract(*loading.message, request, context.Folders().OwnFiles(), context.cancel, see);
+  const auto outcome = mail_file::Extract(*loading.message, request, folders, context.cancel, see);
   context.output.EndProgress();
   ShowOutcome(context, name, request, outcome);
   ShowObject(context, name, loading, outcome);
@@ -89,8 +89,10 @@ int Extract(Context& context, ExtractOptions options) {
   if (!options.utf8) request.code_page = platform::LocaleCodeset();
   if (const auto complaint = mail_file::CheckExtraction(request)) return context.output.Complain(complaint->message);
   if (const auto checked = CheckFiles(context, options); !checked) return context.output.Fail(checked.error());
-  return WithMessages(context, options.files,
-                      [&](const LoadedFile& file) { return ExtractOne(context, file.name, file.loading, request); });
+  mail_file::ChosenFolders folders(context.Folders().OwnFiles());
+  return WithMessages(context, options.files, [&](const LoadedFile& file) {
+    return ExtractOne(context, file.name, file.loading, request, folders);
+  });
 }
 
 }  // namespace

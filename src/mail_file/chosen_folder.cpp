@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "mail_file/safe_part_name.h"
@@ -34,13 +35,22 @@ Result<ChosenFolder> ChosenFolder::OpenOrMake(const std::filesystem::path& path,
   return Open(path, own);
 }
 
+Result<ChosenFolder*> ChosenFolders::OpenOrMake(const std::filesystem::path& path) {
+  if (const auto known = open_.find(path); known != open_.end()) return &known->second;
+  auto folder = ChosenFolder::OpenOrMake(path, own_);
+  if (!folder) return folder.error();
+  return &open_.emplace(path, *std::move(folder)).first->second;
+}
+
 // O_EXCL takes a link for what exists. A name without a separator stays in the folder, whoever moves that meanwhile.
 Result<platform::UniqueFd> ChosenFolder::CreateAs(const std::string& name) const {
   if (name.empty() || name == "." || name == ".." ||
       name.find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
     return Error{Failure::kCannotCreate, Say("\"{}\" is no name for a file.", platform::Printable(name))};
   }
-  if (const auto other = platform::CheckIsNotOwn(path_ / name, own_); !other) return other.error();
+  if (std::ranges::find(own_names_, name) != own_names_.end()) {
+    if (const auto other = platform::CheckIsNotOwn(path_ / name, own_); !other) return other.error();
+  }
   platform::UniqueFd fd(::openat(fd_.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (fd || errno == EEXIST) return fd;
   return platform::SystemError("create", path_ / name, errno);

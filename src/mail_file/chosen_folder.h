@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/file.h"
 #include "platform/file_attributes.h"
@@ -36,8 +38,8 @@ class ChosenFolder {
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  ChosenFolder(std::filesystem::path path, platform::UniqueFd fd, platform::OwnFiles own)
-      : path_(std::move(path)), fd_(std::move(fd)), own_(std::move(own)) {}
+  ChosenFolder(std::filesystem::path path, platform::UniqueFd fd, const platform::OwnFiles& own)
+      : path_(std::move(path)), fd_(std::move(fd)), own_(own), own_names_(platform::OwnNamesIn(path_, own)) {}
   Result<platform::UniqueFd> CreateAs(const std::string& name) const;
   Result<platform::UniqueFd> Create(const std::string& name, std::string& taken);
   Result<void> Fill(const platform::UniqueFd& fd, const std::string& taken,
@@ -46,8 +48,24 @@ class ChosenFolder {
   std::filesystem::path path_;
   platform::UniqueFd fd_;
   platform::OwnFiles own_;
+  std::vector<std::string> own_names_;
   std::unordered_map<std::string, std::size_t>
       last_number_;  // of each name that was taken, so that none is tried twice
+};
+
+// Those that one piece of work opens again and again: what is known of the names in each is kept, so that a thousand
+// messages with parts of one name are no slower each than one.
+class ChosenFolders {
+ public:
+  explicit ChosenFolders(platform::OwnFiles own) : own_(std::move(own)) {}
+
+  // As ChosenFolder::OpenOrMake at the first time; the same one from then on.
+  Result<ChosenFolder*> OpenOrMake(const std::filesystem::path& path);
+  const platform::OwnFiles& own() const { return own_; }
+
+ private:
+  platform::OwnFiles own_;
+  std::map<std::filesystem::path, ChosenFolder> open_;
 };
 
 // Why nothing is written there.

@@ -6,7 +6,6 @@
 
 #include "charset/code_page.h"
 #include "mail_file/body_folder.h"
-#include "mail_file/chosen_folder.h"
 #include "mail_file/load_settings.h"
 #include "mail_file/safe_part_name.h"
 #include "platform/text.h"
@@ -30,9 +29,9 @@ constexpr std::array kSameFileRules = {
 
 class Extraction {
  public:
-  Extraction(const MailMessage& message, const ExtractionRequest& request, const platform::OwnFiles& own,
+  Extraction(const MailMessage& message, const ExtractionRequest& request, ChosenFolders& folders,
              const platform::CancelToken& cancel, const SeeExtraction& see)
-      : message_(message), request_(request), own_(own), cancel_(cancel), see_(see) {}
+      : message_(message), request_(request), folders_(folders), cancel_(cancel), see_(see) {}
 
   ExtractionOutcome Run() {
     if (!request_.parts_folder.empty()) WriteParts();
@@ -62,7 +61,7 @@ class Extraction {
   }
 
   void WriteParts() {
-    auto folder = ChosenFolder::OpenOrMake(request_.parts_folder, own_);
+    const auto folder = folders_.OpenOrMake(request_.parts_folder);
     if (!folder) return Fail(folder.error());
     std::uint64_t total = 0;
     for (const Part& part : message_.parts()) {
@@ -75,7 +74,7 @@ class Extraction {
       const Part& part = message_.parts()[place];
       if (!IsWanted(part)) continue;
       if (see_) see_(done, total);
-      WriteOne(*folder, part, place);
+      WriteOne(**folder, part, place);
       done += part.source.bytes.size();
     }
     if (see_) see_(done, total);
@@ -109,9 +108,9 @@ class Extraction {
   void WriteSecondFolder() {
     if (IsCancelled()) return;
     if (const auto none = WhyNoBody(message_)) return Fail(*none);
-    auto folder = ChosenFolder::OpenOrMake(request_.second_folder, own_);
+    const auto folder = folders_.OpenOrMake(request_.second_folder);
     if (!folder) return Fail(folder.error());
-    auto written = WriteBodyFolder(message_, *folder, {.cancel = &cancel_});
+    auto written = WriteBodyFolder(message_, **folder, {.cancel = &cancel_});
     if (IsCancelled()) return;
     if (!written) return Fail(written.error());
     outcome_.page = std::move(written->page);
@@ -132,14 +131,14 @@ class Extraction {
     if (platform::IsLocked(file)) {
       return Fail({Failure::kNotPermitted, platform::LeftLocked(file), "Unlock it, or name another file."});
     }
-    const auto replaced = platform::ReplaceChosenFile(file, own_, write);
+    const auto replaced = platform::ReplaceChosenFile(file, folders_.own(), write);
     if (!replaced) return Fail(replaced.error());
     outcome_.files.push_back(file);
   }
 
   const MailMessage& message_;
   const ExtractionRequest& request_;
-  const platform::OwnFiles& own_;
+  ChosenFolders& folders_;
   const platform::CancelToken& cancel_;
   const SeeExtraction& see_;
   ExtractionOutcome outcome_;
@@ -159,9 +158,9 @@ std::optional<Complaint<ExtractionControl>> CheckExtraction(const ExtractionRequ
   return {};
 }
 
-ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& request, const platform::OwnFiles& own,
+ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& request, ChosenFolders& folders,
                           const platform::CancelToken& cancel, const SeeExtraction& see) {
-  return Extraction(message, request, own, cancel, see).Run();
+  return Extraction(message, request, folders, cancel, see).Run();
 }
 
 std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const ExtractionOutcome& outcome) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "mail_file/body_formats.h"
+#include "mail_file/chosen_folder.h"
 #include "mail_file/mail_message.h"
 #include "platform/complaint.h"
 #include "platform/file_attributes.h"
@@ -61,8 +62,9 @@ using SeeExtraction = std::function<void(std::uint64_t done, std::uint64_t total
 // written under names of their own and replace nothing, in folders that are
 // made where they are missing; the three files are
 // replaced, but not while they are locked. New files have mode 0600. No file
-// for the way a message came where it tells none.
-ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& request, const platform::OwnFiles& own,
+// for the way a message came where it tells none. Whoever takes many messages
+// apart uses the same `folders` for all.
+ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& request, ChosenFolders& folders,
                           const platform::CancelToken& cancel, const SeeExtraction& see = {});
 
 // For a status line: what was written, as far as it does not show by itself.

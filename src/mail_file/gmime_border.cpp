@@ -8,6 +8,7 @@
 
 #include "charset/charset.h"
 #include "mail_file/limits.h"
+#include "mime/read_header.h"
 #include "mime/uuencode.h"
 #include "platform/result.h"
 #include "platform/text.h"
@@ -46,9 +47,9 @@ GMimeParserOptions* Options() {
   return options;
 }
 
-// Ended by a zero, which cannot stand in it.
+// Ended by a zero, which cannot stand in it. Of encoded words in a row GMime decodes no more than to the first padding.
 std::string ForGMime(std::string_view text, std::size_t longest) {
-  std::string out(text.substr(0, longest));
+  std::string out = mime::JoinBase64Words(text.substr(0, longest));
   std::ranges::replace(out, '\0', ' ');
   return out;
 }

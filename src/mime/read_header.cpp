@@ -35,19 +35,32 @@ std::optional<std::string> DecodeText(char encoding, std::string_view text) {
   return DecodeQuotedPrintable(platform::ReplaceAll(text, "_", "=20"));
 }
 
-// The word that `text`, beginning with "=?", begins with.
-std::optional<Word> WordIn(std::string_view text) {
+// The parts of an encoded word, as they stand there.
+struct Shape {
+  std::string_view charset;  // with its language
+  char encoding;             // in lower case
+  std::string_view text;
+  std::size_t size;  // of all of it
+};
+
+// Of that which `text`, beginning with "=?", begins with.
+std::optional<Shape> ShapeOf(std::string_view text) {
   text = text.substr(0, kLongestWord);
   const std::size_t charset_end = text.find('?', 2);
   if (charset_end == std::string_view::npos || text.size() < charset_end + 5 || text[charset_end + 2] != '?') return {};
   const std::size_t end = text.find("?=", charset_end + 3);
   if (end == std::string_view::npos) return {};
-  const std::string_view name = text.substr(2, charset_end - 2);
-  const auto charset = charset::FindCharset(name.substr(0, name.find('*')));  // RFC 2231 5: the language
-  const auto bytes =
-      DecodeText(platform::AsciiLower(text[charset_end + 1]), text.substr(charset_end + 3, end - charset_end - 3));
+  return Shape{text.substr(2, charset_end - 2), platform::AsciiLower(text[charset_end + 1]),
+               text.substr(charset_end + 3, end - charset_end - 3), end + 2};
+}
+
+std::optional<Word> WordIn(std::string_view text) {
+  const auto shape = ShapeOf(text);
+  if (!shape) return {};
+  const auto charset = charset::FindCharset(shape->charset.substr(0, shape->charset.find('*')));  // RFC 2231 5
+  const auto bytes = DecodeText(shape->encoding, shape->text);
   if (!charset || !bytes) return {};
-  return Word{charset->Decode(*bytes), end + 2};
+  return Word{charset->Decode(*bytes), shape->size};
 }
 
 }  // namespace
@@ -65,6 +78,34 @@ std::string DecodeEncodedWords(std::string_view text) {
     after_word = word.has_value();
     text.remove_prefix(word ? start + word->size : plain);
   }
+  return out;
+}
+
+std::string JoinBase64Words(std::string_view text) {
+  std::string out;
+  std::string_view charset;  // of those that are being joined
+  std::string bytes;
+  const auto end = [&] {
+    if (!charset.empty()) out.append("=?").append(charset).append("?b?").append(platform::Base64(bytes)) += "?=";
+    charset = {};
+    bytes.clear();
+  };
+  while (!text.empty()) {
+    const std::size_t start = std::min(text.find("=?"), text.size());
+    const auto shape = start < text.size() ? ShapeOf(text.substr(start)) : std::nullopt;
+    const auto decoded = shape && shape->encoding == 'b' ? platform::DecodeBase64(shape->text) : std::nullopt;
+    const bool only_blanks = text.substr(0, start).find_first_not_of(kBlanks) == std::string_view::npos;
+    if (!decoded || !only_blanks || !platform::EqualsIgnoringAsciiCase(shape->charset, charset)) {
+      end();
+      out += text.substr(0, start);
+    }
+    const std::size_t size = decoded ? shape->size : std::min<std::size_t>(2, text.size() - start);
+    if (!decoded) out += text.substr(start, size);
+    if (decoded && charset.empty()) charset = shape->charset;
+    if (decoded) bytes += *decoded;
+    text.remove_prefix(start + size);
+  }
+  end();
   return out;
 }
 

@@ -14,4 +14,8 @@ std::string ReadHeader(std::string_view message, std::string_view name);
 // unknown character set or longer than 255 octets stays as it is.
 std::string DecodeEncodedWords(std::string_view text);
 
+// The same text with each row of encoded words in base64 of one set, apart by nothing but blanks, as one word: for a
+// reader that joins their digits before it decodes them, and so ends at the padding of the first (RFC 2047 2).
+std::string JoinBase64Words(std::string_view text);
+
 }  // namespace quillcast::mime

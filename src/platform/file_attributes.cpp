@@ -79,6 +79,19 @@ Result<void> CheckIsNotOwn(const fs::path& path, const OwnFiles& own) {
                "Name another file."};
 }
 
+std::vector<std::string> OwnNamesIn(const fs::path& folder, const OwnFiles& own) {
+  std::vector<std::string> names;
+  const fs::path one = OnePath(folder);
+  if (IsAmong(one, own.free)) return names;
+  for (const fs::path& kept : own.kept) {
+    for (const char* companion : kCompanions) {
+      const fs::path file = OnePath(kept.string() + companion);
+      if (!kept.empty() && file.parent_path() == one) names.push_back(file.filename().string());
+    }
+  }
+  return names;
+}
+
 Result<bool> MayWriteTo(const fs::path& file, const OwnFiles& own, Prompts& prompts) {
   if (auto other = CheckIsNotOwn(file, own); !other) return other.error();
   return AskToUnlock(file, prompts);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,6 +28,9 @@ struct OwnFiles {
 
 // kNotPermitted where a path leads to one of these, by whichever spelling or link.
 Result<void> CheckIsNotOwn(const std::filesystem::path& path, const OwnFiles& own);
+
+// The names that it refuses in a folder, which it does not refuse itself, where nothing has them yet.
+std::vector<std::string> OwnNamesIn(const std::filesystem::path& folder, const OwnFiles& own);
 
 // To be asked before a file of the person's choice is written: where it is locked, the person is, and it is unlocked
 // when the answer is Yes. False when the file is to be left alone. The new content comes by a rename, which no

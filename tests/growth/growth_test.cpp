@@ -35,6 +35,7 @@
 #include "html/safe_page.h"
 #include "html/simple_page.h"
 #include "mail_file/body_page.h"
+#include "mail_file/extraction.h"
 #include "mail_file/mail_message.h"
 #include "message/escape_in_styles.h"
 #include "message/related_pictures.h"
@@ -359,6 +360,23 @@ TEST(Growth, OfPicturesThatAreCopied) {
       "CopyPictures", copy, [&](std::size_t size) { return Repeated(kReference, size); }, kPages);
   ExpectSteadyGrowth("CopyPictures of one", copy,
                      [](std::size_t size) { return Repeated("<img src=large.gif>", size); });
+}
+
+// As many messages, each with a part of the same name.
+void ExtractIntoOneFolder(const std::string& messages) {
+  const test::TemporaryFolder target(InMemory());
+  mail_file::ChosenFolders folders({});
+  const auto loading =
+      mail_file::Load(target.Write("letter", "Content-Disposition: attachment; filename=a\r\n\r\nx"), {});
+  for (std::size_t n = 0; n < messages.size(); ++n) {
+    const auto outcome = mail_file::Extract(*loading->message, {.parts_folder = target.path() / "parts"}, folders, {});
+    EXPECT_EQ(outcome.parts.size(), 1U);
+  }
+}
+
+TEST(Growth, OfFilesOfOneName) {
+  ExpectSteadyGrowth(
+      "Extract", ExtractIntoOneFolder, [](std::size_t size) { return std::string(size, ' '); }, 200);
 }
 
 std::size_t FindAll(const std::string& text) {

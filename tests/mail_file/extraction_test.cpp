@@ -48,7 +48,8 @@ struct Scene {
   }
   ExtractionOutcome Extract() {
     const auto loading = Load(request.file, {});
-    return mail_file::Extract(*loading->message, request, own, cancel);
+    ChosenFolders folders(own);
+    return mail_file::Extract(*loading->message, request, folders, cancel);
   }
   std::string Read(const char* name) const { return test::ReadAll(place / name); }
 };

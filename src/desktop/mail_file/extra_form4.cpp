@@ -209,7 +209,8 @@ ExtraForm4::End ExtraForm4::Run(const mail_file::ExtractionRequest& request, mai
   end.warning = mail_file::LoadWarning(*loading);
   end.troubles = mail_file::WhatWasWrong(loading->faults);
   if (!loading->message) return end;
-  end.outcome = mail_file::Extract(*loading->message, request, own, cancel, [&seen](auto done, auto total) {
+  mail_file::ChosenFolders folders(own);
+  end.outcome = mail_file::Extract(*loading->message, request, folders, cancel, [&seen](auto done, auto total) {
     seen.total = total;
     seen.done = done;
   });
