@@ -197,7 +197,7 @@ class KeptRunsFormTest : public QObject {
              QString("ask: \"Hello\" to Readers can be resumed. 1 recipient was not tried; nothing was sent there. 1 "
                      "recipient is unknown: the message was out and no answer came, so it may have arrived. It is not "
                      "sent again unless you ask for it. Are you sure you want to forget it?"));
-    QCOMPARE(test::RowsOf(form, "KeptRunsGrid").size(), 0);
+    QTRY_COMPARE(test::RowsOf(form, "KeptRunsGrid").size(), 0);
     QVERIFY(!IsOn(form, "SendToTheseButton") && !IsOn(form, "ForgetButton"));
   }
 

@@ -254,7 +254,7 @@ void KeptRunsForm::Work(std::function<Result<Sentence>(run::RunJournal&, const p
     const auto journal = run::OpenJournal(folders, clock, cancel);
     auto done = journal ? work(**journal, cancel) : Result<Sentence>(journal.error());
     return [this, done = std::move(done)] {
-      EnableButtons();
+      Fill();
       done ? Tell(InWords(*done)) : status_->Fail(done.error());
     };
   });
@@ -336,12 +336,12 @@ void KeptRunsForm::Forget() {
   if (runs_->Mailing() == nullptr) return;
   const run::MailingEntry mailing = *runs_->Mailing();
   if (program_.prompts.Ask(FromQt(InWords(run::ForgetQuestion(mailing)))) != platform::Answer::kYes) return;
-  const platform::CancelToken none;
-  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-  const auto gone = journal ? (*journal)->Forget(mailing.id) : Result<void>(journal.error());
-  Fill();
-  if (!gone) return status_->Fail(gone.error());
-  Tell(InWords(run::WhatIsForgotten(mailing, mailing.runs.front().id, program_.folders.History())));
+  Work([mailing, history = program_.folders.History()](run::RunJournal& journal,
+                                                       const platform::CancelToken&) -> Result<Sentence> {
+    const auto gone = journal.Forget(mailing.id);
+    if (!gone) return gone.error();
+    return run::WhatIsForgotten(mailing, mailing.runs.front().id, history);
+  });
 }
 
 }  // namespace quillcast::desktop
