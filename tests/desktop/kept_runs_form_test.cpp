@@ -436,6 +436,7 @@ class KeptRunsFormTest : public QObject {
     history.show();
     rig.prompts.answers = {platform::Answer::kYes};
     Press(history, "ClearHistoryButton");
+    QTRY_VERIFY(!history.isVisible());
     QVERIFY2(history.cleared().contains("The run \"Hello\" to Readers was kept, for it can be resumed."),
              qPrintable(history.cleared()));
     QVERIFY2(

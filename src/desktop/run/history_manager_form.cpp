@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <algorithm>
 
+#include "desktop/widgets/background_task.h"
 #include "desktop/widgets/filter_box.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/qt_text.h"
@@ -12,6 +13,21 @@
 #include "run/kept_runs.h"
 
 namespace quillcast::desktop {
+namespace {
+
+QStringList WhatIsForgotten(const profile::Folders& folders, const platform::Clock& clock,
+                            const platform::CancelToken& cancel) {
+  const auto journal = run::OpenJournal(folders, clock, cancel);
+  const auto forgotten = journal ? run::ForgetFinished(**journal) : Result<run::Forgotten>(journal.error());
+  if (!forgotten) return {InWords(forgotten.error())};
+  QStringList sentences;
+  if (const auto went = run::WhatWentOf(*forgotten)) sentences << InWords(*went);
+  for (const auto& sentence : run::WhatStayed(*forgotten)) sentences << InWords(sentence);
+  return sentences;
+}
+
+}  // namespace
+
 HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget* parent)
     : QDialog(parent),
       program_(program),
@@ -20,7 +36,8 @@ HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget*
       grid_(new RowList(
           "HistoryGrid", tr("Runs"), {{}}, [this](std::size_t row, int) { return TextOf(row); }, this,
           RowColourSet::kGiven)),
-      status_(new StatusLine(this)) {
+      status_(new StatusLine(this)),
+      task_(new BackgroundTask(this)) {
   setObjectName("HistoryManagerForm");
   setWindowTitle(tr("History Manager"));
   resize(720, 440);
@@ -111,19 +128,6 @@ void HistoryManagerForm::Open(Opener opener) {
   if (!opened) status_->Fail(opened.error());
 }
 
-// With the reports goes what the journal keeps of those runs.
-QStringList HistoryManagerForm::ForgetFinished() {
-  if (!std::filesystem::exists(program_.folders.RunJournal(), IgnoreErrors())) return {};
-  const platform::CancelToken none;
-  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-  const auto forgotten = journal ? run::ForgetFinished(**journal) : Result<run::Forgotten>(journal.error());
-  if (!forgotten) return {InWords(forgotten.error())};
-  QStringList sentences;
-  if (const auto went = run::WhatWentOf(*forgotten)) sentences << InWords(*went);
-  for (const auto& sentence : run::WhatStayed(*forgotten)) sentences << InWords(sentence);
-  return sentences;
-}
-
 void HistoryManagerForm::Clear() {
   const auto cleared = run::ClearHistory(program_.folders.History(), program_.prompts);
   if (cleared.clearing != run::Clearing::kCleared) return;
@@ -132,9 +136,23 @@ void HistoryManagerForm::Clear() {
   for (const auto& sentence : run::WhatStayed(cleared)) sentences << InWords(sentence);
   const auto done = run::WhatFailed(cleared, program_.folders.History());
   if (!done) sentences << InWords(done.error());
-  sentences << ForgetFinished();
   cleared_ = sentences.join(' ');
-  accept();
+  ForgetFinished();
 }
+
+// With the reports goes what the journal keeps of those runs, which takes as long as those were large.
+void HistoryManagerForm::ForgetFinished() {
+  if (!std::filesystem::exists(program_.folders.RunJournal(), IgnoreErrors())) return accept();
+  for (auto* child : findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) child->setEnabled(child == status_);
+  status_->Say(tr("Working…"));
+  task_->Start([this, &folders = program_.folders, &clock = program_.clock](const platform::CancelToken& cancel) {
+    return [this, forgotten = WhatIsForgotten(folders, clock, cancel)] {
+      cleared_ = QStringList({cleared_, forgotten.join(' ')}).join(' ').trimmed();
+      accept();
+    };
+  });
+}
+
+void HistoryManagerForm::reject() { task_->is_running() ? task_->Cancel() : QDialog::reject(); }
 
 }  // namespace quillcast::desktop

@@ -14,6 +14,7 @@ class QPushButton;
 
 namespace quillcast::desktop {
 
+class BackgroundTask;
 class FormColumn;
 class RowList;
 class StatusLine;
@@ -27,6 +28,8 @@ class HistoryManagerForm final : public QDialog {
   std::function<void(const std::function<void()>& sent)> show_runs;
   // What clearing came to, for the status line of whoever opened this; empty where nothing was cleared.
   QString cleared() const { return cleared_; }
+  // What is under way is given up first, and told as such.
+  void reject() override;
 
  private:
   void MakeButtons(FormColumn* column);
@@ -42,7 +45,7 @@ class HistoryManagerForm final : public QDialog {
                                   platform::Prompts&);
   void Open(Opener opener);
   void Clear();
-  QStringList ForgetFinished();
+  void ForgetFinished();
 
   const profile::Program& program_;
   std::vector<run::HistoryRow> rows_;
@@ -52,6 +55,7 @@ class HistoryManagerForm final : public QDialog {
   QComboBox* order_;
   RowList* grid_;
   StatusLine* status_;
+  BackgroundTask* task_;
   QPushButton* open_log_ = nullptr;
   QPushButton* open_message_ = nullptr;
 };
