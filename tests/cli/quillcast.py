@@ -4,11 +4,14 @@ import os
 import resource
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
+from collections import Counter
 from pathlib import Path
 
 PROGRAM = os.environ.get("QUILLCAST", "build/release/bin/quillcast")
@@ -46,6 +49,103 @@ class Mailbox:
         self.process.send_signal(signal.SIGTERM)
         self.process.wait(20)
         self.process.stdout.close()
+
+
+class Server:
+    """Serves all its connections at once. RCPT it answers by `answer(address, how often it was asked)`, where None takes
+    it, and each line after `delay` seconds. Keeps who was asked, and when, and who was taken."""
+
+    def __init__(self, answer=lambda address, times: None, port=0, delay=0, most=None,
+                 refuses="421 4.7.0 too many connections", listens_for=None, offers=(), holds=None):
+        self.answer, self.delay, self.most, self.refuses, self.offers = answer, delay, most, refuses, offers
+        self.holds = holds                # the recipient whose message is not answered until `release`
+        self.release = threading.Event()
+        self.listens_for = listens_for    # so many connections; those behind them are refused by the system
+        self.lock = threading.Lock()
+        self.asked, self.taken, self.times = Counter(), Counter(), []
+        self.connections = []             # messages over each that was served
+        self.turned_away = self.at_once = self.most_at_once = 0
+        self.listener = socket.create_server(("127.0.0.1", port), backlog=64)
+        self.port = self.listener.getsockname()[1]
+        threading.Thread(target=self.accept, daemon=True).start()
+
+    def accept(self):
+        try:
+            while self.listens_for is None or len(self.connections) < self.listens_for:
+                peer, _ = self.listener.accept()
+                peer.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+                threading.Thread(target=self.serve, args=(peer, self.enter()), daemon=True).start()
+        except OSError:
+            return
+        self.listener.close()
+
+    def enter(self):
+        """The number of the connection, or None where it is one too many."""
+        with self.lock:
+            if self.most is not None and self.at_once >= self.most:
+                self.turned_away += 1
+                return None
+            self.at_once += 1
+            self.most_at_once = max(self.most_at_once, self.at_once)
+            self.connections.append(0)
+            return len(self.connections) - 1
+
+    def serve(self, peer, number):
+        try:
+            with peer, peer.makefile("rb") as lines:
+                if number is None:
+                    peer.sendall(self.refuses.encode() + b"\r\n")
+                    return
+                try:
+                    has_quit = self.talk(peer, lines, number)
+                finally:
+                    with self.lock:
+                        self.at_once -= 1
+                if has_quit:
+                    peer.sendall(b"221 bye\r\n")  # whoever hears it may come again at once
+        except OSError:
+            pass
+
+    def talk(self, peer, lines, number):
+        """Whether it ended with QUIT."""
+        def say(text):
+            time.sleep(self.delay)
+            peer.sendall(text.encode() + b"\r\n")
+        say("220 busy ESMTP")
+        recipient = None
+        while line := lines.readline():
+            verb = line[:4].upper()
+            if verb == b"EHLO":
+                say("\r\n".join(f"250-{offer}" for offer in ("busy", *self.offers)) + "\r\n250 8BITMIME")
+            elif verb == b"RCPT":
+                address = line.split(b"<")[1].split(b">")[0].decode()
+                self.asked[address] += 1
+                self.times.append((address, time.monotonic()))
+                refusal = self.answer(address, self.asked[address])
+                recipient = None if refusal else address
+                say(refusal or "250 2.1.5 ok")
+                if refusal and refusal.startswith("421"):
+                    return False
+            elif verb in (b"DATA", b"BDAT") and not recipient:
+                say("503 5.5.1 no recipient")
+            elif verb in (b"DATA", b"BDAT"):
+                if verb == b"DATA":
+                    say("354 go on")
+                    while lines.readline() not in (b".\r\n", b""):
+                        pass
+                else:
+                    lines.read(int(line.split()[1]))
+                if recipient == self.holds:
+                    self.release.wait(60)
+                with self.lock:
+                    self.taken[recipient] += 1
+                    self.connections[number] += 1
+                say("250 2.0.0 taken")
+            elif verb == b"QUIT":
+                return True
+            else:
+                say("250 2.1.0 ok")
+        return False
 
 
 class Case(unittest.TestCase):

@@ -2,98 +2,13 @@
 import json
 import re
 import signal
-import socket
-import threading
 import time
 import unittest
 from collections import Counter
 
-from quillcast import Case
+from quillcast import Case, Server
 
 RECIPIENTS = 60
-
-
-class Server:
-    """Serves all its connections at once, and answers each line after `delay` seconds."""
-
-    def __init__(self, delay=0.003, most=None, refuses="421 4.7.0 too many connections", listens_for=None, chunking=False,
-                 holds=None):
-        self.delay, self.most, self.refuses, self.chunking = delay, most, refuses, chunking
-        self.holds = holds                # the recipient whose message is not answered until `release`
-        self.release = threading.Event()
-        self.listens_for = listens_for    # so many connections; those behind them are refused by the system
-        self.lock = threading.Lock()
-        self.taken = Counter()            # messages by recipient
-        self.connections = []             # messages over each that was served
-        self.turned_away = self.at_once = self.most_at_once = 0
-        self.listener = socket.create_server(("127.0.0.1", 0), backlog=64)
-        self.port = self.listener.getsockname()[1]
-        threading.Thread(target=self.accept, daemon=True).start()
-
-    def accept(self):
-        try:
-            while self.listens_for is None or len(self.connections) < self.listens_for:
-                peer, _ = self.listener.accept()
-                peer.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-                threading.Thread(target=self.serve, args=(peer, self.enter()), daemon=True).start()
-        except OSError:
-            return
-        self.listener.close()
-
-    def enter(self):
-        """The number of the connection, or None where it is one too many."""
-        with self.lock:
-            if self.most is not None and self.at_once >= self.most:
-                self.turned_away += 1
-                return None
-            self.at_once += 1
-            self.most_at_once = max(self.most_at_once, self.at_once)
-            self.connections.append(0)
-            return len(self.connections) - 1
-
-    def serve(self, peer, number):
-        try:
-            with peer, peer.makefile("rb") as lines:
-                if number is None:
-                    peer.sendall(self.refuses.encode() + b"\r\n")
-                    return
-                try:
-                    self.talk(peer, lines, number)
-                finally:
-                    with self.lock:
-                        self.at_once -= 1
-                peer.sendall(b"221 bye\r\n")  # whoever hears it may come again at once
-        except OSError:
-            pass
-
-    def talk(self, peer, lines, number):
-        def say(text):
-            time.sleep(self.delay)
-            peer.sendall(text)
-        say(b"220 several ESMTP\r\n")
-        while line := lines.readline():
-            verb = line[:4].upper()
-            if verb == b"EHLO":
-                say(b"250-several\r\n" + (b"250-PIPELINING\r\n250-CHUNKING\r\n" if self.chunking else b"") + b"250 8BITMIME\r\n")
-            elif verb in (b"DATA", b"BDAT"):
-                if verb == b"DATA":
-                    say(b"354 go on\r\n")
-                    while lines.readline() not in (b".\r\n", b""):
-                        pass
-                else:
-                    lines.read(int(line.split()[1]))
-                if recipient == self.holds:
-                    self.release.wait(60)
-                with self.lock:
-                    self.taken[recipient] += 1
-                    self.connections[number] += 1
-                say(b"250 2.0.0 taken\r\n")
-            elif verb == b"QUIT":
-                return
-            else:
-                if verb == b"RCPT":
-                    recipient = line.split(b"<")[1].split(b">")[0].decode()
-                say(b"250 2.1.0 ok\r\n")
 
 
 class Connections(Case):
@@ -103,7 +18,7 @@ class Connections(Case):
         self.addresses = [f"r{n}@list.example" for n in range(1, RECIPIENTS + 1)]
 
     def server(self, *settings, **options):
-        server = Server(**options)
+        server = Server(**{"delay": 0.003} | options)
         self.addCleanup(server.listener.close)
         self.addCleanup(server.release.set)
         self.account(server.port, "Timeout=1", *settings)
@@ -126,7 +41,7 @@ class Connections(Case):
             ((), (), {}, 1, 1),
             ((), ("--connections", "1"), {}, 1, 1),
             ((), ("--connections", "4"), {}, 3, 4),
-            ((), ("--connections", "4"), {"chunking": True}, 2, 4),
+            ((), ("--connections", "4"), {"offers": ("PIPELINING", "CHUNKING")}, 2, 4),
             (("Connections=3",), (), {}, 2, 3),
             (("Connections=3",), ("--connections", "none"), {}, 1, 1),
             (("Connections=none",), ("--connections", "50"), {}, 4, 50),

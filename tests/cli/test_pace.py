@@ -107,11 +107,6 @@ class Pace(Case):
         self.group("All", ["1@a.example"])
         for options, why in [
             (("--rate", "30/week"), '"30/week" is no rate.'),
-            (("--domain-rate", "x"), '"x" is no rate.'),
-            (("--quota-hour", "many"), '"many" is no number of messages.'),
-            (("--hours", "9-9"), '"9-9" are no hours of the day.'),
-            (("--pause-after", "5"), '"5" is no pause.'),
-            (("--per-connection", "0"), '"0" is no number of messages.'),
             (("--at", "noon"), 'There is no time "noon".'),
             (("--rate", "1/s", "--dry-run"),
              "A pace, --at, --per-connection, --connections, --retries, --slow-down and --network-wait go with sending to a group."),
@@ -122,13 +117,8 @@ class Pace(Case):
                 code, _, err = self.run_program(*self.mailing("All", *options))
                 self.assertEqual(code, 64)
                 self.assertIn(why, err)
-        for setting, why in [("Rate=fast", '"fast" is no rate.'), ("QuotaDay=-1", '"-1" is no number'),
-                             ("Hours=8", '"8" are no hours')]:
-            with self.subTest(setting):
-                code, _, err = self.run_program("account", "set", setting)
-                self.assertEqual(code, 64)
-                self.assertIn(why, err)
-                self.assertIn("Nothing was saved.", err)
+        code, _, err = self.run_program("account", "set", "QuotaDay=-1")
+        self.assertEqual((code, '"-1" is no number' in err, "Nothing was saved." in err), (64, True, True), err)
         self.assertEqual(box.index(), [])
 
     def test_connections_end_after_so_many_messages(self):

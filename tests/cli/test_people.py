@@ -253,23 +253,6 @@ class People(Case):
                 self.assertIn(word, err)
         self.assertEqual(self.rows(), before)
 
-    def test_a_full_disk(self):
-        before = self.rows()
-        for size in range(0, 60_000, 4096):
-            code, _, err = self.run_program("--yes", "group", "merge", "A", "--into", "B", fsize=size)
-            if code == 0:
-                break
-            self.assertEqual(code, 74, err)
-            self.assertEqual(self.rows(), before, size)
-        self.assertEqual((code, self.ok("group", "list")), (0, "B\n"))
-
-    def test_damaged(self):
-        store = self.profile / "data" / "Group.mdb"
-        store.write_bytes(store.read_bytes()[:5000])
-        for command in (["group", "duplicates"], ["find", "x"], ["--yes", "group", "merge", "A", "--into", "B"],
-                        ["group", "undo"]):
-            self.assertEqual(self.run_program(*command)[0], 65, command)
-
     def test_help(self):
         """Each command has an example that the program itself understands."""
         for group, names in {"group": "list new rename delete count sort merge capitalise duplicates undo",

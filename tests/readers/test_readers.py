@@ -3,13 +3,11 @@ import collections
 import os
 import re
 import sys
-import tempfile
 import time
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from email.utils import getaddresses
 from pathlib import Path
-from unittest import mock
 
 import charsets
 import expected
@@ -250,15 +248,6 @@ class Readers(Case):
               f"read in {time.monotonic() - composed:.1f} s")
         faults += "\n".join(str(reading.findings) for reading, _ in readings.values())
         self.assertEqual(faults.strip(), "")
-
-    def test_a_registry_out_of_reach_costs_one_reader_and_some_seconds(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        nobody = {"npm_config_registry": "http://127.0.0.1:9/", "npm_config_cache": f"{folder.name}/cache"}
-        with mock.patch.dict(os.environ, nobody), mock.patch.object(readers, "MAILPARSER_FOLDER", Path(folder.name, "at")):
-            told = []
-            self.assertEqual(list(readers.readers(lambda what, why: told.append(f"{what}: {why}"))), ["python", "gmime"])
-        self.assertEqual(told, ["the reader mailparser: the npm registry cannot be reached"])
 
     def composed(self, rows):
         """By two at a time, each with a profile of its own and its share of the character sets."""
