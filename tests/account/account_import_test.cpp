@@ -281,20 +281,14 @@ TEST(AccountImport, WritesWhatIsGivenAndWhatWasTicked) {
   FoundAccount same_user = whole;
   same_user.user_name = "before";
   const std::string given = "Name=Ada Email=ada@example.org Server=mail.example.org ";
-  for (const Case& c : {
-           Case{"nothing ticked", {}, whole, "Port=25"},
-           Case{"port", {.port = true}, whole, "Port=587"},
-           Case{"security", {.security = true}, whole, "Port=25 Security=STARTTLS"},
-           Case{"user", {.user_name = true}, whole, "Port=25 Auth=1 Username=ada Password="},
-           Case{"another server's", {.user_name = true}, same_user, "Port=25 Auth=1 Username=before Password="},
-           Case{"the same user", {.user_name = true}, same_user, "Port=25 Auth=1 Username=before", "Mail.Example.org"},
-           Case{"another there",
-                {.user_name = true},
-                whole,
-                "Port=25 Auth=1 Username=ada Password=",
-                "mail.example.org"},
-           Case{"what it lacks", {true, true, true}, bare, "Port=25"},
-       }) {
+  for (const Case& c :
+       {Case{"nothing ticked", {}, whole, "Port=25"}, Case{"port", {.port = true}, whole, "Port=587"},
+        Case{"security", {.security = true}, whole, "Port=25 Security=STARTTLS"},
+        Case{"user", {.user_name = true}, whole, "Port=25 Auth=1 Username=ada Password="},
+        Case{"another server's", {.user_name = true}, same_user, "Port=25 Auth=1 Username=before Password="},
+        Case{"the same user", {.user_name = true}, same_user, "Port=25 Auth=1 Username=before", "Mail.Example.org"},
+        Case{"another there", {.user_name = true}, whole, "Port=25 Auth=1 Username=ada Password=", "mail.example.org"},
+        Case{"what it lacks", {true, true, true}, bare, "Port=25"}}) {
     SCOPED_TRACE(c.name);
     const test::TemporaryFolder folder;
     profile::SettingsStore store(folder / "settings.db");

@@ -201,19 +201,11 @@ TEST(Account, ReadsWhatTheDialogWouldNotHaveStored) {
     bool own_prefix;
   };
   for (const auto& [key, value, wrap, own_prefix] : std::initializer_list<Case>{
-           {kWrap, "60", 60, false},
-           {kWrap, "129", 76, false},
-           {kAutoWrap, "0", 0, false},
-           {kAutoWrap, "yes", 0, false},
-           {kEncoding, "Base 64", 0, false},
-           {kEncoding, "Quoted Printable", 0, false},
-           {kBoundary, "1", 76, true},
-           {kBoundary, " 01 ", 76, true},
-           {kBoundary, "2", 76, false},
-           {kBoundary, "-1", 76, false},
-           {kBoundary, "yes", 76, false},
-           {kBoundary, "", 76, false},
-       }) {
+           Case{kWrap, "60", 60, false}, Case{kWrap, "129", 76, false}, Case{kAutoWrap, "0", 0, false},
+           Case{kAutoWrap, "yes", 0, false}, Case{kEncoding, "Base 64", 0, false},
+           Case{kEncoding, "Quoted Printable", 0, false}, Case{kBoundary, "1", 76, true},
+           Case{kBoundary, " 01 ", 76, true}, Case{kBoundary, "2", 76, false}, Case{kBoundary, "-1", 76, false},
+           Case{kBoundary, "yes", 76, false}, Case{kBoundary, "", 76, false}}) {
     AccountSettings account = Good();
     account.Set(kEncoding, "None");
     account.Set(kAutoWrap, "1");

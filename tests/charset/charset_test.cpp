@@ -21,10 +21,7 @@ TEST(Charset, IsFoundByAnyOfItsNames) {
 
 TEST(Charset, WritesWhatItHoldsAndCountsWhatItDoesNot) {
   struct Case {
-    const char* charset;
-    const char* text;
-    const char* with_marks;
-    const char* with_references;
+    const char *charset, *text, *with_marks, *with_references;
     std::size_t lost;
   };
   const Case cases[] = {
@@ -95,8 +92,7 @@ TEST(Charset, EveryByteThatHasAMeaningComesBack) {
 // A line of charset_samples.tsv: made with another implementation of the sets, but for x-user-defined.
 struct Sample {
   Charset charset = Charset::Utf8();
-  std::string text;
-  std::string bytes;
+  std::string text, bytes;
   std::string refused;  // characters that the set lacks, or that readers would see as something else
   std::string decoded;  // the text with letters and marks taken apart as the set has them
 };
@@ -113,9 +109,8 @@ std::vector<Sample> Samples() {
       continue;
     }
     Sample& sample = samples.emplace_back(Sample{*charset, std::string(fields[1]), {}, std::string(fields[3]), {}});
-    for (std::size_t i = 0; i < fields[2].size(); i += 2) {
+    for (std::size_t i = 0; i < fields[2].size(); i += 2)
       sample.bytes += static_cast<char>(std::stoi(std::string(fields[2].substr(i, 2)), nullptr, 16));
-    }
     sample.decoded = fields.size() > 4 ? fields[4] : fields[1];
   }
   return samples;
@@ -139,9 +134,8 @@ TEST(Charset, WritesAndReadsEverySet) {
     EXPECT_TRUE(sample.charset.Encode(sample.text, out, nullptr, Unmapped::kFail)) << name;
     EXPECT_EQ(out, sample.bytes) << name;
     EXPECT_EQ(sample.charset.Decode(sample.bytes), sample.decoded) << name;
-    for (const std::string& character : CharactersOfText(sample.refused)) {
+    for (const std::string& character : CharactersOfText(sample.refused))
       EXPECT_FALSE(sample.charset.Encode(character, out, nullptr, Unmapped::kFail)) << name << character;
-    }
   }
 }
 

@@ -17,9 +17,7 @@ std::string MessageOf(const std::optional<DomainComplaint>& complaint) { return 
 
 TEST(DomainNameRules, SayWhatIsWrongFirst) {
   struct Case {
-    const char* name;
-    const char* without_extension;
-    const char* whole;
+    const char *name, *without_extension, *whole;
   };
   for (const Case& c :
        {Case{"", kEmpty, kEmpty}, Case{"a", kShort, kShort}, Case{"-", kShort, kShort}, Case{".", kShort, kShort},
@@ -50,9 +48,8 @@ TEST(DomainNameRules, TakeTheKeysOfAName) {
 TEST(DomainNameRules, ChooseTheRegistrysServer) {
   EXPECT_EQ(WhoisServerFor(".com"), WhoisServerFor(".net"));
   EXPECT_EQ(WhoisServerFor(".biz"), (net::HostPort{"whois.nic.biz", 43}));
-  for (const char* unknown : {".COM", ".de", "com", ""}) {
+  for (const char* unknown : {".COM", ".de", "com", ""})
     EXPECT_EQ(WhoisServerFor(unknown), (net::HostPort{"whois.iana.org", 43})) << unknown;
-  }
   EXPECT_EQ(WhoisServerForName("mail.Example.BIZ"), (net::HostPort{"whois.nic.biz", 43}));
   EXPECT_EQ(WhoisServerForName("biz"), (net::HostPort{"whois.iana.org", 43}));
 }

@@ -47,8 +47,7 @@ TEST_F(NameLookUps, ConvertNamesAndAddresses) {
        PtrRecord("7.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.8.b.d.0.1.0.0.2.ip6.arpa", "both.example")});
   const std::vector servers = {server.endpoint()};
   struct Case {
-    const char* asked;
-    const char* shown;
+    const char *asked, *shown;
   };
   for (const Case& c : {Case{"both.example", "192.0.2.7\r\n192.0.2.8\r\n2001:db8::7\r\n3 addresses of both.example."},
                         Case{"[::1]", "::1\r\nThis is an address already."},
@@ -86,8 +85,7 @@ TEST_F(NameLookUps, FindTheHostsOfADomainsMail) {
   struct Case {
     const char* domain;
     std::int64_t count;
-    const char* box;
-    const char* status;
+    const char *box, *status;
   };
   for (const Case& c :
        {Case{"three.example", 3, "z.example\r\na.example\r\nb.example\r\n",

@@ -30,11 +30,7 @@ struct Desk {
 
 TEST(ReportOutput, WritesTheTextInTheCodePageWithOneLineEndMore) {
   struct Case {
-    const char* name;
-    const char* text;
-    const char* code_page;
-    const char* written;
-    const char* said;
+    const char *name, *text, *code_page, *written, *said;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"lines of LF", "one\ntwo", "UTF-8", "one\r\ntwo\r\n", "The report is in "},
@@ -64,8 +60,7 @@ TEST(ReportOutput, IsShownInLinesThatABoxCanLayOut) {
     return text;
   };
   struct Case {
-    std::string text;
-    std::string shown;
+    std::string text, shown;
   };
   for (const Case& c : {Case{"", ""}, Case{"a\tb\r\n\r\nc\rd\n", "a\tb\n\nc\nd\n"},
                         Case{std::string("\t\0\x1B[2J\xE2\x80\xAE\xFF", 10), "\t??[2J??"},

@@ -70,8 +70,7 @@ TEST_F(WhoisTest, CutsAnAnswerThatDoesNotEnd) {
 
 TEST_F(WhoisTest, TellsWhyThereIsNoAnswer) {
   struct Case {
-    const char* what;
-    const char* name;
+    const char *what, *name;
     Failure failure;
     std::function<void(Peer&, int)> serve;
   };
@@ -109,10 +108,7 @@ TEST_F(WhoisTest, EndsAtACancelEvenWhileBytesCome) {
 
 TEST(WhoisAnswerReading, TakesAnyCharacterSet) {
   struct Case {
-    const char* bytes;
-    const char* chosen;
-    const char* charset;
-    const char* text;
+    const char *bytes, *chosen, *charset, *text;
   };
   for (const Case& c :
        {Case{"J\xC3\xBCrgen", "", "utf-8", "J\u00FCrgen"}, Case{"J\xFCrgen", "", "Windows-1252", "J\u00FCrgen"},

@@ -47,21 +47,15 @@ TEST_F(HelpPages, StandAsTheWelcomePageNamesThem) {
 TEST_F(HelpPages, AreFoundByNameAndByTheirWords) {
   struct Case {
     const char* words;
-    std::vector<std::string> named;
-    std::vector<std::string> holding;
+    std::vector<std::string> named, holding;
   };
-  for (const Case& c : {
-           Case{"zebra crossing", {"Stripes"}, {}},
-           Case{"Zebra Crossing.htm", {"Stripes"}, {}},
-           Case{"APES & MEN", {"Apes & men"}, {"Apes & men"}},
-           Case{"a", {"Apes & men", "Stripes", "Aside.htm"}, {"Apes & men", "Aside.htm", "Welcome", "Stripes"}},
-           Case{"apes", {"Apes & men"}, {"Apes & men", "Welcome", "Stripes"}},
-           Case{"Cross  apes", {}, {"Stripes"}},
-           Case{"bananas", {}, {"Apes & men"}},
-           Case{"title", {}, {"Aside.htm"}},
-           Case{"", {}, {}},
-           Case{"../help/Apes.htm", {}, {}},
-       }) {
+  for (const Case& c :
+       {Case{"zebra crossing", {"Stripes"}, {}}, Case{"Zebra Crossing.htm", {"Stripes"}, {}},
+        Case{"APES & MEN", {"Apes & men"}, {"Apes & men"}},
+        Case{"a", {"Apes & men", "Stripes", "Aside.htm"}, {"Apes & men", "Aside.htm", "Welcome", "Stripes"}},
+        Case{"apes", {"Apes & men"}, {"Apes & men", "Welcome", "Stripes"}}, Case{"Cross  apes", {}, {"Stripes"}},
+        Case{"bananas", {}, {"Apes & men"}}, Case{"title", {}, {"Aside.htm"}}, Case{"", {}, {}},
+        Case{"../help/Apes.htm", {}, {}}}) {
     std::vector<std::string> named;
     for (const Page* page : PagesNamed(pages_, c.words)) named.push_back(page->title);
     std::vector<std::string> holding;

@@ -28,8 +28,7 @@ std::string Body(std::string_view page) { return BodyOf(HtmlToRtf(page, FindPict
 
 TEST(HtmlToRtf, WritesWhatAPageShows) {
   struct Row {
-    const char* page;
-    const char* rtf;
+    const char *page, *rtf;
   };
   for (const auto& [page, rtf] : {
            Row{"", ""},
@@ -149,8 +148,7 @@ std::string InColours(std::string_view page) {
 
 TEST(HtmlToRtf, WordsHaveTheirColoursAndCanBeReadOnTheGroundThatIsWritten) {
   struct Row {
-    const char* page;
-    const char* rtf;
+    const char *page, *rtf;
   };
   for (const auto& [page, rtf] : {
            // Grounds go along, each where it differs from what is behind it
@@ -255,18 +253,12 @@ std::string Repeated(std::string_view piece, std::size_t times) {
 // Whatever is opened is closed, so that a reader is at the end where the file is.
 TEST(HtmlToRtf, IsWholeAndBoundedWhateverThePage) {
   const std::string link = "<a href=http://" + std::string(1900, 'x') + ">";
-  for (const std::string& page : {
-           Repeated("<table><tr><td>", 2000),
-           Repeated("<div><b>a", 5000),
-           Repeated("<ul><li>a", 3000),
-           Repeated("<td>a", 1000),
-           "<table><tr>" + Repeated("<td>a", 1000) + "</table>",
-           Repeated("<table>a<tr>b<td>c</tr>d", 500),
-           link + Repeated("<p>a", 5000),
-           Repeated("</table></td></b></ul>", 1000),
-           Repeated("<table border=1><td></table>", 3000),
-           std::string("<q><li><table><caption><td><q><pre>\r\n a"),
-       }) {
+  for (const std::string& page :
+       {Repeated("<table><tr><td>", 2000), Repeated("<div><b>a", 5000), Repeated("<ul><li>a", 3000),
+        Repeated("<td>a", 1000), "<table><tr>" + Repeated("<td>a", 1000) + "</table>",
+        Repeated("<table>a<tr>b<td>c</tr>d", 500), link + Repeated("<p>a", 5000),
+        Repeated("</table></td></b></ul>", 1000), Repeated("<table border=1><td></table>", 3000),
+        std::string("<q><li><table><caption><td><q><pre>\r\n a")}) {
     const std::string rtf = HtmlToRtf(page, FindPicture).text;
     int depth = 0;
     for (std::size_t i = 0; i < rtf.size(); ++i) {

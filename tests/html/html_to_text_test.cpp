@@ -11,9 +11,7 @@ namespace quillcast::html {
 namespace {
 
 struct Page {
-  const char* name;
-  const char* html;
-  const char* text;
+  const char *name, *html, *text;
 };
 
 constexpr Page kPages[] = {

@@ -13,9 +13,8 @@ namespace {
 std::string Show(const HtmlTokenizer& tokenizer, const HtmlToken& token, std::string_view html) {
   constexpr const char* kKinds[] = {"text", "raw", "start", "end", "comment", "doctype"};
   std::string shown = std::string(kKinds[static_cast<int>(token.kind)]) + ':';
-  if (token.kind != HtmlTokenKind::kStartTag && token.kind != HtmlTokenKind::kEndTag) {
+  if (token.kind != HtmlTokenKind::kStartTag && token.kind != HtmlTokenKind::kEndTag)
     return shown.append(tokenizer.Source(token)) + '\n';
-  }
   shown += token.name;
   for (const HtmlAttribute& a : token.attributes) {
     shown += ' ' + std::string(html.substr(a.name_begin, a.name_end - a.name_begin)) + '=' +
@@ -66,9 +65,7 @@ TEST(HtmlTokenizer, CutsWhereBrowsersCut) {
 
 TEST(HtmlTokenizer, DecodesCharacterReferences) {
   struct Case {
-    const char* source;
-    const char* in_text;
-    const char* in_attribute;
+    const char *source, *in_text, *in_attribute;
   };
   const Case cases[] = {
       {"&amp;&lt;&gt;&quot;&apos;", "&<>\"'", "&<>\"'"},

@@ -14,8 +14,7 @@ constexpr std::size_t kWidth = 32;
 
 struct Case {
   const char* name;
-  std::string text;
-  std::string wrapped;
+  std::string text, wrapped;
 };
 
 std::string Times(std::size_t count, std::string_view text) {
@@ -134,9 +133,8 @@ TEST(WrapHtml, ReadsTheSameAsBefore) {
     const std::string wrapped = WrapHtml(html, kWidth);
     ASSERT_EQ(HtmlToText(wrapped), HtmlToText(html)) << html;
     ASSERT_EQ(wrapped.size(), html.size());
-    for (std::size_t i = 0; i < html.size(); ++i) {
+    for (std::size_t i = 0; i < html.size(); ++i)
       ASSERT_TRUE(wrapped[i] == html[i] || (html[i] == ' ' && wrapped[i] == '\n')) << html;
-    }
     ASSERT_EQ(WrapHtml(wrapped, kWidth), wrapped) << html;
   }
 }

@@ -22,8 +22,7 @@ std::string Safe(std::string_view page) {
 
 TEST(SafePage, KeepsWhatIsReadAndDropsWhatActs) {
   struct Row {
-    const char* page;
-    const char* safe;
+    const char *page, *safe;
   };
   for (const auto& [page, safe] : {
            Row{"<p class=a style='color:red'>Grüße &amp; <b>mehr</b>",
@@ -76,27 +75,22 @@ TEST(SafePage, SaysFirstHowItIsRead) {
 
 TEST(SafeCss, KeepsWhatLoadsNothing) {
   struct Row {
-    const char* css;
-    const char* safe;
+    const char *css, *safe;
   };
-  for (const auto& [css, safe] : {
-           Row{"color:red;margin:0 auto !important", "color:red;margin:0 auto !important"},
-           Row{"background:URL(http://x);color:red", ";color:red"},
-           Row{"background:u\\72l(http://x)", ""},
-           Row{"background:cross-fade('http://x', red)", ""},
-           Row{" Background : #000 url('http://x') no-repeat;color:red", "background-color:#000000;color:red"},
-           Row{"background:#036 url(x) ! Important", "background-color:#003366 !important"},
-           Row{"a{background:url(http://x?a=#111)/cover\n RGB(1, 2,3)}", "a{background-color:#010203}"},
-           Row{"a:'background:url(x) red'", ""},
-           Row{"background:ur/**/l(x);a:b/* url( */c", "background:ur l(x);a:b c"},
-           Row{"width:expression(alert(1));behavior:x;-moz-binding:x", ";;"},
-           Row{"background-image:image-set('http://x' 1x)", ""},
-           Row{"@import 'x';@media print{p{color:red}}", ";@media print{p{color:red}}"},
-           Row{"@font-face{font-family:x;src:local(a)}", "@font-face{font-family:x;}"},
-           Row{"p:after{content:'</style>'}", "p:after{}"},
-           Row{"a:'x;url(y)';b:c", "a:'x;;b:c"},
-           Row{"a:b/* never closed url(", "a:b "},
-       }) {
+  for (const auto& [css, safe] :
+       {Row{"color:red;margin:0 auto !important", "color:red;margin:0 auto !important"},
+        Row{"background:URL(http://x);color:red", ";color:red"}, Row{"background:u\\72l(http://x)", ""},
+        Row{"background:cross-fade('http://x', red)", ""},
+        Row{" Background : #000 url('http://x') no-repeat;color:red", "background-color:#000000;color:red"},
+        Row{"background:#036 url(x) ! Important", "background-color:#003366 !important"},
+        Row{"a{background:url(http://x?a=#111)/cover\n RGB(1, 2,3)}", "a{background-color:#010203}"},
+        Row{"a:'background:url(x) red'", ""}, Row{"background:ur/**/l(x);a:b/* url( */c", "background:ur l(x);a:b c"},
+        Row{"width:expression(alert(1));behavior:x;-moz-binding:x", ";;"},
+        Row{"background-image:image-set('http://x' 1x)", ""},
+        Row{"@import 'x';@media print{p{color:red}}", ";@media print{p{color:red}}"},
+        Row{"@font-face{font-family:x;src:local(a)}", "@font-face{font-family:x;}"},
+        Row{"p:after{content:'</style>'}", "p:after{}"}, Row{"a:'x;url(y)';b:c", "a:'x;;b:c"},
+        Row{"a:b/* never closed url(", "a:b "}}) {
     EXPECT_EQ(SafeCss(css), safe) << css;
   }
 }

@@ -69,13 +69,11 @@ class Messages : public ::testing::Test {
     const std::string last_header = "X-Mailer: Tarnwick Quillcast Classic 1.0\r\n";
     wire.erase(0, wire.find(last_header) + last_header.size());
     int number = 0;
-    for (const auto& boundary : Boundaries(wire)) {
+    for (const auto& boundary : Boundaries(wire))
       wire = platform::ReplaceAll(wire, boundary, "B" + std::to_string(++number));
-    }
     const std::string picture = "picture1.";
-    for (auto at = wire.find(picture); at != std::string::npos; at = wire.find(picture, at + 1)) {
+    for (auto at = wire.find(picture); at != std::string::npos; at = wire.find(picture, at + 1))
       wire.replace(at + picture.size(), 16, "ID");
-    }
     return platform::ReplaceAll(wire, "\r\n", "\n");
   }
 

@@ -60,9 +60,7 @@ TEST(HeaderText, ChoosesTheEncodingAsked) {
 
 TEST(HeaderText, WritesMailboxes) {
   struct Case {
-    const char* name;
-    const char* address;
-    const char* expected;
+    const char *name, *address, *expected;
   };
   const Case cases[] = {
       {"", "ada@example.org", "To: ada@example.org\r\n"},
@@ -86,9 +84,7 @@ TEST(HeaderText, WritesMailboxes) {
 
 TEST(HeaderText, WritesFileNames) {
   struct Case {
-    std::string file;
-    std::string disposition;
-    std::string type;
+    std::string file, disposition, type;
   };
   const Case cases[] = {
       {"a b.pdf", ";\r\n filename=\"a b.pdf\"", ";\r\n name=\"a b.pdf\""},
@@ -198,9 +194,8 @@ TEST(HeaderText, AnyValueComesBackInShortLines) {
         ASSERT_TRUE(line.size() <= 76 || line.find("=?") == std::string_view::npos) << field;
         ASSERT_LE(line.size(), 998U);
         ASSERT_NE(line.find_first_not_of(' '), std::string_view::npos) << field;
-        for (const std::string_view word : platform::Split(line, ' ')) {
+        for (const std::string_view word : platform::Split(line, ' '))
           ASSERT_TRUE(word.size() <= 75 || !word.starts_with("=?"));
-        }
       }
     }
   }

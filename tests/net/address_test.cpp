@@ -51,21 +51,12 @@ TEST(HostPort, IsParsed) {
     const char* text;
     std::optional<HostPort> wanted;
   };
-  for (const Case& c : std::initializer_list<Case>{{"mx.example", {{"mx.example", 25}}},
-                                                   {" mx.example:587 ", {{"mx.example", 587}}},
-                                                   {"[::1]:2525", {{"::1", 2525}}},
-                                                   {"::1", {{"::1", 25}}},
-                                                   {"10.0.0.1:1", {{"10.0.0.1", 1}}},
-                                                   {"[fe80::1%lo]:53", {{"fe80::1%lo", 53}}},
-                                                   {"fe80::1%lo", {{"fe80::1%lo", 25}}},
-                                                   {"", {}},
-                                                   {":25", {}},
-                                                   {"mx:", {}},
-                                                   {"mx:0", {}},
-                                                   {"mx:65536", {}},
-                                                   {"mx: 25", {}},
-                                                   {"a:b:25", {}},
-                                                   {"[mx]:25", {}}}) {
+  for (const Case& c : std::initializer_list<Case>{
+           Case{"mx.example", {{"mx.example", 25}}}, Case{" mx.example:587 ", {{"mx.example", 587}}},
+           Case{"[::1]:2525", {{"::1", 2525}}}, Case{"::1", {{"::1", 25}}}, Case{"10.0.0.1:1", {{"10.0.0.1", 1}}},
+           Case{"[fe80::1%lo]:53", {{"fe80::1%lo", 53}}}, Case{"fe80::1%lo", {{"fe80::1%lo", 25}}}, Case{"", {}},
+           Case{":25", {}}, Case{"mx:", {}}, Case{"mx:0", {}}, Case{"mx:65536", {}}, Case{"mx: 25", {}},
+           Case{"a:b:25", {}}, Case{"[mx]:25", {}}}) {
     EXPECT_EQ(ParseHostPort(c.text, 25), c.wanted) << c.text;
   }
 }
@@ -99,12 +90,10 @@ TEST(Resolver, AnswersWithoutAQueryWhereItCan) {
 }
 
 TEST(Resolver, KnowsThisComputerByItsNamesAlone) {
-  for (const char* host : {"localhost", "LOCALHOST.", "box.localhost", "127.0.0.1", "::1", "::ffff:127.0.0.1"}) {
+  for (const char* host : {"localhost", "LOCALHOST.", "box.localhost", "127.0.0.1", "::1", "::ffff:127.0.0.1"})
     EXPECT_TRUE(IsLoopbackHost(host)) << host;
-  }
-  for (const char* host : {"", ".", "localhost.example", "notlocalhost", "localhost..", "128.0.0.1", "127.1", "\xFF"}) {
+  for (const char* host : {"", ".", "localhost.example", "notlocalhost", "localhost..", "128.0.0.1", "127.1", "\xFF"})
     EXPECT_FALSE(IsLoopbackHost(host)) << host;
-  }
 }
 
 TEST(Wait, EndsWhenThePersonCancelsToItsLevel) {

@@ -38,9 +38,8 @@ std::vector<std::string> Answer(const std::string& query, Heard& heard, bool tcp
   const bool is_v6 = question.type == kV6Type;
   const std::string family = is_v6 ? "aaaa-" : "a-";
   std::string_view wanted = question.name;
-  while (!wanted.empty() && !wanted.starts_with(family)) {
+  while (!wanted.empty() && !wanted.starts_with(family))
     wanted.remove_prefix(std::min(wanted.find('.'), wanted.size() - 1) + 1);
-  }
   wanted = wanted.substr(0, wanted.find('.'));
   wanted.remove_prefix(std::min(wanted.size(), family.size()));
   if (wanted.starts_with("lost") && heard.lost.insert(question.section).second) return {};
@@ -85,8 +84,7 @@ std::string AsText(const Resolver::Found& found) {
 
 TEST_F(ResolverTest, GoesOnWithWhatCameOfAName) {
   struct Case {
-    const char* name;
-    const char* addresses;
+    const char *name, *addresses;
     milliseconds patience = seconds(20);
     milliseconds at_most = seconds(4);
   };

@@ -13,16 +13,10 @@ TEST(Text, ParsesWholeNumbersOnly) {
     const char* text;
     std::optional<std::int64_t> value;
   };
-  for (const Case& c : std::initializer_list<Case>{{"0", 0},
-                                                   {" 25 ", 25},
-                                                   {"65536", 65536},
-                                                   {"", {}},
-                                                   {"-1", {}},
-                                                   {"1.5", {}},
-                                                   {"0x10", {}},
-                                                   {"9223372036854775807", INT64_MAX},
-                                                   {"9223372036854775808", {}},
-                                                   {"25 26", {}}}) {
+  for (const Case& c :
+       std::initializer_list<Case>{Case{"0", 0}, Case{" 25 ", 25}, Case{"65536", 65536}, Case{"", {}}, Case{"-1", {}},
+                                   Case{"1.5", {}}, Case{"0x10", {}}, Case{"9223372036854775807", INT64_MAX},
+                                   Case{"9223372036854775808", {}}, Case{"25 26", {}}}) {
     EXPECT_EQ(ParseWholeNumber(c.text), c.value) << c.text;
   }
 }
@@ -39,9 +33,7 @@ TEST(Text, PrintableLetsNothingThroughThatATerminalObeys) {
   EXPECT_EQ(Printable("caf\xC3\xA9 \xC2\x9B \xFF"), "caf\xC3\xA9 ? ?");  // U+009B is a control sequence introducer
   EXPECT_EQ(Printable("abcdef", 3), "abcd...");
   struct Case {
-    const char* text;
-    const char* printable;
-    const char* json;
+    const char *text, *printable, *json;
   };
   for (const Case& c :
        std::initializer_list<Case>{{"a\x7F\u0080\u009Fb", "a???b", R"(a\u007f\u0080\u009fb)"},
@@ -56,9 +48,8 @@ TEST(Text, PrintableLetsNothingThroughThatATerminalObeys) {
 }
 
 TEST(Utf8, RefusesWhatIsNotWellFormed) {
-  for (const char* good : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF"}) {
+  for (const char* good : {"", "a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF"})
     EXPECT_TRUE(IsUtf8(good)) << good;
-  }
   for (const char* bad : {"\x80", "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
                           "\xE2\x82", "12345678\xFF", "\xF8\x88\x80\x80\x80"}) {
     EXPECT_FALSE(IsUtf8(bad)) << bad;

@@ -76,9 +76,8 @@ TEST(MinWinSize, GoesByTheExactName) {
   EXPECT_EQ(MinWinSize("Windows Vista"), (PixelSize{648, 505}));
   EXPECT_EQ(MinWinSize("Windows 7"), (PixelSize{648, 507}));
   EXPECT_EQ(MinWinSize("Windows 8"), (PixelSize{648, 508}));
-  for (const char* other : {"", "Windows XP x64", "windows 7", "Unknown Win32NT"}) {
+  for (const char* other : {"", "Windows XP x64", "windows 7", "Unknown Win32NT"})
     EXPECT_EQ(MinWinSize(other), (PixelSize{640, 495})) << other;
-  }
 }
 
 TEST(Startup, TheFirstCheckThatRefusesWins) {
@@ -101,33 +100,21 @@ TEST(Startup, TheFirstCheckThatRefusesWins) {
            {"no screen needed", {false, false, now, {}}, true, {}},
            {"second window", {true, true, win95, PixelSize{1, 1}}, false, "", true},
            {"second process", {false, true, win95, PixelSize{1, 1}}, false, ""},
-           {"95",
-            {false, false, win95, PixelSize{1, 1}},
-            false,
+           {"95", StartupFacts{false, false, win95, PixelSize{1, 1}}, false,
             "This program cannot be run in Windows 95. Quillcast will now close."},
-           {"NT 3.51",
-            {false, false, {2, 3, 51, 1}, {}},
-            true,
+           {"NT 3.51", StartupFacts{false, false, {2, 3, 51, 1}, {}}, true,
             "This program cannot be run in Windows NT 3.51. Quillcast will now close."},
-           {"unknown",
-            {false, false, {7, 0, 0, 0}, {}},
-            true,
+           {"unknown", StartupFacts{false, false, {7, 0, 0, 0}, {}}, true,
             "Unable to detect the Windows version. Quillcast will now close."},
            {"98 starts", {false, false, {1, 4, 10, 0}, {}}, true, {}},
            {"2000 starts", {false, false, {2, 5, 0, 0}, {}}, true, {}},
            {"unknown Win32 starts", {false, false, {1, 4, 55, 0}, {}}, true, {}},
            {"unnamed starts", {false, false, {2, 6, 3, 1}, {}}, true, {}},
-           {"narrow",
-            {false, false, now, PixelSize{799, 600}},
-            false,
+           {"narrow", StartupFacts{false, false, now, PixelSize{799, 600}}, false,
             "The screen resolution is not adequate for running Quillcast."},
-           {"low",
-            {false, false, now, PixelSize{800, 599}},
-            false,
+           {"low", StartupFacts{false, false, now, PixelSize{800, 599}}, false,
             "The screen resolution is not adequate for running Quillcast."},
-           {"no template",
-            {false, false, now, PixelSize{800, 600}},
-            false,
+           {"no template", StartupFacts{false, false, now, PixelSize{800, 600}}, false,
             "Quillcast has failed to start because Group.mdb was not found.\r\n"
             "Re-installing the application may fix this problem."},
        }) {
@@ -145,9 +132,8 @@ TEST(Startup, PreparesPrivateFoldersAndKeepsAWorkingCopy) {
   fs::permissions(folders.DatabaseTemplate(), fs::perms::owner_read);
   ASSERT_TRUE(PrepareFolders(folders));
   EXPECT_EQ(test::ReadAll(folders.Database()), "template");
-  for (const fs::path& folder : {folders.data, folders.History(), folders.temporary}) {
+  for (const fs::path& folder : {folders.data, folders.History(), folders.temporary})
     EXPECT_EQ(fs::status(folder).permissions(), fs::perms::owner_all) << folder;
-  }
   EXPECT_EQ(fs::status(folders.Database()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_NE(fs::status(folders.DatabaseTemplate()).permissions() & fs::perms::owner_write, fs::perms::none);
 
@@ -197,9 +183,8 @@ TEST(Folders, FollowTheVariables) {
   fs::create_directory(root / "one");
   fs::create_directory_symlink(root / "one", root / "link");
   const auto spelled = ResolveFolders(environment, "/usr/bin/quillcast", root / "one");
-  for (const char* other : {"link", "./one/", "one/../one", "link/."}) {
+  for (const char* other : {"link", "./one/", "one/../one", "link/."})
     EXPECT_EQ(ResolveFolders(environment, "/usr/bin/quillcast", root / other).data, spelled.data) << other;
-  }
   const auto at_home = [&](const fs::path& home) {
     environment.values = {
         {"HOME", home}, {"XDG_DATA_HOME", home / "d"}, {"XDG_CONFIG_HOME", home / "c"}, {"Temp", home / "t"}};
@@ -227,16 +212,14 @@ TEST(CleanUp, RemovesWhatTheProgramLeftAndNothingElse) {
     fs::permissions(root / "temp/Preview.eml", fs::perms::owner_read);
     fs::permissions(root / "data/ImportBody/deep", fs::perms::owner_read | fs::perms::owner_exec);
     CleanUpAtClose(folders, [](const std::string& name) { return name == "needed"; });
-    for (const char* gone : {"temp/Preview.eml", "temp/Preview.htm", "data/ImportBody/deep"}) {
+    for (const char* gone : {"temp/Preview.eml", "temp/Preview.htm", "data/ImportBody/deep"})
       EXPECT_FALSE(fs::exists(root / gone)) << gone;
-    }
     EXPECT_TRUE(fs::exists(root / "data/ImportBody/needed/picture.png"));
     CleanUpAtClose(folders, [](const std::string&) { return false; });
     EXPECT_FALSE(fs::exists(root / "data/ImportBody"));
     EXPECT_EQ(fs::exists(root / "program/a.tmp"), !installed);
-    for (const char* kept : {"temp/other.txt", "program/a.txt", "program/Group.mdb", "data/History/x.txt"}) {
+    for (const char* kept : {"temp/other.txt", "program/a.txt", "program/Group.mdb", "data/History/x.txt"})
       EXPECT_TRUE(fs::exists(root / kept)) << kept;
-    }
   }
 }
 

@@ -61,9 +61,8 @@ inline smtp::Outcome OutcomeOf(char fate) {
             .reply = {451, "4.7.1", "slow down"},
             .reason = {}};
   }
-  if (fate == 'c') {
+  if (fate == 'c')
     return {.state = State::kFailed, .code = smtp::ResultCode::kConnectFailed, .reply = {}, .reason = "Nobody there."};
-  }
   if (fate == 'n') {
     smtp::Outcome outcome = OutcomeOf('c');
     outcome.no_way = true;
@@ -197,12 +196,9 @@ class FakeCarrier final : public Carrier {
     if (is_back) is_back(lost.job->position);
   }
   smtp::Outcome Deliver(const smtp::Job& job) {
-    if (cancel_.Requested() == Stop::kAbandon) {
+    if (cancel_.Requested() == Stop::kAbandon)
       return {.state = State::kFailed, .code = smtp::ResultCode::kCancelled, .reply = {}, .reason = {}};
-    }
-    if (!is_kept_ || (withdraws && cancel_.Requested() != Stop::kNone)) {
-      return smtp::Left();
-    }
+    if (!is_kept_ || (withdraws && cancel_.Requested() != Stop::kNone)) return smtp::Left();
     carried.push_back(PositionOf(job.envelope.recipient.text()));
     EXPECT_EQ(carried.back(), job.position);
     is_out(carried.back());
@@ -242,9 +238,8 @@ class FakeRun final : public JournalledRun {
     if (more && *more) given_[position] = recipient;
     const auto before = kept_.tries.find(position);
     before_ = {};
-    if (before != kept_.tries.end()) {
+    if (before != kept_.tries.end())
       before_ = {before->second == 0 ? ResultState::kUnknown : ResultState::kDeferred, before->second};
-    }
     return more;
   }
   Before before() const override { return before_; }

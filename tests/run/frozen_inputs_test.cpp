@@ -35,9 +35,7 @@ constexpr std::string_view kGif = "GIF89a\x01";
 
 // All that recipients, and whoever sends, come to see of a message.
 struct Seen {
-  std::string bytes;
-  std::string seven_bit;
-  std::string troubles;
+  std::string bytes, seven_bit, troubles;
   bool operator==(const Seen&) const = default;
 };
 
@@ -410,17 +408,15 @@ TEST_F(FrozenInputs, RefuseTextThatIsNotTheirs) {
   for (const std::string& text : {std::string(), std::string("null"), std::string("[]"), std::string(300'000, '['),
                                   std::string(8, '\0'), mailing->inputs + mailing->inputs, "\xFF" + mailing->inputs})
     EXPECT_EQ(failure(text), Failure::kBadData) << text.substr(0, 100);
-  for (std::size_t end = 0; end < mailing->inputs.size(); ++end) {
+  for (std::size_t end = 0; end < mailing->inputs.size(); ++end)
     EXPECT_EQ(failure(mailing->inputs.substr(0, end)), Failure::kBadData) << end;
-  }
   std::mt19937 random(1);
   const auto bytes = test::EveryByte();
   int readable = 0;
   for (int i = 0; i < 3000; ++i) {
     std::string text = mailing->inputs;
-    for (std::size_t n = 1 + random() % 3; n > 0; --n) {
+    for (std::size_t n = 1 + random() % 3; n > 0; --n)
       text.replace(random() % text.size(), random() % 3, test::RandomText(random, bytes, 2));
-    }
     const auto what = failure(text);
     EXPECT_TRUE(!what || *what == Failure::kBadData || *what == Failure::kUnavailable) << text;
     if (!what) LookAtThawed(hostile);
@@ -516,9 +512,8 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
     AccountSettings account = inputs_.account;
     c.change(document, account);
     std::vector<std::string> told;
-    for (const auto& line : WhatChanged(*thawed, {&document, account, "MIME", c.group})) {
+    for (const auto& line : WhatChanged(*thawed, {&document, account, "MIME", c.group}))
       told.push_back(platform::ReplaceAll(line.InEnglish(), files_.path().string(), "ROOT"));
-    }
     std::vector<std::string> expected = c.told;
     if (!expected.empty()) expected.insert(expected.begin(), "The letter goes out as it was when the run began.");
     EXPECT_EQ(told, expected);

@@ -27,8 +27,7 @@ class RecordingDesktop final : public platform::Desktop {
 TEST(History, NamesARunByItsMomentAndItsSubject) {
   const std::tm moment = test::FakeClock().Local(test::FakeClock().now);
   struct Case {
-    std::string subject;
-    std::string base;
+    std::string subject, base;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"Re: Offer_2026!", "07-03-2026_09-05-07_Re Offer2026"},
@@ -59,9 +58,8 @@ TEST(History, TwoRunsInOneSecondTakeDifferentNames) {
 
 TEST(History, ListsReportsAndMakesThemWritable) {
   const test::TemporaryFolder folder;
-  for (const char* name : {"07-03-2026_09-05-07_Hello.txt", "two_parts.txt", "one.txt", "a_b_c_d.txt", "x.eml"}) {
+  for (const char* name : {"07-03-2026_09-05-07_Hello.txt", "two_parts.txt", "one.txt", "a_b_c_d.txt", "x.eml"})
     folder.Write(name, "x");
-  }
   folder.Write("a_b_d.txt", "The messages are written into files. Nothing is sent.\r\nWriting for 1 recipient.\r\n");
   fs::permissions(folder / "one.txt", fs::perms::owner_read);
   auto rows = ListHistory(folder.path());
@@ -181,9 +179,8 @@ TEST(History, ArrangesItsRowsByWhatTheirNamesSay) {
 TEST(History, KnowsTheRunThatBeganLast) {
   const test::TemporaryFolder folder;
   EXPECT_EQ(*NewestReport(folder / "nowhere"), std::nullopt);
-  for (const char* name : {"notes.txt", "12-31-2027_10-00-00_Folder.txt/x", "12-31-2027_10-00-00_Other.eml"}) {
+  for (const char* name : {"notes.txt", "12-31-2027_10-00-00_Folder.txt/x", "12-31-2027_10-00-00_Other.eml"})
     folder.Write(name, "x");
-  }
   fs::create_symlink("/etc/passwd", folder / "12-31-2028_10-00-00_Link.txt");
   EXPECT_EQ(*NewestReport(folder.path()), std::nullopt);
   for (const char* name : {"07-03-2026_09-05-07_Ants.txt", "12-01-2025_10-00-00_Bees.txt"}) folder.Write(name, "x");

@@ -61,25 +61,20 @@ class PageOfMailing : public testing::Test {
 
 TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
   const std::string text = AsRead(PageAfter("Hello", 7));
-  for (const char* line : {
-           // By reply, by domain, and what the colours mean.
-           "sent; not sent; unknown; not tried\n",
-           "Reply | sent | not sent | unknown | not tried | \n",
-           "250 2.0.0; taken | 1 | 0 | 0 | 0 | \n",
-           "451 4.2.0; later | 0 | 1 | 0 | 0 | \n",
-           "no answer; The program ended before the server's answer came. | 0 | 0 | 1 | 0 | \n",
-           "not tried | 0 | 0 | 0 | 3 | \n",
-           "example.org | 1 | 2 | 1 | 3 | \n",
-           "All | 1 | 2 | 1 | 3 | \n",
-           // The head, up to the moment.
-           "\nFrom Ada &lt;ada@example.org&gt; to 7 recipients of the group Readers. Sent 2",
-           // By name.
-           "Who did not get it\n\n# | Address | State | Why\n2 | r2@example.org | refused | 550 5.1.1 nobody\n"
-           "3 | r3@example.org | deferred | 451 4.2.0 later\n\n",
-           "Who may have got it\n\n# | Address | State | Why\n4 | r4@example.org | unknown | The program ended before "
-           "the server's answer came.\n\n",
-           "Who was not tried\n\n# | Address | State | Why\n5 | r5@example.org | not tried | \n",
-       }) {
+  for (const char* line :
+       {// By reply, by domain, and what the colours mean.
+        "sent; not sent; unknown; not tried\n", "Reply | sent | not sent | unknown | not tried | \n",
+        "250 2.0.0; taken | 1 | 0 | 0 | 0 | \n", "451 4.2.0; later | 0 | 1 | 0 | 0 | \n",
+        "no answer; The program ended before the server's answer came. | 0 | 0 | 1 | 0 | \n",
+        "not tried | 0 | 0 | 0 | 3 | \n", "example.org | 1 | 2 | 1 | 3 | \n", "All | 1 | 2 | 1 | 3 | \n",
+        // The head, up to the moment.
+        "\nFrom Ada &lt;ada@example.org&gt; to 7 recipients of the group Readers. Sent 2",
+        // By name.
+        "Who did not get it\n\n# | Address | State | Why\n2 | r2@example.org | refused | 550 5.1.1 nobody\n"
+        "3 | r3@example.org | deferred | 451 4.2.0 later\n\n",
+        "Who may have got it\n\n# | Address | State | Why\n4 | r4@example.org | unknown | The program ended before "
+        "the server's answer came.\n\n",
+        "Who was not tried\n\n# | Address | State | Why\n5 | r5@example.org | not tried | \n"}) {
     EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
   }
   const std::size_t sent = text.find("Sent 2");  // and the moment

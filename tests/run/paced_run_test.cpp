@@ -10,36 +10,29 @@ namespace {
 
 TEST_F(PacedRun, GoesByItsRulesAndSaysWhatItWaitsFor) {
   const Moment now = clock_.now;  // 09:05:07
+  using Texts = std::vector<std::string>;
   const struct {
     std::string domains;
     PaceRules rules = {};
     std::string times;  // who went after how many seconds
-    std::vector<std::string> waits;
+    Texts waits;
   } kCases[] = {
       {"aaaa", {}, "1@0 2@0 3@0 4@0 ", {}},
-      {"aaaa",
-       {.rate = MessageLimit{2, 60s}},
-       "1@0 2@0 3@60 4@60 ",
-       {"2 messages have gone out within a minute, which is the limit."}},
+      {"aaaa", PaceRules{.rate = MessageLimit{2, 60s}}, "1@0 2@0 3@60 4@60 ",
+       Texts{"2 messages have gone out within a minute, which is the limit."}},
       {"aaa", {.rate = MessageLimit{3, 60s}}, "1@0 2@0 3@0 ", {}},
       {"aaxa", {.pause = PauseAfter{2, 90s}}, "1@0 2@0 4@90 ", {"A pause after 2 messages."}},
-      {"aaabbc",
-       {.per_domain = MessageLimit{1, 3600s}},
-       "1@0 4@0 6@0 2@3600 5@3600 3@7200 ",
-       {"The domains of those who are next have had their 1 within an hour."}},
-      {"aabab",
-       {.rate = MessageLimit{2, 1s}, .per_domain = MessageLimit{1, 60s}},
-       "1@0 3@0 2@60 5@60 4@120 ",
-       {"2 messages have gone out within a second, which is the limit.",
-        "The domains of those who are next have had their 1 within a minute.",
-        "2 messages have gone out within a second, which is the limit.",
-        "The domains of those who are next have had their 1 within a minute."}},
+      {"aaabbc", PaceRules{.per_domain = MessageLimit{1, 3600s}}, "1@0 4@0 6@0 2@3600 5@3600 3@7200 ",
+       Texts{"The domains of those who are next have had their 1 within an hour."}},
+      {"aabab", PaceRules{.rate = MessageLimit{2, 1s}, .per_domain = MessageLimit{1, 60s}}, "1@0 3@0 2@60 5@60 4@120 ",
+       Texts{"2 messages have gone out within a second, which is the limit.",
+             "The domains of those who are next have had their 1 within a minute.",
+             "2 messages have gone out within a second, which is the limit.",
+             "The domains of those who are next have had their 1 within a minute."}},
       {"aa", {.pause = PauseAfter{2, 90s}}, "1@0 2@0 ", {}},
       {"aa", {.begin = now + 30s}, "1@30 2@30 ", {"It is to begin then."}},
-      {"aa",
-       {.rate = MessageLimit{1, 60s}, .hours = HoursOfDay{8h, 9h + 6min}},
-       "1@0 2@82493 ",
-       {"Messages go out from 8:00 to 9:06."}},
+      {"aa", PaceRules{.rate = MessageLimit{1, 60s}, .hours = HoursOfDay{8h, 9h + 6min}}, "1@0 2@82493 ",
+       Texts{"Messages go out from 8:00 to 9:06."}},
   };
   for (const auto& each : kCases) {
     for (const std::size_t window : {1, 3}) {
@@ -150,10 +143,7 @@ TEST_F(PacedRun, HoldsLittleWhileItWaits) {
     std::string domains;
     MessageLimit per_domain;
     int read;  // when nothing more may go out
-  } kCases[] = {
-      {std::string(1500, 'a') + "b", {1, 1s}, 1 + 1000},
-      {many, {1000, 1h}, 1000 + 10'000},
-  };
+  } kCases[] = {{std::string(1500, 'a') + "b", {1, 1s}, 1 + 1000}, {many, {1000, 1h}, 1000 + 10'000}};
   for (const auto& each : kCases) {
     int read = 0;
     Run({.domains = each.domains, .rules = {.per_domain = each.per_domain}, .change = [&](FakeCarrier& carrier) {

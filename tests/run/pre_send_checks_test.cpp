@@ -23,37 +23,27 @@ TEST(PreSendChecks, RunInTheirOrder) {
   constexpr Refusal kNoGroup{SendControl::kGroup, Failure::kUsage};
   constexpr Refusal kNotThisSubject{SendControl::kSubject, Failure::kNotPermitted};
   constexpr Refusal kNotThisBody{SendControl::kBody, Failure::kNotPermitted};
+  using Answers = std::deque<Answer>;
+  using Texts = std::vector<std::string>;
   struct Case {
     const char* name;
     SendingFacts facts;
-    std::deque<Answer> answers;
+    Answers answers;
     std::optional<Refusal> refusal;
-    std::vector<std::string> shown;
+    Texts shown;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"good", {true, {"A"}, "A", 3, "Hello", "text", true}, {}, {}, {}},
-           {"no account",
-            {false, {}, "", 0, "", "", false},
-            {},
-            kNoAccount,
-            {"warn: Please fill out the Mail Account section in Email Manager."}},
-           {"no groups",
-            {true, {}, "B", 0, "", "", false},
-            {},
-            kNoGroup,
-            {"warn: Please create at least one group of recipients."}},
-           {"none chosen",
-            {true, {"A"}, "", 0, "", "", false},
-            {},
-            kNoGroup,
-            {"warn: Please specify a group in the To field."}},
+           {"no account", SendingFacts{false, {}, "", 0, "", "", false}, Answers{}, kNoAccount,
+            Texts{"warn: Please fill out the Mail Account section in Email Manager."}},
+           {"no groups", SendingFacts{true, {}, "B", 0, "", "", false}, Answers{}, kNoGroup,
+            Texts{"warn: Please create at least one group of recipients."}},
+           {"none chosen", SendingFacts{true, {"A"}, "", 0, "", "", false}, Answers{}, kNoGroup,
+            Texts{"warn: Please specify a group in the To field."}},
            {"not there", {true, {"A"}, "B\n", 0, "", "", false}, {}, kNoGroup, {"warn: There is no group B?."}},
            {"no subject, no", {true, {"A"}, "A", 0, "", "", true}, {Answer::kNo}, kNotThisSubject, {kNoSubject}},
-           {"everything, yes",
-            {true, {"A"}, "A", 0, "", " \r\n ", true},
-            {Answer::kYes, Answer::kYes},
-            kNoGroup,
-            {kNoSubject, kEmpty, kNobody}},
+           {"everything, yes", SendingFacts{true, {"A"}, "A", 0, "", " \r\n ", true},
+            Answers{Answer::kYes, Answer::kYes}, kNoGroup, Texts{kNoSubject, kEmpty, kNobody}},
            {"re:", {true, {"A"}, "A", 1, "re: x", "t", true}, {Answer::kNo}, kNotThisSubject, {kReply}},
            {"Fw :", {true, {"A"}, "A", 1, "Fw :x", "t", true}, {Answer::kYes}, {}, {kReply}},
            {"re-", {true, {"A"}, "A", 1, "re- x", "t", true}, {}, {}, {}},

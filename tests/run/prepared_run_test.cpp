@@ -82,9 +82,7 @@ TEST_F(PreparedRunTest, GoesNoOtherWayThanThePersonWasShown) {
   Set("Server", "mail.example.org");
   Told told;
   struct Case {
-    const char* key;
-    const char* value;
-    const char* told;
+    const char *key, *value, *told;
     bool is_practice;
   };
   for (const Case& c : std::initializer_list<Case>{

@@ -12,9 +12,7 @@ namespace {
 
 TEST(ProposedName, IsSafeAndKeepsDayAndEnding) {
   struct Row {
-    std::string subject;
-    std::string group;
-    std::string name;
+    std::string subject, group, name;
   };
   const test::FakeClock clock;
   const auto began = std::chrono::sys_seconds(std::chrono::sys_days(std::chrono::year(2026) / 11 / 27));

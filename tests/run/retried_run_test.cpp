@@ -12,54 +12,34 @@ using RetriedRun = PacedRun;
 
 TEST_F(RetriedRun, ComesBehindTheListWhenItIsDueAndCountsByTheLastResult) {
   constexpr const char* kOneWaits = "1 recipient was deferred and is tried again then.";
+  using Then = std::map<std::int64_t, Fates>;
+  using Texts = std::vector<std::string>;
   const struct {
     std::string domains;
     Fates fates;
-    std::map<std::int64_t, Fates> then;
+    Then then;
     RetryRules retries;
     PaceRules rules;
     std::string times;  // who went after how many seconds
     std::string told;
-    std::vector<std::string> waits;
+    Texts waits;
   } kCases[] = {
       {"ab", "ds", {{1, "s"}}, {1, 60s}, {}, "1@0 2@0 1@60 ", "1d+ 2s 1s2 ", {kOneWaits}},
       {"ab", "ds", {{1, "d"}}, {2, 60s}, {}, "1@0 2@0 1@60 1@180 ", "1d+ 2s 1d2+ 1d3 ", {kOneWaits}},
       {"ab", "ds", {}, {0, 60s}, {}, "1@0 2@0 ", "1d 2s ", {}},
       // Only what another time may change: no refusal, nothing that may be out, nobody without an address.
-      {"abcxa",
-       "rudxc",
-       {{3, "r"}, {5, "s"}},
-       {9, 60s},
-       {},
-       "1@0 2@0 3@0 5@0 3@60 5@60 ",
-       "1r 2u 3d+ 4f 5f+ 3r2 5s2 ",
-       {"2 recipients were deferred and are tried again from then on."}},
-      {"a",
-       "d",
-       {{1, "d"}},
-       {5, 20min},
-       {},
-       "1@0 1@1200 1@3600 1@7200 1@10800 1@14400 ",
-       "1d+ 1d2+ 1d3+ 1d4+ 1d5+ 1d6 ",
-       {kOneWaits}},
+      {"abcxa", "rudxc", Then{{3, "r"}, {5, "s"}}, RetryRules{9, 60s}, PaceRules{}, "1@0 2@0 3@0 5@0 3@60 5@60 ",
+       "1r 2u 3d+ 4f 5f+ 3r2 5s2 ", Texts{"2 recipients were deferred and are tried again from then on."}},
+      {"a", "d", Then{{1, "d"}}, RetryRules{5, 20min}, PaceRules{}, "1@0 1@1200 1@3600 1@7200 1@10800 1@14400 ",
+       "1d+ 1d2+ 1d3+ 1d4+ 1d5+ 1d6 ", Texts{kOneWaits}},
       {"a", "d", {{1, "d"}}, {2, 2h}, {}, "1@0 1@7200 1@14400 ", "1d+ 1d2+ 1d3 ", {kOneWaits}},
       // It keeps to the pace, and lets the list go first.
-      {"abc",
-       "dds",
-       {{1, "s"}, {2, "s"}},
-       {1, 30s},
-       {.rate = MessageLimit{1, 60s}},
-       "1@0 2@60 3@120 1@180 2@240 ",
-       "1d+ 2d+ 3s 1s2 2s2 ",
-       {"1 message has gone out within a minute, which is the limit."}},
-      {"ab",
-       "ds",
-       {{1, "s"}},
-       {1, 60s},
-       {.per_domain = MessageLimit{1, 3600s}},
-       "1@0 2@0 1@3600 ",
-       "1d+ 2s 1s2 ",
-       {kOneWaits, "The domains of those who are next have had their 1 within an hour."}},
+      {"abc", "dds", Then{{1, "s"}, {2, "s"}}, RetryRules{1, 30s}, PaceRules{.rate = MessageLimit{1, 60s}},
+       "1@0 2@60 3@120 1@180 2@240 ", "1d+ 2d+ 3s 1s2 2s2 ",
+       Texts{"1 message has gone out within a minute, which is the limit."}},
+      {"ab", "ds", Then{{1, "s"}}, RetryRules{1, 60s}, PaceRules{.per_domain = MessageLimit{1, 3600s}},
+       "1@0 2@0 1@3600 ", "1d+ 2s 1s2 ",
+       Texts{kOneWaits, "The domains of those who are next have had their 1 within an hour."}},
   };
   for (const auto& each : kCases) {
     for (const std::size_t window : {1, 3}) {

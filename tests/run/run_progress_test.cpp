@@ -85,32 +85,29 @@ TEST_F(Progress, CountsNoTimeInWhichARunDoesNotWork) {
     const char* what;
     std::function<void()> pauses;
   };
-  const Case kCases[] = {
-      {"for another try",
-       [&] {
-         Waits(45s);
-         Pass(45s);
-       }},
-      {"without a way",
-       [&] {
-         progress_->WayLost("Lost.", clock_.now + 30s);
-         Pass(30s);  // and then it is tried, in vain first
-         progress_->WayLost("Lost.", clock_.now + 15s);
-         Pass(15s);
-       }},
-      {"asked",
-       [&] {
-         progress_->Asks();
-         Pass(45s);
-         progress_->Answered();
-       }},
-      {"held",
-       [&] {
-         progress_->IsHeld(RunProgress::UnderWay::kNothing);
-         Pass(45s);
-         progress_->IsLetGo();
-       }},
-  };
+  const Case kCases[] = {{"for another try",
+                          [&] {
+                            Waits(45s);
+                            Pass(45s);
+                          }},
+                         {"without a way",
+                          [&] {
+                            progress_->WayLost("Lost.", clock_.now + 30s);
+                            Pass(30s);  // and then it is tried, in vain first
+                            progress_->WayLost("Lost.", clock_.now + 15s);
+                            Pass(15s);
+                          }},
+                         {"asked",
+                          [&] {
+                            progress_->Asks();
+                            Pass(45s);
+                            progress_->Answered();
+                          }},
+                         {"held", [&] {
+                            progress_->IsHeld(RunProgress::UnderWay::kNothing);
+                            Pass(45s);
+                            progress_->IsLetGo();
+                          }}};
   for (const Case& c : kCases) {
     progress_->Begins(20);
     Tell(20, 100ms, 1, true);

@@ -51,9 +51,8 @@ TEST(RunResults, AsTextKeepEachRowOnItsLine) {
 
 TEST(RunResults, HaveTheLastOfEachWhoIsTriedAgain) {
   RunResults results;
-  for (std::int64_t position : {2, 5, 9}) {
+  for (std::int64_t position : {2, 5, 9})
     results.Add(Result(position, "ada@example.org", smtp::State::kDeferred, smtp::ResultCode::kRecipientRefused));
-  }
   EXPECT_EQ(results.changes(), 0);
   auto again = Result(5, "ada@example.org", smtp::State::kSent, smtp::ResultCode::kSuccess);
   again.tries = 2;
@@ -89,8 +88,7 @@ TEST(RunSummary, IsSaidInWords) {
     RunSummary summary;
     const char* counts;
     const char* left;  // "" for nobody
-    bool reached_its_end;
-    bool everybody_got_it;
+    bool reached_its_end, everybody_got_it;
   };
   for (const Case& c : std::initializer_list<Case>{
            {{1, 0, 0, 0, 1, "", 0, false, {}}, "1 message was sent, 0 failed.", "", true, true},

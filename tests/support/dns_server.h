@@ -77,9 +77,8 @@ inline ZoneQuestion QuestionOf(const std::string& query) {
   std::size_t at = 12;
   for (; at < query.size() && query[at] != 0; at += static_cast<unsigned char>(query[at]) + 1U) {
     if (!question.name.empty()) question.name += '.';
-    for (const char c : query.substr(at + 1, static_cast<unsigned char>(query[at]))) {
+    for (const char c : query.substr(at + 1, static_cast<unsigned char>(query[at])))
       question.name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
   }
   question.type = static_cast<unsigned char>(query.at(at + 2));
   question.section = query.substr(12, at + 5 - 12);
@@ -189,9 +188,8 @@ class DnsServer {
     if (count <= 0) return;
     query.resize(static_cast<std::size_t>(count));
     ++queries_;
-    for (std::string& message : answer_(query, false)) {
+    for (std::string& message : answer_(query, false))
       waiting.push_back({std::chrono::steady_clock::now() + delay_, std::move(message), from});
-    }
   }
 
   // One query a connection. An answer is written octet by octet, each a packet of its own.

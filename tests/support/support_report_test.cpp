@@ -143,9 +143,8 @@ TEST_F(SupportReport, IsWrittenToTheLetter) {
   }
   EXPECT_EQ(Settings().size(), 71U);
   EXPECT_EQ(Report(), empty);
-  for (const Setting& setting : Settings()) {
+  for (const Setting& setting : Settings())
     ASSERT_TRUE(settings_.Write(setting.Section(), setting.Key(), "its " + setting.label));
-  }
   ASSERT_TRUE(settings_.Write("Account", "Password", "right-7"));
   ASSERT_TRUE(settings_.Write("Account", "Security", "TLS"));
   EXPECT_EQ(Report(), full);
@@ -153,10 +152,7 @@ TEST_F(SupportReport, IsWrittenToTheLetter) {
 
 TEST_F(SupportReport, HoldsNoSecretAndNoLineOfOthers) {
   struct Case {
-    std::string section;
-    std::string key;
-    std::string stored;
-    std::string line;
+    std::string section, key, stored, line;
   };
   ASSERT_TRUE(settings_.Write("Account", "Password", "right-7"));
   for (const Case& c : std::initializer_list<Case>{

@@ -30,21 +30,17 @@ TEST(UpdateSettings, AreCheckedInOrder) {
   const std::string host = "Please enter a valid address of the proxy.";
   const std::string port = "Please enter a port from 1 to 65535.";
   const std::string minutes = "Please enter from 1 to 10 minutes.";
-  for (const Case& c : {
-           Case{{false, "", "", "1"}, ""},
-           Case{{false, "a b", "x", "10"}, ""},
-           Case{{true, "", "", "0"}, "Please enter the address of the proxy."},
-           Case{{true, "http://p", "1", "1"}, host},
-           Case{{true, "user@p", "1", "1"}, host},
-           Case{{true, "p\r\nX: y", "1", "1"}, host},
-           Case{{true, "p", "", "1"}, "Please enter the port of the proxy.", UpdateControl::kPort},
-           Case{{true, "p", "0", "1"}, port, UpdateControl::kPort},
-           Case{{true, "p", "65536", "1"}, port, UpdateControl::kPort},
-           Case{{true, "p", "3128", ""}, minutes, UpdateControl::kTimeout},
-           Case{{false, "", "", "11"}, minutes, UpdateControl::kTimeout},
-           Case{{true, "p.example", "65535", "1"}, "", {}, "p.example:65535"},
-           Case{{true, "2001:db8::1", "1", "1"}, "", {}, "[2001:db8::1]:1"},
-       }) {
+  for (const Case& c :
+       {Case{{false, "", "", "1"}, ""}, Case{{false, "a b", "x", "10"}, ""},
+        Case{{true, "", "", "0"}, "Please enter the address of the proxy."}, Case{{true, "http://p", "1", "1"}, host},
+        Case{{true, "user@p", "1", "1"}, host}, Case{{true, "p\r\nX: y", "1", "1"}, host},
+        Case{{true, "p", "", "1"}, "Please enter the port of the proxy.", UpdateControl::kPort},
+        Case{{true, "p", "0", "1"}, port, UpdateControl::kPort},
+        Case{{true, "p", "65536", "1"}, port, UpdateControl::kPort},
+        Case{{true, "p", "3128", ""}, minutes, UpdateControl::kTimeout},
+        Case{{false, "", "", "11"}, minutes, UpdateControl::kTimeout},
+        Case{{true, "p.example", "65535", "1"}, "", {}, "p.example:65535"},
+        Case{{true, "2001:db8::1", "1", "1"}, "", {}, "[2001:db8::1]:1"}}) {
     const auto complaint = CheckSettings(c.typed);
     EXPECT_EQ(complaint ? complaint->message : "", c.message);
     if (complaint) {

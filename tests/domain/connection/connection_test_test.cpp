@@ -153,9 +153,8 @@ void ExpectPrintable(const std::string& text) { EXPECT_EQ(text, platform::Printa
 
 // Nothing of it could do harm to a terminal, and all of it is short enough to be read.
 void ExpectHarmless(const ConnectionTest& test) {
-  for (const auto line : platform::Split(test.report, '\n')) {
+  for (const auto line : platform::Split(test.report, '\n'))
     ExpectPrintable(std::string(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line));
-  }
   for (const auto& sentence : MeaningOf(test)) ExpectPrintable(sentence.InEnglish());
   for (const auto& fact : FactsOf(test)) ExpectPrintable(fact.value.InEnglish());
   EXPECT_LT(test.report.size(), 2U << 20);
@@ -174,97 +173,54 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
       "220 \x1B[2J\x1B]0;x\x07 \xC2\x9B"
       "1m\r\n";
   for (const Case& c : std::initializer_list<Case>{
-           {"wants-starttls",
-            {.clear = kOffersTls},
-            "Automatic",
-            0,
+           {"wants-starttls", Script{.clear = kOffersTls}, "Automatic", 0,
             "This server wants STARTTLS on port N before it lets you sign in. In the account: port N, Security "
             "STARTTLS, "
             "and Mode AUTH LOGIN for signing in. "},
            {"wants-starttls", {.clear = kOffersTls}, "None", 0, "This server wants STARTTLS on port N before"},
-           {"starttls",
-            {.clear = kOffersBoth},
-            "STARTTLS",
-            0,
+           {"starttls", Script{.clear = kOffersBoth}, "STARTTLS", 0,
             "encrypts by STARTTLS on port N and lets you sign in with LOGIN, PLAIN."},
            {"tls", {.tls_at_once = true}, "TLS", 0, "speaks TLS from the first byte on port N"},
            {"in-clear", {}, "Automatic", 0, "which is no harm: it is this computer itself."},
-           {"in-clear",
-            {},
-            "Automatic",
-            0,
-            "speaks plain text alone on port N: a password would travel in clear",
+           {"in-clear", Script{}, "Automatic", 0, "speaks plain text alone on port N: a password would travel in clear",
             "0.0.0.0"},
            {"in-clear", {}, "None", 0, "alone on port N: a password travels in clear. Providers", "0.0.0.0"},
            {"in-clear", {.clear = kOffersBoth}, "None", 0, "though it offers STARTTLS: a password would", "0.0.0.0"},
            {"no-sign-in-in-clear", {.clear = "250 mx\r\n"}, "Automatic", 0, "offers no way to sign in"},
-           {"no-sign-in",
-            {.clear = kOffersTls, .secure = "250 mx\r\n"},
-            "Automatic",
-            0,
+           {"no-sign-in", Script{.clear = kOffersTls, .secure = "250 mx\r\n"}, "Automatic", 0,
             "encrypts on port N and offers no way"},
-           {"unknown-sign-in",
-            {.clear = "250-mx\r\n250 AUTH GSSAPI XFOO\r\n"},
-            "Automatic",
-            0,
+           {"unknown-sign-in", Script{.clear = "250-mx\r\n250 AUTH GSSAPI XFOO\r\n"}, "Automatic", 0,
             "with GSSAPI, XFOO alone"},
            {"parts-badly", {.quit = "550 stay\r\n"}, "Automatic", 6, "does not part as it should"},
-           {"parts-badly",
-            {.clear = kOffersTls, .quit = ""},
-            "Automatic",
-            6,
+           {"parts-badly", Script{.clear = kOffersTls, .quit = ""}, "Automatic", 6,
             "In the account: port N, Security STARTTLS, and Mode AUTH LOGIN for signing in. It does not part as it "
             "should,"},
-           {"speaks-tls",
-            {.tls_at_once = true},
-            "None",
-            27,
+           {"speaks-tls", Script{.tls_at_once = true}, "None", 27,
             "speaks TLS from the first byte on port N, where plain text was expected. In the account set Security to "
             "TLS."},
            {"speaks-text", {}, "TLS", 5, "speaks plain text on port N, where TLS was expected."},
            {"no-starttls", {}, "STARTTLS", 5, "does not offer STARTTLS on port N."},
-           {"starttls-refused",
-            {.clear = kOffersTls, .starttls = "454 4.7.0 no\r\n"},
-            "Automatic",
-            5,
+           {"starttls-refused", Script{.clear = kOffersTls, .starttls = "454 4.7.0 no\r\n"}, "Automatic", 5,
             "and then refuses it."},
-           {"text-after-starttls",
-            {.clear = kOffersTls, .text_goes_on = true},
-            "STARTTLS",
-            5,
+           {"text-after-starttls", Script{.clear = kOffersTls, .text_goes_on = true}, "STARTTLS", 5,
             "agrees to STARTTLS on port N and then goes on in plain text."},
-           {"text-after-starttls",
-            {.clear = kOffersTls, .starttls = "220 go\r\n250 more\r\n"},
-            "STARTTLS",
-            18,
+           {"text-after-starttls", Script{.clear = kOffersTls, .starttls = "220 go\r\n250 more\r\n"}, "STARTTLS", 18,
             "agrees to STARTTLS on port N and then goes on in plain text."},
            {"turned-away-for-now", {.greeting = "421 4.3.2 busy\r\n"}, "Automatic", 5, "for now: 421 4.3.2 busy."},
            {"turned-away-for-now", {.clear = "421 busy\r\n"}, "Automatic", 5, "for now: 421 busy."},
-           {"turned-away",
-            {.greeting = "554 5.7.1 not you\r\n"},
-            "Automatic",
-            5,
+           {"turned-away", Script{.greeting = "554 5.7.1 not you\r\n"}, "Automatic", 5,
             "wants no connection from here: 554 5.7.1 not you."},
            {"fetches-mail", {.greeting = "+OK POP3 ready\r\n"}, "Automatic", 18, "mail is fetched from"},
            {"fetches-mail", {.greeting = "* OK IMAP4rev1 ready\r\n"}, "Automatic", 18, "mail is fetched from"},
            {"no-mail-server", {.greeting = "SSH-2.0-Server\r\n"}, "Automatic", 18, "on port N is no mail server."},
            {"no-mail-server", {.greeting = "250 ok\r\n"}, "Automatic", 18, "on port N is no mail server."},
-           {"no-mail-server",
-            {.greeting = "220-more\r\n", .then = Then::kFloods},
-            "Automatic",
-            18,
+           {"no-mail-server", Script{.greeting = "220-more\r\n", .then = Then::kFloods}, "Automatic", 18,
             "is no mail server."},
            {"no-mail-server", {.greeting = "x", .then = Then::kFloods}, "Automatic", 18, "is no mail server."},
-           {"no-mail-server",
-            {.greeting = "\xFF\xFD\x18login: ", .then = Then::kHangsUp},
-            "Automatic",
-            16,
+           {"no-mail-server", Script{.greeting = "\xFF\xFD\x18login: ", .then = Then::kHangsUp}, "Automatic", 16,
             "is no mail server."},
            {"no-mail-server", {.greeting = "login: ", .then = Then::kStalls}, "Automatic", 27, "is no mail server."},
-           {"odd-answer",
-            {.clear = std::string("250-a\x1B[2J\r\nb\x07\r\n")},
-            "Automatic",
-            18,
+           {"odd-answer", Script{.clear = std::string("250-a\x1B[2J\r\nb\x07\r\n")}, "Automatic", 18,
             "greets, and then answers on port N what is no answer of a mail server."},
            {"odd-answer", {.clear = "354 go on\r\n"}, "Automatic", 18, "is no answer of a mail server."},
            {"odd-answer", {.clear = kOffersTls, .starttls = "go\r\n"}, "Automatic", 18, "is no answer of a mail"},
@@ -272,33 +228,19 @@ TEST_F(ConnectionTests, TellsWhatEachServerMeansForTheAccount) {
            {"silent", {.greeting = "", .then = Then::kStalls}, "Automatic", 27, "and does not greet."},
            {"silent", {.greeting = "", .then = Then::kStalls}, "TLS", 27, "and does not greet."},
            {"silent", {.greeting = "2", .then = Then::kDrips}, "Automatic", 27, "and does not greet."},
-           {"silent",
-            {.greeting = "220-mx\r\n220-", .then = Then::kStalls},
-            "Automatic",
-            27,
+           {"silent", Script{.greeting = "220-mx\r\n220-", .then = Then::kStalls}, "Automatic", 27,
             "What came of its answer: \"220-mx\"."},
            {"stopped-answering", {.clear = ""}, "Automatic", 27, "stopped answering"},
            {"stopped-answering", {.clear = kOffersTls, .tls_stalls = true}, "Automatic", 27, "stopped answering"},
-           {"hung-up",
-            {.greeting = "", .then = Then::kHangsUp},
-            "Automatic",
-            16,
+           {"hung-up", Script{.greeting = "", .then = Then::kHangsUp}, "Automatic", 16,
             "ended the connection without a word."},
-           {"broke-off",
-            {.greeting = "421 Too many", .then = Then::kHangsUp},
-            "Automatic",
-            16,
+           {"broke-off", Script{.greeting = "421 Too many", .then = Then::kHangsUp}, "Automatic", 16,
             "in the middle of the conversation. What came of its answer: \"421 Too many\"."},
            {"broke-off", {.then = Then::kHangsUpAtHello}, "Automatic", 16, "ended the connection in the middle of"},
-           {"broke-off",
-            {.then = Then::kHangsUpAtStartTls, .clear = kOffersTls},
-            "STARTTLS",
-            16,
+           {"broke-off", Script{.then = Then::kHangsUpAtStartTls, .clear = kOffersTls}, "STARTTLS", 16,
             "in the middle of the conversation."},
            {"unknown-sign-in",
-            {.greeting = escape, .clear = "250-mx\r\n250-X\x1B[2J\r\n250 AUTH LOGIN\x1B[1m\r\n"},
-            "Automatic",
-            0,
+            Script{.greeting = escape, .clear = "250-mx\r\n250-X\x1B[2J\r\n250 AUTH LOGIN\x1B[1m\r\n"}, "Automatic", 0,
             "with LOGIN?[1m alone"},
        }) {
     SCOPED_TRACE(std::string(c.verdict) + " " + c.security + " " + c.script.greeting.substr(0, 20));
@@ -329,11 +271,9 @@ TEST_F(ConnectionTests, KeepsNoMoreOfAnOfferThanIsRead) {
 
 TEST_F(ConnectionTests, TellsWhatIsWrongWithACertificate) {
   struct Case {
-    const char* verdict;
-    const char* name;
+    const char *verdict, *name;
     bool signed_by_ca;
-    long from;
-    long to;
+    long from, to;
     int newest;
     const char* words;
   };
@@ -596,10 +536,7 @@ TEST_F(ConnectionTests, TellsOfOneServerAlone) {
 
 TEST(ConnectionTestInput, IsCheckedInOrder) {
   struct Case {
-    const char* server;
-    const char* port;
-    const char* message;
-    const char* reason;
+    const char *server, *port, *message, *reason;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"", "", "Please enter your mail server.", ""},

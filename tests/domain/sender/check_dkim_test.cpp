@@ -7,9 +7,7 @@ namespace {
 // RFC 7489 3.1.1: the signature may be of another name of the organisation, where the record is not strict.
 TEST(CheckDkim, KnowsWhoseSignatureCounts) {
   struct Row {
-    const char* domain;
-    const char* key_at;
-    const char* dmarc;
+    const char *domain, *key_at, *dmarc;
     const char* spf;  // of 203.0.113.5
     bool selector_is_given;
     const char* words;  // of DKIM and DMARC
@@ -52,8 +50,7 @@ TEST(CheckDkim, HoldsNoKeyOfAGuessedNameAgainstTheDomain) {
       "ro0sDgkdxMR/6+aDapYHjhWpYml4+HpulsjLbnEB13th2cBZOtbZO5ZKWAkEMcPJ3tlFg+PeW6gwH0h8/hwo5K2u+O/brqUM"
       "L8C1nOtRb6lf3bQW9QIDAQAB";
   struct Row {
-    std::string first;
-    std::string second;
+    std::string first, second;
     const char* drawn;
     const char* remedy;  // of the first finding
   };

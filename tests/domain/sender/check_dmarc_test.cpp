@@ -6,8 +6,7 @@ namespace {
 
 TEST(CheckDmarc, SaysWhetherAMessageCanPass) {
   struct Way {
-    const char* spf;
-    const char* key;
+    const char *spf, *key;
     bool selector_is_given;
     const char* word;
   };
@@ -40,8 +39,7 @@ TEST(CheckDmarc, TakesTheOrganisationsDmarcForADomainBelow) {
   EXPECT_EQ(Words(Check(zone, {.domain = "news.example.org", .servers = {"203.0.113.5"}}).report),
             "no-mx spf spf-covers-server dkim dmarc dmarc-alignment no-mta-sts reverse-name ");
   struct Row {
-    const char* record;
-    const char* drawn;
+    const char *record, *drawn;
     const char* word = "dmarc-none";
   };
   for (const Row& row : {

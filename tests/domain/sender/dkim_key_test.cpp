@@ -31,30 +31,27 @@ TEST(DkimKey, IsReadAsItIsPublished) {
     std::string record;
     DkimKey key;
   };
-  for (const Case& c : {
-           Case{"plain", "v=DKIM1; k=rsa; p=" + rsa2048, {DkimKey::Kind::kRsa, 2048}},
-           Case{"no version, no kind", std::string("p=") + kRsa1024 + ";", {DkimKey::Kind::kRsa, 1024}},
-           Case{"short", "v=DKIM1;p=" + rsa512, {DkimKey::Kind::kRsa, 512}},
-           Case{"the key without its kind in it",
-                std::string("v=DKIM1; p=") + kBareRsa1024,
-                {DkimKey::Kind::kRsa, 1024}},
-           Case{"folded",
-                "v=DKIM1; p=" + rsa2048.substr(0, 100) + "\r\n\t " + rsa2048.substr(100),
-                {DkimKey::Kind::kRsa, 2048}},
-           Case{"ed25519 of RFC 8463",
-                "v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=",
-                {DkimKey::Kind::kEd25519, 256}},
-           Case{"revoked", "v=DKIM1; p=", {DkimKey::Kind::kRsa, 0, true}},
-           Case{"for tests", "v=DKIM1; t=s : y; p=" + rsa512, {DkimKey::Kind::kRsa, 512, false, true}},
-           Case{"for e-mail among others",
-                "v=DKIM1; s=tlsrpt : email; h=sha1:sha256; p=" + rsa512,
-                {DkimKey::Kind::kRsa, 512}},
-           Case{"for everything", "v=DKIM1; s=*; p=" + rsa512, {DkimKey::Kind::kRsa, 512}},
-           Case{"for another service",
-                "v=DKIM1; s=tlsrpt; p=" + rsa512,
-                {DkimKey::Kind::kRsa, 512, false, false, "s=tlsrpt"}},
-           Case{"of a kind to come", "v=DKIM1; k=new; p=AAAA", {DkimKey::Kind::kUnknown, 0}},
-       }) {
+  for (const Case& c :
+       {Case{"plain", "v=DKIM1; k=rsa; p=" + rsa2048, {DkimKey::Kind::kRsa, 2048}},
+        Case{"no version, no kind", std::string("p=") + kRsa1024 + ";", {DkimKey::Kind::kRsa, 1024}},
+        Case{"short", "v=DKIM1;p=" + rsa512, {DkimKey::Kind::kRsa, 512}},
+        Case{"the key without its kind in it", std::string("v=DKIM1; p=") + kBareRsa1024, {DkimKey::Kind::kRsa, 1024}},
+        Case{"folded",
+             "v=DKIM1; p=" + rsa2048.substr(0, 100) + "\r\n\t " + rsa2048.substr(100),
+             {DkimKey::Kind::kRsa, 2048}},
+        Case{"ed25519 of RFC 8463",
+             "v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=",
+             {DkimKey::Kind::kEd25519, 256}},
+        Case{"revoked", "v=DKIM1; p=", {DkimKey::Kind::kRsa, 0, true}},
+        Case{"for tests", "v=DKIM1; t=s : y; p=" + rsa512, {DkimKey::Kind::kRsa, 512, false, true}},
+        Case{"for e-mail among others",
+             "v=DKIM1; s=tlsrpt : email; h=sha1:sha256; p=" + rsa512,
+             {DkimKey::Kind::kRsa, 512}},
+        Case{"for everything", "v=DKIM1; s=*; p=" + rsa512, {DkimKey::Kind::kRsa, 512}},
+        Case{"for another service",
+             "v=DKIM1; s=tlsrpt; p=" + rsa512,
+             {DkimKey::Kind::kRsa, 512, false, false, "s=tlsrpt"}},
+        Case{"of a kind to come", "v=DKIM1; k=new; p=AAAA", {DkimKey::Kind::kUnknown, 0}}}) {
     SCOPED_TRACE(c.name);
     EXPECT_TRUE(IsDkimKey(c.record));
     const auto key = ParseDkimKey(c.record);
@@ -64,16 +61,12 @@ TEST(DkimKey, IsReadAsItIsPublished) {
 }
 
 TEST(DkimKey, ThatIsDamagedIsRefused) {
-  for (const std::string& record : {
-           "v=DKIM1; p=" + std::string(kRsa2048).substr(0, 200),  // cut when it was pasted
-           std::string("v=DKIM1; p=\"") + kRsa1024 + "\"",        // quoted
-           std::string("v=DKIM2; p=") + kRsa1024,
-           std::string("v=DKIM1\\; p=") + kRsa1024,  // as zone files write it
-           std::string("v=DKIM1; k=ed25519; p=AAAA"),
-           std::string("v=DKIM1; p=AAAA; p=AAAA"),
-           std::string("v=DKIM1 p"),
-           std::string("v=DKIM1"),
-       }) {
+  for (const std::string& record : {"v=DKIM1; p=" + std::string(kRsa2048).substr(0, 200),  // cut when it was pasted
+                                    std::string("v=DKIM1; p=\"") + kRsa1024 + "\"",        // quoted
+                                    std::string("v=DKIM2; p=") + kRsa1024,
+                                    std::string("v=DKIM1\\; p=") + kRsa1024,  // as zone files write it
+                                    std::string("v=DKIM1; k=ed25519; p=AAAA"), std::string("v=DKIM1; p=AAAA; p=AAAA"),
+                                    std::string("v=DKIM1 p"), std::string("v=DKIM1")}) {
     EXPECT_FALSE(ParseDkimKey(record)) << record;
   }
   EXPECT_TRUE(IsDkimKey("v=DKIM1\\; p=AAAA"));

@@ -23,10 +23,7 @@ TEST(SenderCheck, FindsNothingToMendInADomainThatIsRight) {
 
 // `without` is the beginning of the lines that are taken out of the zone above.
 struct Case {
-  const char* without;
-  const char* with;
-  const char* word;
-  const char* drawn;
+  const char *without, *with, *word, *drawn;
 };
 
 const Case kCases[] = {
@@ -241,28 +238,21 @@ TEST(SenderCheck, HasAZoneForEachKindOfFinding) {
     const char* policy = nullptr;  // nullptr: it could not be fetched
     std::vector<std::string> selectors = {"s1"};
   };
-  for (const Row& row : {
-           Row{"", "", nullptr, {}},
-           Row{"example.org FAILS\ns1._domainkey.example.org FAILS\n_mta-sts.example.org FAILS\n"
-               "5.113.0.203.in-addr.arpa FAILS"},
-           Row{short_key + "\n_dmarc.example.org TXT v=DMARC1; p=reject"},
-           Row{no_way + "reject"},
-           Row{no_way + "none"},
-           Row{"example.org TXT x\n_dmarc.example.org TXT v=DMARC1; p=reject", "", nullptr, {}},
-           Row{crowd},
-           Row{spf + "example.org MX 1 h.example\nh.example A 1.2.3.4\nv1.example A 1.2.3.4\nv2.example A 1.2.3.4\n"
-                     "v3.example A 1.2.3.4",
-               "2a01:488::40"},
-           Row{"example.org TXT v=spf1 mx -all\nexample.org MX 1 h.example\nh.example FAILS"},
-           Row{sts},
-           Row{sts, "", "<html>"},
-           Row{sts, "", "version: STSv1\nmode: none\nmax_age: 1"},
-           Row{sts, "", "version: STSv1\nmode: enforce\nmx: *.example.org\nmax_age: 1"},
-           Row{sts, "", "version: STSv1\nmode: enforce\nmx: mx1.example.org\nmax_age: 1"},
-           Row{sts, "", "version: STSv1\nmode: testing\nmx: mx1.example.org\nmax_age: 1"},
-           Row{own, "mail.example.org"},
-           Row{own + "5.113.0.203.in-addr.arpa PTR smtp.other.example", "mail.example.org"},
-       }) {
+  for (const Row& row :
+       {Row{"", "", nullptr, {}},
+        Row{"example.org FAILS\ns1._domainkey.example.org FAILS\n_mta-sts.example.org FAILS\n"
+            "5.113.0.203.in-addr.arpa FAILS"},
+        Row{short_key + "\n_dmarc.example.org TXT v=DMARC1; p=reject"}, Row{no_way + "reject"}, Row{no_way + "none"},
+        Row{"example.org TXT x\n_dmarc.example.org TXT v=DMARC1; p=reject", "", nullptr, {}}, Row{crowd},
+        Row{spf + "example.org MX 1 h.example\nh.example A 1.2.3.4\nv1.example A 1.2.3.4\nv2.example A 1.2.3.4\n"
+                  "v3.example A 1.2.3.4",
+            "2a01:488::40"},
+        Row{"example.org TXT v=spf1 mx -all\nexample.org MX 1 h.example\nh.example FAILS"}, Row{sts},
+        Row{sts, "", "<html>"}, Row{sts, "", "version: STSv1\nmode: none\nmax_age: 1"},
+        Row{sts, "", "version: STSv1\nmode: enforce\nmx: *.example.org\nmax_age: 1"},
+        Row{sts, "", "version: STSv1\nmode: enforce\nmx: mx1.example.org\nmax_age: 1"},
+        Row{sts, "", "version: STSv1\nmode: testing\nmx: mx1.example.org\nmax_age: 1"}, Row{own, "mail.example.org"},
+        Row{own + "5.113.0.203.in-addr.arpa PTR smtp.other.example", "mail.example.org"}}) {
     const Result<std::string> file = row.policy != nullptr
                                          ? Result<std::string>(std::string(row.policy))
                                          : Result<std::string>(Error{Failure::kUnavailable, "It is not there."});
@@ -272,12 +262,10 @@ TEST(SenderCheck, HasAZoneForEachKindOfFinding) {
   const Zone strict(
       "s1._domainkey.example.org TXT v=DKIM1; k=ed25519; p=11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=\n"
       "_dmarc.example.org TXT v=DMARC1; p=reject; adkim=s");
-  for (const Finding& finding : Check(strict, {.domain = "a.example.org", .selectors = {"s1"}}).report.findings) {
+  for (const Finding& finding : Check(strict, {.domain = "a.example.org", .selectors = {"s1"}}).report.findings)
     seen.insert(finding.kind);
-  }
-  for (const FindingRow& row : FindingRows()) {
+  for (const FindingRow& row : FindingRows())
     EXPECT_EQ(seen.count(row.kind), 1U) << row.topic << ": " << row.word << " " << WordOf(row.verdict);
-  }
 }
 
 TEST(SenderCheck, WeighsTheNameOfAServerByWhoCanMendIt) {
@@ -285,22 +273,16 @@ TEST(SenderCheck, WeighsTheNameOfAServerByWhoCanMendIt) {
   constexpr const char* kServers =
       "mail.example.org A 203.0.113.5\nMail.Example.ORG. A 203.0.113.5\nmail.other.example A 203.0.113.5\n";
   struct Row {
-    const char* domain;
-    const char* server;
-    const char* with;
+    const char *domain, *server, *with;
     const char* drawn;  // its beginning
   };
-  for (const Row& row : {
-           Row{"example.org", "mail.example.org", "",
-               "bad: Reverse name: The address 203.0.113.5 has no name.\nAsk who"},
-           Row{"news.example.org", "mail.example.org", "", "bad: "},
-           Row{"example.org", "203.0.113.5", "", "bad: "},
-           Row{"example.org", "Mail.Example.ORG.", "", "bad: "},
-           Row{"example.org", "mail.other.example", "", "weak: "},
-           Row{"example.org", "mail.example.org", "5.113.0.203.in-addr.arpa PTR smtp.other.example",
-               "bad: Reverse name: The address 203.0.113.5 is called smtp.other.example, which does not lead back to "
-               "it.\nGive that name the address, or let who provides the server give the address its right name."},
-       }) {
+  for (const Row& row :
+       {Row{"example.org", "mail.example.org", "", "bad: Reverse name: The address 203.0.113.5 has no name.\nAsk who"},
+        Row{"news.example.org", "mail.example.org", "", "bad: "}, Row{"example.org", "203.0.113.5", "", "bad: "},
+        Row{"example.org", "Mail.Example.ORG.", "", "bad: "}, Row{"example.org", "mail.other.example", "", "weak: "},
+        Row{"example.org", "mail.example.org", "5.113.0.203.in-addr.arpa PTR smtp.other.example",
+            "bad: Reverse name: The address 203.0.113.5 is called smtp.other.example, which does not lead back to "
+            "it.\nGive that name the address, or let who provides the server give the address its right name."}}) {
     SCOPED_TRACE(std::string(row.domain) + " " + row.server);
     const Zone zone = Changed({kWithout, row.with, "", ""}, kServers);
     const Checked checked = Check(zone, {.domain = row.domain, .selectors = {"s1"}, .servers = ListOf(row.server)});
@@ -310,8 +292,7 @@ TEST(SenderCheck, WeighsTheNameOfAServerByWhoCanMendIt) {
 
 TEST(SenderCheck, TellsWhatIsNotKnownFromWhatIsWrong) {
   struct Row {
-    const char* zone;
-    const char* server;
+    const char *zone, *server;
     const char* words;  // of SPF, MX and the reverse name alone
   };
   for (const Row& row : {

@@ -138,9 +138,7 @@ TEST_F(LookUp, FetchesThePolicyFromItsPlaceAlone) {
   const std::string type = "\r\nContent-Type: text/plain\r\n";
   const std::string head = "HTTP/1.0 200 OK" + type + "\r\n";
   struct Case {
-    std::string reply;
-    std::string domain;
-    std::string authorities;
+    std::string reply, domain, authorities;
     std::string content;  // or a piece of the reason
   };
   for (const Case& c : {
@@ -223,9 +221,8 @@ std::string Spaced(const std::vector<std::string>& words) {
 }
 
 TEST(AccountSender, TakesTheSelectorOutOfWhatIsPasted) {
-  for (const char* typed : {"s1", " s1 ", "s1.", "s=s1", "S = s1;", "s1._domainkey", "s1._DomainKey.example.org."}) {
+  for (const char* typed : {"s1", " s1 ", "s1.", "s=s1", "S = s1;", "s1._domainkey", "s1._DomainKey.example.org."})
     EXPECT_EQ(SelectorIn(typed).ValueOr("none"), "s1") << typed;
-  }
   EXPECT_EQ(SelectorIn("2026.news").ValueOr("none"), "2026.news");
   for (const char* none : {"", " ", "s=", "._domainkey.example.org", "a b", "a..b", "a\x1B[2J"}) {
     const auto selector = SelectorIn(none);
@@ -254,8 +251,7 @@ TEST(AccountSender, AsksForTheDomainBehindTheAddress) {
   }
   EXPECT_TRUE(QuestionOf("a_b.example", account));
   struct List {
-    const char* written;
-    const char* servers;
+    const char *written, *servers;
   };
   for (const List& list :
        {List{" smtp.example.net:465 ", "smtp.example.net"}, List{"a.example;b.example:587;", "a.example b.example"},

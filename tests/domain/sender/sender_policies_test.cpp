@@ -47,15 +47,13 @@ TEST(Dmarc, IsReadTagByTag) {
                           "v=DMARC1; p=reject; sp=; rua=mailto:"}) {
     EXPECT_FALSE(ParseDmarc(bad)) << bad;
   }
-  for (const char* other : {"v=DMARC2; p=none", "p=none; v=DMARC1", "v=spf1 -all", ""}) {
+  for (const char* other : {"v=DMARC2; p=none", "p=none; v=DMARC1", "v=spf1 -all", ""})
     EXPECT_FALSE(IsDmarc(other)) << other;
-  }
 }
 
 TEST(Dmarc, KnowsWhereAnOrganisationsNamesBegin) {
   struct Case {
-    const char* domain;
-    const char* organisation;
+    const char *domain, *organisation;
   };
   for (const Case& c : {Case{"example.org", "example.org"}, Case{"bounce.mail.example.org", "example.org"},
                         Case{"a.example.co.uk", "example.co.uk"}, Case{"a.co.uk", "a.co.uk"}, Case{"co.uk", "co.uk"}}) {
@@ -85,9 +83,8 @@ TEST(MtaSts, IsReadLineByLine) {
 TEST(MtaSts, NamesServersByOneLabel) {
   EXPECT_TRUE(StsNames("mail.example.org", "MAIL.example.org."));
   EXPECT_TRUE(StsNames("*.example.org", "a.example.org"));
-  for (const char* other : {"example.org", "a.b.example.org", ".example.org", "a.example.net"}) {
+  for (const char* other : {"example.org", "a.b.example.org", ".example.org", "a.example.net"})
     EXPECT_FALSE(StsNames("*.example.org", other)) << other;
-  }
 }
 
 }  // namespace

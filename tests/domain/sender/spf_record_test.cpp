@@ -10,9 +10,8 @@ namespace {
 TEST(SpfRecord, IsKnownByItsVersion) {
   EXPECT_TRUE(IsSpf("v=spf1"));
   EXPECT_TRUE(IsSpf("V=SPF1 -all"));
-  for (const char* other : {"v=spf10 -all", "v=spf1; -all", "spf2.0/pra -all", " v=spf1", ""}) {
+  for (const char* other : {"v=spf10 -all", "v=spf1; -all", "spf2.0/pra -all", " v=spf1", ""})
     EXPECT_FALSE(IsSpf(other)) << other;
-  }
 }
 
 // A term as one line: verdict, mechanism, name, network, bits.
@@ -23,9 +22,8 @@ std::string Drawn(const SpfRecord& record) {
     out += std::to_string(static_cast<int>(term.mechanism)) + " " + term.name;
     if (term.mechanism == SpfMechanism::kIp4 || term.mechanism == SpfMechanism::kIp6)
       out += net::ToString(term.network);
-    if (term.bits4 != 32 || term.bits6 != 128) {
+    if (term.bits4 != 32 || term.bits6 != 128)
       out += "/" + std::to_string(term.bits4) + "/" + std::to_string(term.bits6);
-    }
     out += ";";
   }
   return record.redirect.empty() ? out : out + ">" + record.redirect;
@@ -86,21 +84,14 @@ TEST(SpfRecord, IsReadTermByTerm) {
 
 TEST(SpfRecord, ComparesNetworksBitByBit) {
   struct Case {
-    const char* address;
-    const char* network;
+    const char *address, *network;
     int bits;
     bool is_in;
   };
-  for (const Case& c : {
-           Case{"192.0.2.77", "192.0.2.0", 24, true},
-           Case{"192.0.3.77", "192.0.2.0", 24, false},
-           Case{"192.0.3.77", "192.0.2.0", 23, true},
-           Case{"192.0.2.1", "192.0.2.0", 32, false},
-           Case{"10.0.0.1", "192.0.2.0", 0, true},
-           Case{"2001:db8::2", "2001:db8::", 127, false},
-           Case{"2001:db8::3", "2001:db8::", 126, true},
-           Case{"2001:db8::1", "0.0.0.0", 0, false},
-       }) {
+  for (const Case& c : {Case{"192.0.2.77", "192.0.2.0", 24, true}, Case{"192.0.3.77", "192.0.2.0", 24, false},
+                        Case{"192.0.3.77", "192.0.2.0", 23, true}, Case{"192.0.2.1", "192.0.2.0", 32, false},
+                        Case{"10.0.0.1", "192.0.2.0", 0, true}, Case{"2001:db8::2", "2001:db8::", 127, false},
+                        Case{"2001:db8::3", "2001:db8::", 126, true}, Case{"2001:db8::1", "0.0.0.0", 0, false}}) {
     EXPECT_EQ(InNetwork(*net::ParseIpAddress(c.address), *net::ParseIpAddress(c.network), c.bits), c.is_in)
         << c.address << " in " << c.network << "/" << c.bits;
   }

@@ -63,9 +63,7 @@ class Zone {
 
  private:
   struct Row {
-    std::string name;
-    std::string type;
-    std::string value;
+    std::string name, type, value;
   };
   static std::string Word(net::DnsType type) {
     return type == net::DnsType::kA     ? "A"

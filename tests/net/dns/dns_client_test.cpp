@@ -52,9 +52,7 @@ std::vector<ZoneRecord> Zone() {
                                   AliasRecord("round.example.org", "about.example.org"),
                                   AliasRecord("about.example.org", "round.example.org"),
                                   AddressRecord("xn--mller-kva.example", "192.0.2.8")};
-  for (unsigned n = 0; n < 3000; ++n) {
-    zone.push_back({"many.example.org", 1, Octets({10, 0, n >> 8, n & 255U})});
-  }
+  for (unsigned n = 0; n < 3000; ++n) zone.push_back({"many.example.org", 1, Octets({10, 0, n >> 8, n & 255U})});
   return zone;
 }
 

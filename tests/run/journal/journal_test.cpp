@@ -81,9 +81,7 @@ TEST_F(JournalTest, LeavesNothingOfAMailingThatFailsToBegin) {
 TEST_F(JournalTest, KnowsWhereARecipientIs) {
   struct Row {
     const char* told;
-    char living;
-    char killed;
-    char without_power;
+    char living, killed, without_power;
     int attempts;
   };
   // All are among the first, who are reserved when the run begins.
