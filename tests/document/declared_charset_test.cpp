@@ -55,9 +55,7 @@ TEST(DeclaredCharset, IsPutIntoTheHeadWhereThereIsNone) {
 // What is saved in another set than it came in would be read as rubbish.
 TEST(DeclaredCharset, GivesWayToTheSetThatADocumentIsSavedIn) {
   struct Case {
-    const char* html;
-    const char* declared;
-    const char* saved;
+    const char *html, *declared, *saved;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"<META Charset=\" koi8-r \">x", "koi8-r", "<META Charset=\" utf-8 \">x"},

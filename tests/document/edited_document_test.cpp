@@ -30,14 +30,16 @@ TEST(EditedDocument, AsksBeforeChangesAreLost) {
   const test::TemporaryFolder root;
   const fs::path locked = root.Write("locked.html", "x");
 
+  using Answers = std::deque<platform::Answer>;
+  using Paths = std::vector<fs::path>;
   struct Case {
     const char* name;
     bool unsaved, skip;
     fs::path current;
-    std::deque<platform::Answer> answers;
-    std::vector<fs::path> picked;
+    Answers answers;
+    Paths picked;
     SaveDecision decision;
-    std::vector<fs::path> saved;
+    Paths saved;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"nothing to save", false, false, "", {}, {}, SaveDecision::kGoOn, {}},
@@ -48,46 +50,16 @@ TEST(EditedDocument, AsksBeforeChangesAreLost) {
            {"yes, save fails", true, false, "/full", {platform::Answer::kYes}, {}, SaveDecision::kStay, {}},
            {"yes, none picked", true, false, "", {platform::Answer::kYes}, {}, SaveDecision::kStay, {}},
            {"yes, picked", true, false, "", {platform::Answer::kYes}, {"/b"}, SaveDecision::kGoOn, {"/b"}},
-           {"yes, unlock fails",
-            true,
-            false,
-            "",
-            {platform::Answer::kYes, platform::Answer::kYes},
-            {"/proc/self/status"},
-            SaveDecision::kStay,
-            {}},
-           {"yes, locked, no",
-            true,
-            false,
-            "",
-            {platform::Answer::kYes, platform::Answer::kNo},
-            {locked},
-            SaveDecision::kStay,
-            {}},
-           {"yes, locked, yes",
-            true,
-            false,
-            "",
-            {platform::Answer::kYes, platform::Answer::kYes},
-            {locked},
-            SaveDecision::kGoOn,
-            {locked}},
-           {"yes, its own is locked, no",
-            true,
-            false,
-            locked,
-            {platform::Answer::kYes, platform::Answer::kNo},
-            {},
-            SaveDecision::kStay,
-            {}},
-           {"yes, its own, yes",
-            true,
-            false,
-            locked,
-            {platform::Answer::kYes, platform::Answer::kYes},
-            {},
-            SaveDecision::kGoOn,
-            {locked}},
+           {"yes, unlock fails", true, false, "", Answers{platform::Answer::kYes, platform::Answer::kYes},
+            Paths{"/proc/self/status"}, SaveDecision::kStay, Paths{}},
+           {"yes, locked, no", true, false, "", Answers{platform::Answer::kYes, platform::Answer::kNo}, Paths{locked},
+            SaveDecision::kStay, Paths{}},
+           {"yes, locked, yes", true, false, "", Answers{platform::Answer::kYes, platform::Answer::kYes}, Paths{locked},
+            SaveDecision::kGoOn, Paths{locked}},
+           {"yes, its own is locked, no", true, false, locked, Answers{platform::Answer::kYes, platform::Answer::kNo},
+            Paths{}, SaveDecision::kStay, Paths{}},
+           {"yes, its own, yes", true, false, locked, Answers{platform::Answer::kYes, platform::Answer::kYes}, Paths{},
+            SaveDecision::kGoOn, Paths{locked}},
        }) {
     fs::permissions(locked, fs::perms::owner_read);
     FakeDocument document;

@@ -10,8 +10,7 @@ namespace {
 
 TEST(LinkAddress, GetsTheSchemeThatWasMeant) {
   struct Case {
-    const char* typed;
-    const char* address;
+    const char *typed, *address;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"example.org", "https://example.org"},
@@ -102,8 +101,7 @@ TEST(LinkChoice, IsReadFromAnAddress) {
   struct Case {
     const char* target;
     LinkKind kind;
-    const char* address;
-    const char* subject;
+    const char *address, *subject;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"", LinkKind::kWeb, "", ""},

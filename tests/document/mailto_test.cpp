@@ -6,9 +6,7 @@ namespace quillcast::document {
 namespace {
 
 struct Case {
-  const char* address;
-  const char* subject;
-  const char* body;
+  const char *address, *subject, *body;
   std::vector<std::string> left_out = {};
 };
 
@@ -35,9 +33,8 @@ TEST(Mailto, GivesSubjectAndBodyAndSaysWhatItLeftOut) {
     EXPECT_EQ(message->body, c.body) << c.address;
     EXPECT_EQ(message->left_out, c.left_out) << c.address;
   }
-  for (const char* other : {"", "mailto", "https://example.org/?mailto:", "mailto:?body=%00", "mailto:a%00"}) {
+  for (const char* other : {"", "mailto", "https://example.org/?mailto:", "mailto:?body=%00", "mailto:a%00"})
     EXPECT_FALSE(ReadMailto(other)) << other;
-  }
 }
 
 }  // namespace

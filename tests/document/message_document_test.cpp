@@ -336,21 +336,12 @@ TEST(PicturePlaces, HoldWhatReallyLiesThere) {
   };
   for (const char* own : {"page", "alias"}) {
     const PicturePlaces of_document = places.WithOwnFolder(folder / own);
-    for (const Case& c : std::initializer_list<Case>{{"page/a.png", true},
-                                                     {"page/sub/b.png", true},
-                                                     {"page/inner.png", true},
-                                                     {"page/sub/../a.png", true},
-                                                     {"alias/a.png", true},
-                                                     {"page2/c.png", false},
-                                                     {"page/../home/d.png", false},
-                                                     {"page/link.png", false},
-                                                     {"page/home/d.png", false},
-                                                     {"page/missing.png", false},
-                                                     {"app/logo.png", true},
-                                                     {"data/Pictures/p.png", true},
-                                                     {"data/Templates/t.png", true},
-                                                     {"data/ImportBody/i.png", true},
-                                                     {"data/other.png", false}}) {
+    for (const Case& c : std::initializer_list<Case>{
+             Case{"page/a.png", true}, Case{"page/sub/b.png", true}, Case{"page/inner.png", true},
+             Case{"page/sub/../a.png", true}, Case{"alias/a.png", true}, Case{"page2/c.png", false},
+             Case{"page/../home/d.png", false}, Case{"page/link.png", false}, Case{"page/home/d.png", false},
+             Case{"page/missing.png", false}, Case{"app/logo.png", true}, Case{"data/Pictures/p.png", true},
+             Case{"data/Templates/t.png", true}, Case{"data/ImportBody/i.png", true}, Case{"data/other.png", false}}) {
       EXPECT_EQ(of_document.Hold(folder / c.file), c.held) << own << ' ' << c.file;
     }
   }
@@ -369,9 +360,7 @@ TEST(PicturePlaces, HoldWhatReallyLiesThere) {
 
 TEST(BodySource, IsCutAtTheTagsThatAreTags) {
   struct Case {
-    const char* html;
-    const char* head;
-    const char* tail;
+    const char *html, *head, *tail;
     bool has_body;
   };
   for (const Case& c : std::initializer_list<Case>{

@@ -42,10 +42,7 @@ TEST(Properties, TellOfAnEmptyDocumentThatThereIsNothing) {
 
 TEST(Properties, TakeTheFirstRowThatOccursAnywhere) {
   struct Case {
-    const char* html;
-    const char* direction;
-    const char* language;
-    const char* charset;
+    const char *html, *direction, *language, *charset;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"<p dir=\"ltr\">", "Left to Right", "None", "None"},
@@ -94,9 +91,8 @@ TEST(PhraseSearch, FindsWhatSearchingOneByOneFinds) {
     }
     const std::string text = word(30);
     const auto occurring = PhraseSearch(phrases).Occurring(text);
-    for (std::size_t i = 0; i < phrases.size(); ++i) {
+    for (std::size_t i = 0; i < phrases.size(); ++i)
       ASSERT_EQ(occurring[i], text.find(phrases[i]) != std::string::npos) << phrases[i] << " in " << text;
-    }
   }
 }
 

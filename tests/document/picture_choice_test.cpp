@@ -24,21 +24,14 @@ TEST(PictureSizes, KeepTheRatioAndTheLetter) {
     PixelSize first;  // as it goes into the message
     bool is_large;
   };
-  for (const Case& c : std::initializer_list<Case>{
-           {{400, 300}, 0, {400, 300}, false},
-           {{600, 1}, 0, {600, 1}, false},
-           {{601, 400}, 0, {600, 399}, false},
-           {{1200, 900}, 0, {600, 450}, false},
-           {{1201, 900}, 0, {600, 450}, true},
-           {{4000, 3000}, 200, {200, 150}, true},
-           {{4000, 3000}, 5000, {600, 450}, true},
-           {{100000, 1}, 0, {600, 1}, true},
-           {{1, 100000}, 300, {1, 9999}, false},
-           {{600, 12000}, 0, {500, 9999}, false},
-           {{1200, 24000}, 0, {500, 9999}, false},
-           {{600, 9999}, 0, {600, 9999}, false},
-           {{300, 200}, -1, {300, 200}, false},
-       }) {
+  for (const Case& c :
+       std::initializer_list<Case>{Case{{400, 300}, 0, {400, 300}, false}, Case{{600, 1}, 0, {600, 1}, false},
+                                   Case{{601, 400}, 0, {600, 399}, false}, Case{{1200, 900}, 0, {600, 450}, false},
+                                   Case{{1201, 900}, 0, {600, 450}, true}, Case{{4000, 3000}, 200, {200, 150}, true},
+                                   Case{{4000, 3000}, 5000, {600, 450}, true}, Case{{100000, 1}, 0, {600, 1}, true},
+                                   Case{{1, 100000}, 300, {1, 9999}, false}, Case{{600, 12000}, 0, {500, 9999}, false},
+                                   Case{{1200, 24000}, 0, {500, 9999}, false}, Case{{600, 9999}, 0, {600, 9999}, false},
+                                   Case{{300, 200}, -1, {300, 200}, false}}) {
     EXPECT_EQ(FirstSize(c.natural, c.room), c.first) << c.natural.width << " in " << c.room;
     EXPECT_EQ(IsLargePhotograph(c.natural, 300'000), c.is_large) << c.natural.width;
     EXPECT_TRUE(IsLargePhotograph(c.natural, 300'001));
@@ -129,9 +122,8 @@ TEST(CutPicture, IsToldAtEveryByte) {
        }) {
     EXPECT_FALSE(IsCutShort(c.whole)) << c.name;
     EXPECT_FALSE(IsCutShort(c.whole + "\0\0"s)) << c.name;
-    for (std::size_t length = c.told_from; length < c.whole.size(); ++length) {
+    for (std::size_t length = c.told_from; length < c.whole.size(); ++length)
       EXPECT_TRUE(IsCutShort(c.whole.substr(0, length))) << c.name << " at " << length;
-    }
   }
   EXPECT_FALSE(IsCutShort("BM a bitmap says nothing"));
   EXPECT_FALSE(IsCutShort(""));

@@ -138,9 +138,8 @@ TEST_F(Own, AreKeptListedRenamedAndRemoved) {
   EXPECT_EQ(*own_.List(), (Names{"Weekly", "Été 2027"}));
   ASSERT_TRUE(own_.Rename("Weekly", "Été 2027", IfThere::kReplace));
   EXPECT_EQ(*own_.Read("Été 2027"), kCharset + "three");
-  for (const auto& done : {own_.Remove("Weekly"), own_.Rename("Weekly", "x", IfThere::kFail)}) {
+  for (const auto& done : {own_.Remove("Weekly"), own_.Rename("Weekly", "x", IfThere::kFail)})
     EXPECT_EQ(done.error().failure, Failure::kNoInput);
-  }
   const auto mode = [](const fs::path& path) { return static_cast<unsigned>(fs::status(path).permissions()); };
   EXPECT_TRUE(platform::ReplaceFile(own_.folder() / "Broken.htm", std::string_view("a\0b", 3)));
   EXPECT_EQ(own_.Read("Broken").error().failure, Failure::kBadData) << "it became no text";

@@ -92,9 +92,8 @@ TEST_F(StoreTest, SaysWhenItsNumbersAreUsedUp) {
 TEST_F(StoreTest, AGridReadsByKey) {
   const auto group = NewGroup("A");
   std::vector<std::int64_t> keys;
-  for (const char* address : {"z@x.org", "a@x.org", "M@x.org"}) {
+  for (const char* address : {"z@x.org", "a@x.org", "M@x.org"})
     keys.push_back(**store().AddRecipientIfNew(group, Named(address, address + 2)));
-  }
   EXPECT_EQ(*store().ListKeys(group, ""), keys);
   EXPECT_EQ(*store().ListKeys(group, "[G-Email]"), (std::vector{keys[1], keys[2], keys[0]}));
   EXPECT_EQ(store().ListKeys(group, "1").error().failure, Failure::kBadData);
@@ -261,23 +260,16 @@ TEST_F(StoreTest, ChecksGroupNamesInTheGivenOrder) {
   constexpr const char* kTooLong = "A group name has at most 255 characters.";
   constexpr const char* kTaken = "A Group with the name you specified already exists. Specify a different name.";
   constexpr const char* kKeys = "A group name holds only letters A to Z, digits, blanks and \"-\".";
-  for (const Case& c : std::initializer_list<Case>{{"", "Please enter a name.", false},
-                                                   {" ", "Group name cannot begin with space.", false},
-                                                   {" a ", "Group name cannot begin with space.", false},
-                                                   {"a ", "Group name cannot end with space.", false},
-                                                   {"readers", kTaken, false},
-                                                   {"Reader", nullptr, false},
-                                                   {longest.c_str(), nullptr, false},
-                                                   {too_long.c_str(), kTooLong, false},
-                                                   {too_long.c_str(), kTooLong, true},
-                                                   {"a_b", kKeys, false},
-                                                   {"\xC3\xA4", kKeys, true},
-                                                   {"", "Please enter a name.", true},
-                                                   {"Readers", "You didn't modify the group name.", true},
-                                                   {"READERS", kTaken, true},
-                                                   {" Readers", "Group name cannot begin with space.", true},
-                                                   {"authors", kTaken, true},
-                                                   {"Readers-2", nullptr, true}}) {
+  for (const Case& c : std::initializer_list<Case>{
+           Case{"", "Please enter a name.", false}, Case{" ", "Group name cannot begin with space.", false},
+           Case{" a ", "Group name cannot begin with space.", false},
+           Case{"a ", "Group name cannot end with space.", false}, Case{"readers", kTaken, false},
+           Case{"Reader", nullptr, false}, Case{longest.c_str(), nullptr, false},
+           Case{too_long.c_str(), kTooLong, false}, Case{too_long.c_str(), kTooLong, true}, Case{"a_b", kKeys, false},
+           Case{"\xC3\xA4", kKeys, true}, Case{"", "Please enter a name.", true},
+           Case{"Readers", "You didn't modify the group name.", true}, Case{"READERS", kTaken, true},
+           Case{" Readers", "Group name cannot begin with space.", true}, Case{"authors", kTaken, true},
+           Case{"Readers-2", nullptr, true}}) {
     const auto file = folder_ / "Case.mdb";
     std::filesystem::copy_file(store().file(), file, std::filesystem::copy_options::overwrite_existing);
     RecipientStore of_case(file);

@@ -16,22 +16,18 @@ const std::vector<std::string_view> kEighteenAndKey = {"o'n@x.org", "2",  "3",  
                                                        "11",        "12", "13", "14", "15", "16", "17", "18", "7"};
 
 TEST(Statements, AreIssuedToTheLetter) {
+  using Values = std::vector<std::string_view>;
   struct Case {
     StatementId id;
-    std::vector<std::string_view> values;
-    const char* extra;
-    const char* text;
+    Values values;
+    const char *extra, *text;
   };
   for (const Case& c : std::initializer_list<Case>{
            {StatementId::kGroupNames, {}, "", "SELECT [GroupName] FROM [Groups]"},
            {StatementId::kFindGroup, {"A-1 b"}, "", "SELECT * FROM [Groups] WHERE ([GroupName] = 'A-1 b ')"},
-           {StatementId::kFindDuplicate,
-            {"7", "o'n@x.org"},
-            "",
+           {StatementId::kFindDuplicate, Values{"7", "o'n@x.org"}, "",
             "SELECT * FROM [Emails] WHERE (([G-ID] = '7 ') AND ([G-Email] = 'o''n@x.org'))"},
-           {StatementId::kFindRecipient,
-            {"7", "o'n@x.org"},
-            "",
+           {StatementId::kFindRecipient, Values{"7", "o'n@x.org"}, "",
             "SELECT * FROM [Emails] WHERE (([G-ID] = '7') AND ([G-Email] = 'o''n@x.org'))"},
            {StatementId::kAddRecipient, kKeyAndEighteen, "",
             "INSERT INTO [Emails] ([G-ID] , [G-Email] , [G-Title], [G-FirstName], [G-LastName], [G-Country], "
@@ -43,9 +39,7 @@ TEST(Statements, AreIssuedToTheLetter) {
             "[G-State], [G-City], [G-Address1], [G-Address2], [G-ZIPCode], [G-Phone], [G-Fax], [G-Company], "
             "[G-JobTitle], [G-WebSite], [G-Add1], [G-Add2], [G-Add3] ) VALUES ( 7 , 'o''n@x.org' , '2' , '3' , '4' , "
             "'5' , '6' , '7' , '8' , '9' , '10' , '11' , '12' , '13' , '14' , '15' , '16' , '17' , '18')"},
-           {StatementId::kAddAddress,
-            {"7", "o'n@x.org"},
-            "",
+           {StatementId::kAddAddress, Values{"7", "o'n@x.org"}, "",
             "INSERT INTO [Emails] ([G-ID] , [G-Email]) VALUES ( '7' , 'o''n@x.org')"},
            {StatementId::kUpdateRecipient, kEighteenAndKey, "",
             "UPDATE [Emails] SET [G-Email] = 'o''n@x.org' , [G-Title] = '2', [G-FirstName] = '3', [G-LastName] = '4', "
@@ -55,42 +49,26 @@ TEST(Statements, AreIssuedToTheLetter) {
            {StatementId::kDeleteRecipient, {"7"}, "", "DELETE FROM [Emails] WHERE ([ID]=7)"},
            {StatementId::kFailingSelect, {"7"}, "", "SELECT FROM [Emails] WHERE ([ID]=7)"},
            {StatementId::kCreateGroup, {"A'b"}, "", "INSERT INTO [Groups] ([GroupName]) VALUES ('A'b')"},
-           {StatementId::kRenameGroup,
-            {"new", "old"},
-            "",
+           {StatementId::kRenameGroup, Values{"new", "old"}, "",
             "Update [Groups] Set [GroupName] = 'new' Where [GroupName] = 'old'"},
            {StatementId::kDeleteGroup, {"old"}, "", "DELETE from [Groups] Where [GroupName] = 'old'"},
            {StatementId::kDeleteGroupRecipients, {"7"}, "", "DELETE from [Emails] Where [G-ID] = '7'"},
-           {StatementId::kListNames,
-            {"7"},
-            "",
+           {StatementId::kListNames, Values{"7"}, "",
             "SELECT [G-Email], [G-FirstName], [G-LastName] FROM [Emails] WHERE ([G-ID] = '7 ')"},
-           {StatementId::kListNames,
-            {"7"},
-            "[G-City]",
+           {StatementId::kListNames, Values{"7"}, "[G-City]",
             "SELECT [G-Email], [G-FirstName], [G-LastName] FROM [Emails] WHERE ([G-ID] = '7 ') ORDER BY [G-City]"},
            {StatementId::kListAddresses, {"7"}, "", "SELECT [G-Email] FROM [Emails] WHERE ([G-ID] = '7 ')"},
-           {StatementId::kListFields,
-            {"7"},
-            "G-City DESC",
+           {StatementId::kListFields, Values{"7"}, "G-City DESC",
             "SELECT [G-Email], [G-Title], [G-FirstName], [G-LastName], [G-Country], [G-State], [G-City], "
             "[G-Address1], [G-Address2], [G-ZIPCode], [G-Phone], [G-Fax], [G-Company], [G-JobTitle], [G-WebSite], "
             "[G-Add1], [G-Add2], [G-Add3] FROM [Emails] WHERE ([G-ID] = '7 ') ORDER BY G-City DESC"},
-           {StatementId::kFindEqual,
-            {"7", "o'n"},
-            "G-Email",
+           {StatementId::kFindEqual, Values{"7", "o'n"}, "G-Email",
             "SELECT * From [Emails] WHERE (([G-ID] = '7') AND ([G-Email] = 'o''n'))"},
-           {StatementId::kFindContaining,
-            {"7", "o'n"},
-            "G-City",
+           {StatementId::kFindContaining, Values{"7", "o'n"}, "G-City",
             "SELECT * From [Emails] WHERE (([G-ID] = '7') AND ([G-City] Like '%o''n%'))"},
-           {StatementId::kFindStarting,
-            {"7", "o"},
-            "G-Address 1",
+           {StatementId::kFindStarting, Values{"7", "o"}, "G-Address 1",
             "SELECT * From [Emails] WHERE (([G-ID] = '7') AND ([G-Address 1] Like 'o%'))"},
-           {StatementId::kFindEnding,
-            {"7", "o"},
-            "G-Add3",
+           {StatementId::kFindEnding, Values{"7", "o"}, "G-Add3",
             "SELECT * From [Emails] WHERE (([G-ID] = '7') AND ([G-Add3] Like '%o'))"}}) {
     EXPECT_EQ(IssuedText(c.id, c.values, c.extra), c.text);
   }

@@ -20,8 +20,7 @@ std::string Octets(const std::optional<std::string_view>& text) {
 
 TEST(TextOrder, FoldsCaseAndIgnoresBlanksAtTheEnd) {
   struct Case {
-    const char* a;
-    const char* b;
+    const char *a, *b;
     int order;
   };
   for (const Case& c : std::initializer_list<Case>{{"", "", 0},
@@ -83,9 +82,8 @@ TEST(TextOrder, IsATotalOrderOnAnyBytes) {
 bool LikePlainly(std::string_view pattern, std::string_view text) {
   const auto length = [](std::string_view of) { return std::size_t{of[0] == '\xC3' ? 2U : of[0] == '\xE2' ? 3U : 1U}; };
   if (pattern.empty()) return text.empty();
-  if (pattern[0] == '%') {
+  if (pattern[0] == '%')
     return LikePlainly(pattern.substr(1), text) || (!text.empty() && LikePlainly(pattern, text.substr(length(text))));
-  }
   if (text.empty()) return false;
   const std::string_view wanted = pattern.substr(0, length(pattern));
   // Another letter behind each, for blanks at the end do not count.
@@ -112,8 +110,7 @@ TEST(TextOrder, LikeSkipsNothingThatFits) {
 
 TEST(TextOrder, LikeTakesWildcardsInAnyCase) {
   struct Case {
-    const char* pattern;
-    const char* text;
+    const char *pattern, *text;
     bool fits;
   };
   for (const Case& c : std::initializer_list<Case>{{"%", "", true},

@@ -10,6 +10,7 @@
 
 #include "recipients/import/recipient_import.h"
 #include "recipients/store_fixture.h"
+#include "support/full_disk.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -93,6 +94,36 @@ TEST_F(ImportFaultTest, AFullDiskLeavesStoreAndReportInStep) {
   // The sweep has seen all of it: nothing, a first batch, everything; and both ends.
   EXPECT_EQ(ends, (std::set<int>{kEndedWell, kToldOfTheDisk}));
   EXPECT_EQ(kept, (std::set<std::size_t>{0, 4096, 12000}));
+}
+
+TEST_F(ImportFaultTest, AWriteThatFailsLeavesAllOrNothing) {
+  const ImportRequest request{.file = NewFile("list.txt", "ada@x.org\nbob@x.org\n"),
+                              .group = "A",
+                              .mode = ImportMode::kDelimited,
+                              .reading = {},
+                              .mapping = *ParseMapping("Email Address=1")};
+  const auto group = NewGroup("A");
+  const auto empty = FileText(folder_ / "Group.mdb");
+  const ImportPlaces places{folder_ / "Group.mdb", folder_ / "ReportButton.txt", "UTF-8"};
+  const platform::CancelToken cancel;
+  for (const auto kind : {test::FullDisk::Kind::kFull, test::FullDisk::Kind::kBroken}) {
+    int failures = 0;
+    for (int writes = 0;; ++writes) {
+      std::filesystem::remove(folder_ / "Group.mdb-journal");
+      NewFile("Group.mdb", empty);
+      std::optional<Error> error;
+      {
+        const test::FullDisk disk(kind, writes);
+        error = ImportRecipients(request, places, cancel, nullptr).error;
+        if (!test::FullDisk::has_failed()) break;
+      }
+      failures += error ? 1 : 0;
+      EXPECT_EQ(Stored(group).size(), error ? 0U : 2U) << writes;
+      EXPECT_EQ(Claimed(places.report), Stored(group)) << writes;
+    }
+    EXPECT_GT(failures, 2);
+    EXPECT_EQ(Stored(group).size(), 2U);
+  }
 }
 
 }  // namespace

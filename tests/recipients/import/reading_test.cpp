@@ -32,24 +32,15 @@ std::string Records(std::string_view text, std::size_t piece, std::size_t most_f
 
 TEST(QuotedReader, ReadsRfc4180HoweverItComes) {
   struct Case {
-    std::string text;
-    std::string records;
+    std::string text, records;
   };
-  for (const Case& c : std::initializer_list<Case>{{"a,b\r\nc,d", "1:a|b 2:c|d"},
-                                                   {"a\rb\nc\r\n\r\nd\n", "1:a 2:b 3:c 5:d"},
-                                                   {"\"a,b\",\"c\r\nd\"\r\ne", "1:a,b|c\r\nd 3:e"},
-                                                   {"\"say \"\"hi\"\"\",x\n\"\"", "1:say \"hi\"|x 2:"},
-                                                   {"\"a\nb\rc\r\nd\"\ne", "1:a\nb\rc\r\nd 5:e"},
-                                                   {",\n,,\n", "1:| 2:||"},
-                                                   {"a\"b,c\"\n", "1:a\"b|c\""},
-                                                   {"\"a\"b\"c,d\n", "1:ab\"c|d"},
-                                                   {" \"a\",b\n", "1: \"a\"|b"},
-                                                   {"a,\"b\n", "1:open"},
-                                                   {"a\n\"", "1:a 2:open"},
-                                                   {"\"\"\"\"\n", "1:\""},
-                                                   {"", ""},
-                                                   {"\n\r\n\r", ""},
-                                                   {"a,\xC3\xA4\n", "1:a|\xC3\xA4"}}) {
+  for (const Case& c : std::initializer_list<Case>{
+           Case{"a,b\r\nc,d", "1:a|b 2:c|d"}, Case{"a\rb\nc\r\n\r\nd\n", "1:a 2:b 3:c 5:d"},
+           Case{"\"a,b\",\"c\r\nd\"\r\ne", "1:a,b|c\r\nd 3:e"}, Case{"\"say \"\"hi\"\"\",x\n\"\"", "1:say \"hi\"|x 2:"},
+           Case{"\"a\nb\rc\r\nd\"\ne", "1:a\nb\rc\r\nd 5:e"}, Case{",\n,,\n", "1:| 2:||"},
+           Case{"a\"b,c\"\n", "1:a\"b|c\""}, Case{"\"a\"b\"c,d\n", "1:ab\"c|d"}, Case{" \"a\",b\n", "1: \"a\"|b"},
+           Case{"a,\"b\n", "1:open"}, Case{"a\n\"", "1:a 2:open"}, Case{"\"\"\"\"\n", "1:\""}, Case{"", ""},
+           Case{"\n\r\n\r", ""}, Case{"a,\xC3\xA4\n", "1:a|\xC3\xA4"}}) {
     for (const std::size_t piece : {1, 2, 3, 1000}) EXPECT_EQ(Records(c.text, piece), c.records) << c.text << piece;
   }
   EXPECT_EQ(Records("a,b,\"c,\n\",d\ne", 1, 2), "1:a|b 3:e");
@@ -66,8 +57,7 @@ TEST(FindDelimiter, CutsTheAddressOut) {
   struct Case {
     std::vector<std::string> lines;
     const char* name;
-    bool is_needed;
-    bool is_quoted;
+    bool is_needed, is_quoted;
   };
   for (const Case& c :
        std::initializer_list<Case>{{{"Ada,a@x.org", "Bob,b@x.org"}, "Comma", true, false},

@@ -116,9 +116,8 @@ TEST_F(ImportTest, ACancelKeepsWhatItReports) {
   EXPECT_EQ(outcome.counts.added, *store().CountRecipients("A"));
   EXPECT_TRUE(Report().ends_with(
       fmt::format("@x.org\r\n\r\nAdded : {}\r\nIgnored : 0\r\nDuplicates : 0\r\n", outcome.counts.added)));
-  for (const char* untrue : {"Processed", "Bytes", "Completed"}) {
+  for (const char* untrue : {"Processed", "Bytes", "Completed"})
     EXPECT_EQ(Report().find(untrue), std::string::npos) << untrue;
-  }
 }
 
 TEST_F(ImportTest, WhatCannotBeginGivesAReportOfZeros) {
@@ -156,8 +155,7 @@ TEST_F(ImportTest, NulBytesAreData) {
 TEST_F(ImportTest, ReadsEachEncoding) {
   struct Case {
     std::string bytes;
-    const char* overrule;
-    const char* code_page;
+    const char *overrule, *code_page;
     const char* encoding;  // nullptr: refused
     const char* text;
   };
@@ -284,81 +282,49 @@ TEST(ImportMapping, ShowsASampleAndReadsItsKeysBack) {
   ASSERT_EQ(entries.size(), 19U);
   EXPECT_EQ(entries[1], "Field 1 = 1");
   for (int field = 0; field <= 18; ++field) EXPECT_EQ(SourceFieldOf(entries[static_cast<std::size_t>(field)]), field);
-  for (const char* other : {"", "Field 1", "Field 0 = x", "Field 19 = x", "field 1 = x"}) {
+  for (const char* other : {"", "Field 1", "Field 0 = x", "Field 19 = x", "field 1 = x"})
     EXPECT_EQ(SourceFieldOf(other), kIgnore) << other;
-  }
 }
 
 // What the counts do not say: each file with its options, and the sentences.
 TEST_F(ImportTest, TellsWhatWentOddly) {
+  using Texts = std::vector<std::string>;
   struct Case {
     std::string text;
     char delimiter;
     bool rfc4180;
     const char* map;  // nullptr: a harvest
-    std::vector<std::string> told;
+    Texts told;
   };
   const std::string long_line(LineReader::kLongestLine + 1, 'x');
   const auto group = NewGroup("A");
   for (const Case& c : std::initializer_list<Case>{
-           {"a1@x.org\n o'n@x.org \n\"b1@x.org\"\n",
-            ',',
-            false,
-            "Email Address=1",
-            {"1 address has blanks around it, which are stored with it: “ o'n@x.org ”."}},
-           {"Ada,a2@x.org\nBob,b2@x.org\n",
-            ';',
-            false,
-            "Email Address=1",
-            {"2 addresses have other text around them, which is stored with them; the first is “Ada,a2@x.org”.",
-             "The delimiter “Comma” would fit this file."}},
-           {"Ada,a3@x.org\nBob,b3@x.org\n",
-            '\t',
-            false,
-            "Email Address=2",
-            {"The delimiter “Comma” would fit this file."}},
-           {"Bob <b4@x.org>,Bob\nc4@x.org,Cyd\n",
-            ',',
-            false,
-            "Email Address=1",
-            {"1 address has other text around it, which is stored with it: “Bob <b4@x.org>”."}},
-           {"\"Lovelace, Ada\",\"a5@x.org\"\n\"Bee, Bob\",\"b5@x.org\"\n",
-            ',',
-            false,
-            "Email Address=2",
-            {"Its fields stand in quotes; reading quotes as spreadsheets write them (RFC 4180) takes them off."}},
-           {"\"Ada\",\"e5@x.org\"\n",
-            ',',
-            false,
-            "Email Address=2",
-            {"Its fields stand in quotes; reading quotes as spreadsheets write them (RFC 4180) takes them off."}},
+           {"a1@x.org\n o'n@x.org \n\"b1@x.org\"\n", ',', false, "Email Address=1",
+            Texts{"1 address has blanks around it, which are stored with it: “ o'n@x.org ”."}},
+           {"Ada,a2@x.org\nBob,b2@x.org\n", ';', false, "Email Address=1",
+            Texts{"2 addresses have other text around them, which is stored with them; the first is “Ada,a2@x.org”.",
+                  "The delimiter “Comma” would fit this file."}},
+           {"Ada,a3@x.org\nBob,b3@x.org\n", '\t', false, "Email Address=2",
+            Texts{"The delimiter “Comma” would fit this file."}},
+           {"Bob <b4@x.org>,Bob\nc4@x.org,Cyd\n", ',', false, "Email Address=1",
+            Texts{"1 address has other text around it, which is stored with it: “Bob <b4@x.org>”."}},
+           {"\"Lovelace, Ada\",\"a5@x.org\"\n\"Bee, Bob\",\"b5@x.org\"\n", ',', false, "Email Address=2",
+            Texts{"Its fields stand in quotes; reading quotes as spreadsheets write them (RFC 4180) takes them off."}},
+           {"\"Ada\",\"e5@x.org\"\n", ',', false, "Email Address=2",
+            Texts{"Its fields stand in quotes; reading quotes as spreadsheets write them (RFC 4180) takes them off."}},
            {"\"Lovelace, Ada\",\"a6@x.org\"\n", ',', true, "Email Address=2", {}},
-           {"a7@x.org\nb7@x.org,\"open\n",
-            ',',
-            true,
-            "Email Address=1",
-            {"A quote in the record that begins on line 2 is never closed; what stands behind it was not taken."}},
-           {"a8@x.org\n" + long_line + "\n" + long_line + "\nb8@x.org",
-            ',',
-            false,
-            "Email Address=1",
-            {"2 lines are longer than 1 MiB and were ignored, the first is line 2."}},
-           {"a9@x.org,\xC3\xA4\xC3\xA4\r\nb9@x.org\rc9@x.org,\xE4\nd9@x.org",
-            ',',
-            false,
-            "Email Address=1",
-            {"1 byte is not UTF-8, on line 3: “\uFFFD” stands for it. The rest was read as UTF-8."}},
-           {std::string("d\0@\0x\0.\0o\0r\0g\0", 14),
-            ',',
-            false,
-            "Email Address=1",
-            {"The file has no mark of its encoding; it was read as UTF-16LE for the zeros in it."}},
-           {"o'neill@x.org ada+news@x.org",
-            ',',
-            false,
-            nullptr,
-            {"2 addresses were cut, the first to neill@x.org: a harvest takes letters, digits, “.”, “_” and “-”, and "
-             "five letters at the end. A recipient from each line keeps an address as it stands."}}}) {
+           {"a7@x.org\nb7@x.org,\"open\n", ',', true, "Email Address=1",
+            Texts{"A quote in the record that begins on line 2 is never closed; what stands behind it was not taken."}},
+           {"a8@x.org\n" + long_line + "\n" + long_line + "\nb8@x.org", ',', false, "Email Address=1",
+            Texts{"2 lines are longer than 1 MiB and were ignored, the first is line 2."}},
+           {"a9@x.org,\xC3\xA4\xC3\xA4\r\nb9@x.org\rc9@x.org,\xE4\nd9@x.org", ',', false, "Email Address=1",
+            Texts{"1 byte is not UTF-8, on line 3: “\uFFFD” stands for it. The rest was read as UTF-8."}},
+           {std::string("d\0@\0x\0.\0o\0r\0g\0", 14), ',', false, "Email Address=1",
+            Texts{"The file has no mark of its encoding; it was read as UTF-16LE for the zeros in it."}},
+           {"o'neill@x.org ada+news@x.org", ',', false, nullptr,
+            Texts{"2 addresses were cut, the first to neill@x.org: a harvest takes letters, digits, “.”, “_” and “-”, "
+                  "and "
+                  "five letters at the end. A recipient from each line keeps an address as it stands."}}}) {
     auto request = Lines(NewFile("list.txt", c.text), c.map == nullptr ? "Title=1" : c.map, c.delimiter);
     if (c.map == nullptr) request.mode = ImportMode::kHarvest;
     request.reading.rfc4180 = c.rfc4180;
