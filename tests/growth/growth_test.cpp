@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 #include <limits>
+#include <span>
 
 #include "charset/charset.h"
 #include "document/body_colours.h"
@@ -129,7 +130,7 @@ struct NamedReader {
   Reader read;
 };
 
-void CheckEach(const std::vector<NamedReader>& readers, std::initializer_list<std::string_view> patterns) {
+void CheckEach(const std::vector<NamedReader>& readers, std::span<const std::string_view> patterns) {
   // Memory is kept, so that growing to a size for the first time does not count.
   ::mallopt(M_MMAP_THRESHOLD, 1 << 30);
   ::mallopt(M_TRIM_THRESHOLD, 1 << 30);
@@ -182,109 +183,31 @@ const std::vector<NamedReader> kHtmlReaders = {
     {"UnknownTags", [](const std::string& text) { return document::UnknownTags(text); }},
     {"MergePieces", [](const std::string& text) { return document::MergePieces(text); }},
     {"ReplaceMergeFields",
-     [](const std::string& text) { return document::ReplaceMergeFields(text, document::MergeValues{}); }},
-};
+     [](const std::string& text) { return document::ReplaceMergeFields(text, document::MergeValues{}); }}};
 
-TEST(Growth, OfReadingHtml) {
-  CheckEach(kHtmlReaders, {"<",
-                           "</",
-                           "<!",
-                           "<!--",
-                           "<!-->",
-                           "--!",
-                           "<![CDATA[",
-                           "<?",
-                           "<a ",
-                           "<a b='",
-                           "<a b=\"\" ",
-                           "a = ",
-                           "<a\n",
-                           "<a href=\1>",
-                           "<a href=\1></a>",
-                           "<a href=x><img>",
-                           "<area href=\1>",
-                           "<area href=\1 alt=x>",
-                           "<b>",
-                           "</b>",
-                           "<div>",
-                           "<div>x",
-                           "<ul><li>",
-                           "<ol type=i><li>x",
-                           "<table><tr><td>",
-                           "<table>",
-                           "<td>x",
-                           "</td>",
-                           "</table>",
-                           "<blockquote>x",
-                           "<dl><dd>",
-                           "<p>",
-                           "<pre>\n",
-                           "<q>",
-                           "<hr>",
-                           "<br>",
-                           "<style>",
-                           "<style>url(",
-                           "<style>url('x')</style>",
-                           "<style>/*",
-                           "<style>@import ",
-                           "<style>\\",
-                           "<script>",
-                           "</script",
-                           "<textarea>",
-                           "<title>",
-                           "<plaintext>",
-                           "<svg><title/>",
-                           "<img src=\1>",
-                           "<img src=\1.png>",
-                           "<img srcset='\1,",
-                           "<img src='$*Merge\1'>",
-                           "<style>\u20AC\\",
-                           "<i style=\u20AC>",
-                           "<img alt=x ",
-                           "<div style='display:none'>",
-                           "<div style='url(\1)'>",
-                           "<div hidden>",
-                           "<p hidden>x",
-                           "<template>",
-                           "<base href=\1/>",
-                           "<p style='mso-list:l level9'><b style='mso-list:ignore'>x</b>y",
-                           "<div>&nbsp;</div>",
-                           "<table><tr><td>a b ",
-                           "<!--[if mso]><img src=\1>",
-                           "<!--[if mso]>x<![endif]-->",
-                           "]>",
-                           "<![",
-                           "&",
-                           "&amp",
-                           "&#1",
-                           "&a",
-                           "$*Merge",
-                           "$*Merge\1*$",
-                           "$*MergeEmail*$",
-                           "$*M",
-                           "$",
-                           "x",
-                           " ",
-                           "\n",
-                           "\u00E9",
-                           "\u4E2D",
-                           "e\u0301",
-                           "a ",
-                           "://",
-                           "white-space:",
-                           "- ",
-                           "<body>",
-                           "</body>x",
-                           "<!doctype>"});
-}
+// clang-format off
+constexpr std::string_view kPiecesOfPages[] = {
+    "<", "</", "<!", "<!--", "<!-->", "--!", "<![CDATA[", "<?", "<a ", "<a b='", "<a b=\"\" ", "a = ", "<a\n",
+    "<a href=\1>", "<a href=\1></a>", "<a href=x><img>", "<area href=\1>", "<area href=\1 alt=x>", "<b>", "</b>",
+    "<div>", "<div>x", "<ul><li>", "<ol type=i><li>x", "<table><tr><td>", "<table>", "<td>x", "</td>", "</table>",
+    "<blockquote>x", "<dl><dd>", "<p>", "<pre>\n", "<q>", "<hr>", "<br>", "<style>", "<style>url(",
+    "<style>url('x')</style>", "<style>/*", "<style>@import ", "<style>\\", "<script>", "</script", "<textarea>",
+    "<title>", "<plaintext>", "<svg><title/>", "<img src=\1>", "<img src=\1.png>", "<img srcset='\1,",
+    "<img src='$*Merge\1'>", "<style>\u20AC\\", "<i style=\u20AC>", "<img alt=x ", "<div style='display:none'>",
+    "<div style='url(\1)'>", "<div hidden>", "<p hidden>x", "<template>", "<base href=\1/>",
+    "<p style='mso-list:l level9'><b style='mso-list:ignore'>x</b>y", "<div>&nbsp;</div>", "<table><tr><td>a b ",
+    "<!--[if mso]><img src=\1>", "<!--[if mso]>x<![endif]-->", "]>", "<![", "&", "&amp", "&#1", "&a", "$*Merge",
+    "$*Merge\1*$", "$*MergeEmail*$", "$*M", "$", "x", " ", "\n", "\u00E9", "\u4E2D", "e\u0301", "a ", "://",
+    "white-space:", "- ", "<body>", "</body>x", "<!doctype>"
+};
+// clang-format on
+
+TEST(Growth, OfReadingHtml) { CheckEach(kHtmlReaders, kPiecesOfPages); }
 
 // Two things that grow together, and what grows within one place.
 TEST(Growth, OfReadingHtmlInOnePlace) {
   struct Row {
-    const char* name;
-    const char* before;
-    const char* pattern;
-    const char* behind;
+    const char *name, *before, *pattern, *behind;
   };
   for (const NamedReader& reader : kHtmlReaders) {
     for (const Row& row : {Row{"a srcset", "<img srcset='", "\1 1x, ", "'>"},
@@ -345,9 +268,8 @@ TEST(Growth, OfPicturesThatAreCopied) {
   constexpr std::size_t kPages = std::size_t{1} * 1024;
   constexpr std::string_view kReference = "<img src=\1/logo.gif>";
   const std::string all = Repeated(kReference, 4 * kPages);
-  for (auto n = std::count(all.begin(), all.end(), '<'); n > 0; --n) {
+  for (auto n = std::count(all.begin(), all.end(), '<'); n > 0; --n)
     folder.Write(std::to_string(n - 1) + "/logo.gif", "GIF89a" + std::to_string(1'000'000 + n));
-  }
   document::PicturePlaces places;
   places.AllowFolder(folder.path());
   const auto copy = [&](const std::string& html) {
@@ -381,9 +303,8 @@ TEST(Growth, OfFilesOfOneName) {
 
 std::size_t FindAll(const std::string& text) {
   std::size_t count = 0;
-  for (auto found = recipients::FindAddress(text, 0); found; ++count) {
+  for (auto found = recipients::FindAddress(text, 0); found; ++count)
     found = recipients::FindAddress(text, found->position + found->length);
-  }
   return count;
 }
 
@@ -439,10 +360,7 @@ Reader InCharset(const char* name) {
 // A term fits nearly everywhere in a text that grows with it.
 TEST(Growth, OfComparingATermWithAText) {
   struct Row {
-    const char* name;
-    const char* letter;
-    const char* term;
-    const char* behind;
+    const char *name, *letter, *term, *behind;
   };
   for (const Row& row :
        {Row{"one letter", "a", "a", "b%"}, Row{"any character", "a", "_a", "b%"}, Row{"two pieces", "a", "a", "b%a"},
@@ -463,6 +381,20 @@ TEST(Growth, OfSheetsThatNameOnePart) {
     return test::StoredArchive(parts);
   });
 }
+
+// clang-format off
+constexpr std::string_view kPiecesOfText[] = {
+    "a@", "\1,", "&\1=x", "%41", "@", "a@b.", "a.", "a@b.cc ", "a@b.c", "<", ">", "\"", "\"\"", "\\", ",", "\"a\",",
+    ";", "\r", "\n", "\t", " ", "'", "=", "=3D", "=\n", "\xFF", "\xC3", "\u00E9", "\u0130", "\u00E9 a ", "e\u0301",
+    "\u0301", "\u4E2D", "\u4E2Da", "\u3042\u300D", "\u05D0", "\u200D", "a", "A B", "a b ", "(", "=?utf-8?q?", "%", "+",
+    "+-", "+AAA-", "~", "\x1B$B", "\x1B", "\x0E", "[Email] ASC,", "Email Address=1,", "://", "AAAA", "[", "::", "xn--",
+    "BEGIN:VCARD\n", "EMAIL:a@b.cc\n", "N;ENCODING=QUOTED-PRINTABLE:=\n", "\n ", "mail: a@b.cc\n",
+    std::string_view("PK\1\2\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 46),
+    "PK\5\6", "<row><c><v>1</v></c></row>", "<row><c r='XFD1'><v>1</v></c></row>",
+    "<table:table-row><table:table-cell table:number-columns-repeated='99'><text:p>a</text:p>",
+    std::string_view("\0", 1)
+};
+// clang-format on
 
 TEST(Growth, OfReadingText) {
   const auto utf8 = charset::Charset::Utf8();
@@ -532,75 +464,7 @@ TEST(Growth, OfReadingText) {
        {"ParseHostPort", [](const std::string& text) { return net::ParseHostPort(text, 25); }},
        {"AsciiHost", [](const std::string& text) { return net::AsciiHost(text); }},
        {"SaslPrep", [](const std::string& text) { return smtp::SaslPrep(text); }}},
-      {"a@",
-       "\1,",
-       "&\1=x",
-       "%41",
-       "@",
-       "a@b.",
-       "a.",
-       "a@b.cc ",
-       "a@b.c",
-       "<",
-       ">",
-       "\"",
-       "\"\"",
-       "\\",
-       ",",
-       "\"a\",",
-       ";",
-       "\r",
-       "\n",
-       "\t",
-       " ",
-       "'",
-       "=",
-       "=3D",
-       "=\n",
-       "\xFF",
-       "\xC3",
-       "\u00E9",
-       "\u0130",
-       "\u00E9 a ",
-       "e\u0301",
-       "\u0301",
-       "\u4E2D",
-       "\u4E2Da",
-       "\u3042\u300D",
-       "\u05D0",
-       "\u200D",
-       "a",
-       "A B",
-       "a b ",
-       "(",
-       "=?utf-8?q?",
-       "%",
-       "+",
-       "+-",
-       "+AAA-",
-       "~",
-       "\x1B$B",
-       "\x1B",
-       "\x0E",
-       "[Email] ASC,",
-       "Email Address=1,",
-       "://",
-       "AAAA",
-       "[",
-       "::",
-       "xn--",
-       "BEGIN:VCARD\n",
-       "EMAIL:a@b.cc\n",
-       "N;ENCODING=QUOTED-PRINTABLE:=\n",
-       "\n ",
-       "mail: a@b.cc\n",
-       std::string_view("PK\1\2\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0",
-                        46),
-       "PK\5\6",
-       "<row><c><v>1</v></c></row>",
-       "<row><c r='XFD1'><v>1</v></c></row>",
-       "<table:table-row><table:table-cell table:number-columns-repeated='99'><text:p>a</text:p>",
-       std::string_view("\0", 1)});
+      kPiecesOfText);
 }
 
 // Everything of a message file is read. What comes before the text is as good as nothing.
@@ -619,6 +483,21 @@ Reader ReadMessage(std::string_view before) {
   };
 }
 
+// clang-format off
+constexpr std::string_view kPiecesOfMessages[] = {
+    "x", " ", "\n", "\r", "\n ", "a,", "a@b.c,", "(", "()", "\"", "<", ";", ":", "\\", "=?utf-8?q?", "=?utf-8?q?a?= ",
+    "from ", "a\1=b;", "a*\1*=b;", "a*0=b;", "\xE9", "=", "=3D", "--", "\n--b", "--b\n", "--b--\n", "--b\n\nx\n",
+    "--b\nContent-Type: text/html\n\n<b>x<img src=cid:a>\n", "--b\nContent-Type: text/html\n\n<img>\n",
+    "--b\nContent-Type: text/html\n\n<img src=cid:a>\n--b\nContent-Type: image/gif\nContent-ID: <a>\n\nGIF89a\n",
+    "--b\nContent-Location: a\1/../../b\nContent-Type: text/css\n\np{background:url(b)}\n", "--x\nContent-\n",
+    "X: y\n", "To: a@b.c\n", "Content-Type: message/rfc822\n\n",
+    "Content-Type: multipart/mixed; boundary=b\1\n\n--b\1\n", "Content-Type: multipart/mixed\n\n--b\1\n",
+    "begin 644 a\n", "begin 644 a\n!  \nend\n", "=ybegin \n", "(This file must be converted with BinHex\n:", "!!!!",
+    std::string_view("\2\2\x90\6\0\0\0\0\0\0\0\2\xF\x80\6\0\1\0\0\0xx\0", 23),
+    std::string_view("\1\3\x90\6\0\x10\0\0\0\xFF\0\0\0", 13), std::string_view("\0", 1)
+};
+// clang-format on
+
 TEST(Growth, OfMessageFiles) {
   CheckEach(
       {{"a message file", ReadMessage("")},
@@ -636,52 +515,7 @@ TEST(Growth, OfMessageFiles) {
        {"a page", ReadMessage("Content-Type: text/html\n\n")},
        {"a BinHex part", ReadMessage("Content-Type: application/mac-binhex40\n\n:")},
        {"winmail.dat", ReadMessage(std::string_view("Content-Type: application/ms-tnef\n\n\x78\x9F\x3E\x22\1\0", 41))}},
-      {"x",
-       " ",
-       "\n",
-       "\r",
-       "\n ",
-       "a,",
-       "a@b.c,",
-       "(",
-       "()",
-       "\"",
-       "<",
-       ";",
-       ":",
-       "\\",
-       "=?utf-8?q?",
-       "=?utf-8?q?a?= ",
-       "from ",
-       "a\1=b;",
-       "a*\1*=b;",
-       "a*0=b;",
-       "\xE9",
-       "=",
-       "=3D",
-       "--",
-       "\n--b",
-       "--b\n",
-       "--b--\n",
-       "--b\n\nx\n",
-       "--b\nContent-Type: text/html\n\n<b>x<img src=cid:a>\n",
-       "--b\nContent-Type: text/html\n\n<img>\n",
-       "--b\nContent-Type: text/html\n\n<img src=cid:a>\n--b\nContent-Type: image/gif\nContent-ID: <a>\n\nGIF89a\n",
-       "--b\nContent-Location: a\1/../../b\nContent-Type: text/css\n\np{background:url(b)}\n",
-       "--x\nContent-\n",
-       "X: y\n",
-       "To: a@b.c\n",
-       "Content-Type: message/rfc822\n\n",
-       "Content-Type: multipart/mixed; boundary=b\1\n\n--b\1\n",
-       "Content-Type: multipart/mixed\n\n--b\1\n",
-       "begin 644 a\n",
-       "begin 644 a\n!  \nend\n",
-       "=ybegin \n",
-       "(This file must be converted with BinHex\n:",
-       "!!!!",
-       std::string_view("\2\2\x90\6\0\0\0\0\0\0\0\2\xF\x80\6\0\1\0\0\0xx\0", 23),
-       std::string_view("\1\3\x90\6\0\x10\0\0\0\xFF\0\0\0", 13),
-       std::string_view("\0", 1)});
+      kPiecesOfMessages);
 }
 
 class NoSink final : public smtp::MessageSink {
@@ -725,6 +559,15 @@ void Answer(const std::string& bytes, std::string_view before, std::size_t piece
   for (std::size_t at = 0; at < bytes.size(); at += piece) receive(std::string_view(bytes).substr(at, piece));
 }
 
+// clang-format off
+constexpr std::string_view kPiecesOfTalks[] = {
+    "x", "\r", "\n", "\r\n", ".", ".\r\n", "\r\n.", " ", "*", "=", "NOOP\r\n", "RCPT TO:<a@b.example>\r\n",
+    "RCPT TO:<aaaaaaaaaaaaaaaaaaaa>\r\n", "MAIL FROM:<a@b.example>\r\nRSET\r\n", "DATA\r\n", "BDAT 1\r\nx",
+    "AUTH LOGIN\r\n", "QUIT\r\n", "250-x\r\n", "250-AUTH X\1\r\n", "X\1 ", "AUTH X\1\n", "AUTH\n", "SIZE 1\n",
+    "334 \r\n", "334 eA==\r\n", "250 ok\r\n", "421-x\r\n", "whois: a b\n", "@ ", std::string_view("\0", 1)
+};
+// clang-format on
+
 TEST(Growth, OfServersAndClients) {
   const auto serve = [](std::string_view before) {
     return [before](const std::string& bytes) { Serve(bytes, before); };
@@ -751,37 +594,7 @@ TEST(Growth, OfServersAndClients) {
              {"ParseCapabilities", [](const std::string& text) { return smtp::ParseCapabilities(text); }},
              {"ReadWhoisAnswer", [](const std::string& text) { return domain::ReadWhoisAnswer(text); }},
              {"NtlmChallenge", [](const std::string& text) { return smtp::ParseNtlmChallenge("NTLMSSP" + text); }}},
-            {"x",
-             "\r",
-             "\n",
-             "\r\n",
-             ".",
-             ".\r\n",
-             "\r\n.",
-             " ",
-             "*",
-             "=",
-             "NOOP\r\n",
-             "RCPT TO:<a@b.example>\r\n",
-             "RCPT TO:<aaaaaaaaaaaaaaaaaaaa>\r\n",
-             "MAIL FROM:<a@b.example>\r\nRSET\r\n",
-             "DATA\r\n",
-             "BDAT 1\r\nx",
-             "AUTH LOGIN\r\n",
-             "QUIT\r\n",
-             "250-x\r\n",
-             "250-AUTH X\1\r\n",
-             "X\1 ",
-             "AUTH X\1\n",
-             "AUTH\n",
-             "SIZE 1\n",
-             "334 \r\n",
-             "334 eA==\r\n",
-             "250 ok\r\n",
-             "421-x\r\n",
-             "whois: a b\n",
-             "@ ",
-             std::string_view("\0", 1)});
+            kPiecesOfTalks);
 }
 
 TEST(Growth, OfRules) {

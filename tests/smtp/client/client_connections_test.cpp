@@ -100,9 +100,8 @@ struct Busy {
 
 void ExpectAllSentOnce(const Letters& letters, const std::map<std::string, int>& taken, int count) {
   ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(count));
-  for (const Outcome& outcome : letters.outcomes) {
+  for (const Outcome& outcome : letters.outcomes)
     EXPECT_EQ(outcome.state, State::kSent) << outcome.reason << outcome.reply.text;
-  }
   EXPECT_EQ(taken.size(), static_cast<std::size_t>(count));
   for (const auto& [subject, times] : taken) EXPECT_EQ(times, 1) << subject;
 }

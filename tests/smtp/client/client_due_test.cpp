@@ -150,9 +150,7 @@ TEST(ClientDue, EachGoesWhenItIsDueOverTheConnectionThatWasWorthKeeping) {
     for (const auto& lines : said) connections.push_back(static_cast<int>(std::ranges::count(lines, "BDAT")));
     EXPECT_EQ(connections, row.connections);
     EXPECT_EQ(said.front().back() == "QUIT", row.quits);
-    for (std::size_t n = 1; n < row.waits.size(); ++n) {
-      EXPECT_GE(letters.taken[n] - letters.taken[n - 1], row.waits[n]);
-    }
+    for (std::size_t n = 1; n < row.waits.size(); ++n) EXPECT_GE(letters.taken[n] - letters.taken[n - 1], row.waits[n]);
     EXPECT_LE(letters.asked, 25) << "it was asked in a busy loop";
   }
 }

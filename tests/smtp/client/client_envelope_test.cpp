@@ -34,9 +34,7 @@ void Send(const std::string& offers, const Envelope& envelope, MessageSource& me
 
 TEST(ClientEnvelope, TurnsTheMessageIntoSevenBitsWhereTheServerTakesNoMore) {
   struct Case {
-    const char* offers;
-    const char* mail;
-    const char* rest;
+    const char *offers, *mail, *rest;
   };
   const std::string until_data = "S: 250 ok\nC: RCPT TO:<bob@example.net>\nS: 250 ok\n";
   for (const Case& c : std::initializer_list<Case>{
@@ -64,8 +62,7 @@ TEST(ClientEnvelope, TurnsTheMessageIntoSevenBitsWhereTheServerTakesNoMore) {
 
 TEST(ClientEnvelope, WritesAddressesAndNotificationsAsTheServerReadsThem) {
   struct Case {
-    const char* name;
-    const char* offers;
+    const char *name, *offers;
     Envelope envelope;
     const char* mail;
     const char* rcpt;  // behind its address and its "RCPT TO:"
@@ -74,42 +71,23 @@ TEST(ClientEnvelope, WritesAddressesAndNotificationsAsTheServerReadsThem) {
   std::string cut_id;
   for (int n = 0; n < 100; ++n) cut_id += "+3D";
   for (const Case& c : std::initializer_list<Case>{
-           {"domain",
-            "HELP",
-            {"ada@m\u00FCller.example"_address, "bob@b\u00FCcher.example"_address},
-            "<ada@xn--mller-kva.example>",
-            "<bob@xn--bcher-kva.example>"},
-           {"recipient",
-            "SMTPUTF8,8BITMIME",
-            {"ada@m\u00FCller.example"_address, "j\u00FCrgen@b\u00FCcher.example"_address},
-            "<ada@xn--mller-kva.example> BODY=8BITMIME SMTPUTF8",
-            "<j\u00FCrgen@b\u00FCcher.example>"},
-           {"sender",
-            "SMTPUTF8,8BITMIME",
-            {"\u00E5da@example.org"_address, "bob@example.net"_address},
-            "<\u00E5da@example.org> BODY=8BITMIME SMTPUTF8",
-            "<bob@example.net>"},
+           {"domain", "HELP", Envelope{"ada@m\u00FCller.example"_address, "bob@b\u00FCcher.example"_address},
+            "<ada@xn--mller-kva.example>", "<bob@xn--bcher-kva.example>"},
+           {"recipient", "SMTPUTF8,8BITMIME",
+            Envelope{"ada@m\u00FCller.example"_address, "j\u00FCrgen@b\u00FCcher.example"_address},
+            "<ada@xn--mller-kva.example> BODY=8BITMIME SMTPUTF8", "<j\u00FCrgen@b\u00FCcher.example>"},
+           {"sender", "SMTPUTF8,8BITMIME", Envelope{"\u00E5da@example.org"_address, "bob@example.net"_address},
+            "<\u00E5da@example.org> BODY=8BITMIME SMTPUTF8", "<bob@example.net>"},
            {"bounces nowhere", "HELP", {{}, "bob@example.net"_address}, "<>", "<bob@example.net>"},
-           {"original",
-            "DSN",
-            {"a@b.c"_address, "a+b=c@y.z"_address, 0, false, DsnNotify::kFailure},
-            "<a@b.c>",
+           {"original", "DSN", Envelope{"a@b.c"_address, "a+b=c@y.z"_address, 0, false, DsnNotify::kFailure}, "<a@b.c>",
             "<a+b=c@y.z> NOTIFY=FAILURE ORCPT=rfc822;a+2Bb+3Dc@y.z"},
-           {"never",
-            "DSN",
-            {"a@b.c"_address, "x@y.z"_address, 0, false, DsnNotify::kNever},
-            "<a@b.c>",
+           {"never", "DSN", Envelope{"a@b.c"_address, "x@y.z"_address, 0, false, DsnNotify::kNever}, "<a@b.c>",
             "<x@y.z> NOTIFY=NEVER ORCPT=rfc822;x@y.z"},
-           {"original beyond ASCII",
-            "DSN,SMTPUTF8",
-            {"a@b.c"_address, "\"\u00FC+\\\\\"@y.z"_address, 0, false, DsnNotify::kDelay},
-            "<a@b.c> SMTPUTF8",
+           {"original beyond ASCII", "DSN,SMTPUTF8",
+            Envelope{"a@b.c"_address, "\"\u00FC+\\\\\"@y.z"_address, 0, false, DsnNotify::kDelay}, "<a@b.c> SMTPUTF8",
             "<\"\u00FC+\\\\\"@y.z> NOTIFY=DELAY ORCPT=utf-8;\"\\x{FC}\\x{2B}\\x{5C}\\x{5C}\"@y.z"},
-           {"server's default",
-            "DSN",
-            {"a@b.c"_address, "x@y.z"_address, 0, false, DsnNotify::kServerDefault},
-            "<a@b.c>",
-            "<x@y.z>"},
+           {"server's default", "DSN", Envelope{"a@b.c"_address, "x@y.z"_address, 0, false, DsnNotify::kServerDefault},
+            "<a@b.c>", "<x@y.z>"},
            {"long id", "DSN", {"a@b.c"_address, "x@y.z"_address, 0, false, {}, {}, long_id}, nullptr, "<x@y.z>"}}) {
     SCOPED_TRACE(c.name);
     TextSource message("x\r\n");
@@ -122,9 +100,7 @@ TEST(ClientEnvelope, WritesAddressesAndNotificationsAsTheServerReadsThem) {
 
 TEST(ClientEnvelope, RefusesAddressesThatTheServerCannotTake) {
   struct Case {
-    const char* offers;
-    const char* sender;
-    const char* recipient;
+    const char *offers, *sender, *recipient;
     ResultCode code;
     const char* why;
   };

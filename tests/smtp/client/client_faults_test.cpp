@@ -80,8 +80,7 @@ TEST(ClientFaults, AtEveryReplyOfAConnection) {
 TEST(ClientFaults, NobodyIsWrittenToWhoCouldNotBeRecorded) {
   struct Row {
     const char* offers;
-    std::size_t connections;
-    std::size_t letters;
+    std::size_t connections, letters;
     int records;
   };
   constexpr const char* kPipelining = "250-ok\r\n250 PIPELINING\r\n";
@@ -121,9 +120,8 @@ TEST(ClientFaults, NobodyIsWrittenToWhoCouldNotBeRecorded) {
       }
       EXPECT_TRUE(is_recorded);
       ASSERT_EQ(letters.decided, letters.outcomes.size());
-      for (std::size_t n = 0; n < letters.outcomes.size(); ++n) {
+      for (std::size_t n = 0; n < letters.outcomes.size(); ++n)
         EXPECT_EQ(letters.outcomes[n].is_decided(), (written_to >> n & 1) == 1) << n;
-      }
       with_all += letters.outcomes.size() == row.letters && letters.outcomes.back().is_decided() ? 1 : 0;
       EXPECT_TRUE(fails_at > 1 || written_to == 0);
     }

@@ -7,8 +7,7 @@ namespace quillcast::smtp {
 namespace {
 
 struct Start {
-  const char* name;
-  const char* dialogue;
+  const char *name, *dialogue;
   ResultCode code;  // kSuccess when the session becomes ready
   State state = State::kFailed;
   bool loopback = false;
@@ -39,9 +38,8 @@ void Check(const Start& c) {
     EXPECT_TRUE(told.closed->reply.code == 421 || !told.closed->reason.empty());
   }
   for (const std::string& line : told.log) {
-    for (const char* secret : {"s3cret", "czNjcmV0", "AGFkYQBzM2NyZXQ=", "YWRh"}) {
+    for (const char* secret : {"s3cret", "czNjcmV0", "AGFkYQBzM2NyZXQ=", "YWRh"})
       EXPECT_EQ(line.find(secret), std::string::npos) << line;
-    }
   }
 }
 

@@ -72,8 +72,7 @@ const char* const kAtEnd =
 
 TEST(ClientSession, GivesEachReplyToAMessageItsMeaning) {
   struct Case {
-    const char* before;
-    const char* reply;
+    const char *before, *reply;
     State state;
     ResultCode code;
     bool reset;   // RSET goes before the next message
@@ -156,8 +155,7 @@ TEST(ClientSession, UsesExtensionsWhereTheGreetingOrTheAccountAllowsThem) {
   struct Case {
     const char* greeting;
     bool extended;
-    const char* mail;
-    const char* rcpt;
+    const char *mail, *rcpt;
   };
   const char* const full_mail = "MAIL FROM:<ada@example.org> SIZE=9 BODY=8BITMIME RET=HDRS ENVID=a+2B1+20";
   const char* const full_rcpt = "RCPT TO:<bob@example.net> NOTIFY=SUCCESS,FAILURE,DELAY ORCPT=rfc822;bob@example.net";

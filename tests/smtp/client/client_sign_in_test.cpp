@@ -94,9 +94,8 @@ TEST(ClientSignIn, SignsInWithoutSendingThePassword) {
     std::vector<std::string> shown = played.told.log;
     shown.insert(shown.end(), {played.closed.reply.text, played.closed.reason});
     for (const std::string& line : shown) {
-      for (const char* secret : {"s3cret", "YWRhIG", "Yz1iaXdz", "TlRM", "PDFAYT4", "cj1x", "r=qq", "dj1", "ZT14"}) {
+      for (const char* secret : {"s3cret", "YWRhIG", "Yz1iaXdz", "TlRM", "PDFAYT4", "cj1x", "r=qq", "dj1", "ZT14"})
         EXPECT_EQ(line.find(secret), std::string::npos) << line;
-      }
     }
   }
 }
@@ -213,8 +212,7 @@ TEST(ClientSignIn, SaysWhyItWasNotTaken) {
 TEST(ClientSignIn, KeepsItsLinesToTheLengthThatServersTake) {
   struct Case {
     std::size_t password;
-    bool in_command;
-    bool sent;
+    bool in_command, sent;
   };
   for (const Case& c :
        {Case{367, true, true}, Case{368, false, true}, Case{9208, false, true}, Case{9211, false, false}}) {

@@ -88,11 +88,9 @@ Outcome TestAccount(const ClientOptions& options) {
 
 TEST_F(ClientTls, TakesWhatIsTrustedAndRefusesTheRestInWords) {
   struct Case {
-    const char* host;
-    const char* name;
+    const char *host, *name;
     bool signed_by_ca;
-    long from;
-    long to;
+    long from, to;
     const char* why;  // nullptr when it is trusted
   };
   for (const Case& c : std::initializer_list<Case>{
@@ -281,8 +279,7 @@ TEST(NoCoreDump, LastsAsLongAsAClientWithAPassword) {
 // Somebody on the way takes the offer of TLS out, or puts words of their own behind the server's last one in clear.
 TEST_F(ClientTls, SendsNothingInClearToWhoMeddles) {
   struct Case {
-    const char* offers;
-    const char* to_starttls;
+    const char *offers, *to_starttls;
     ResultCode code;
     const char* words;
   };

@@ -9,12 +9,14 @@
 namespace quillcast::smtp {
 namespace {
 
+using Texts = std::vector<std::string>;
+
 struct Wait {
   const char* name;
-  std::string dialogue;               // until the server falls silent
-  const char* missing;                // what is told of the session
-  std::vector<std::string> outcomes;  // of each message its state and, in brackets, what is told of it
-  bool partly = false;                // half of what was to be sent last is not out
+  std::string dialogue;  // until the server falls silent
+  const char* missing;   // what is told of the session
+  Texts outcomes;        // of each message its state and, in brackets, what is told of it
+  bool partly = false;   // half of what was to be sent last is not out
 };
 
 // A session that submits letters to r0, r1 and so on whenever one is wanted, played up to the wait.
@@ -44,9 +46,8 @@ struct Silence {
   }
   std::vector<std::string> Outcomes() const {
     std::vector<std::string> out;
-    for (const Outcome& outcome : told.outcomes) {
+    for (const Outcome& outcome : told.outcomes)
       out.push_back(Name(outcome.state) + (outcome.reason.empty() ? "" : " (" + outcome.reason + ")"));
-    }
     return out;
   }
 
@@ -79,46 +80,32 @@ const std::vector<Wait>& Waits() {
       {"HELO", EHLO "S: 502 what?\nC: HELO [127.0.0.1]\n", "The server did not answer the greeting (HELO).", {}},
       {"STARTTLS", STARTTLS, "The server did not answer the request for encryption (STARTTLS).", {}},
       {"handshake", STARTTLS "S: 220 go\n", "The server did not finish the handshake of TLS.", {}},
-      {"EHLO under TLS",
-       STARTTLS "S: 220 go\nTLS\nC: EHLO [127.0.0.1]\n",
-       "The server did not answer the greeting (EHLO).",
-       {}},
+      {"EHLO under TLS", STARTTLS "S: 220 go\nTLS\nC: EHLO [127.0.0.1]\n",
+       "The server did not answer the greeting (EHLO).", Texts{}},
       {"AUTH", AUTH, "The server did not answer the sign-in (AUTH).", {}},
       {"a response", AUTH "S: 334 VXNlcm5hbWU6\nC: YWRh\n", "The server did not answer the sign-in (AUTH).", {}},
-      {"MAIL",
-       PLAIN MAIL(0),
-       "The server did not answer the sender (MAIL).",
-       {"failed (The server did not answer the sender (MAIL).)"}},
-      {"RCPT",
-       PLAIN MAIL(0) YES RCPT(0),
-       "The server did not answer the recipient (RCPT).",
-       {"failed (The server did not answer the recipient (RCPT).)"}},
-      {"DATA",
-       PLAIN MAIL(0) YES RCPT(0) YES "C: DATA\n",
+      {"MAIL", PLAIN MAIL(0), "The server did not answer the sender (MAIL).",
+       Texts{"failed (The server did not answer the sender (MAIL).)"}},
+      {"RCPT", PLAIN MAIL(0) YES RCPT(0), "The server did not answer the recipient (RCPT).",
+       Texts{"failed (The server did not answer the recipient (RCPT).)"}},
+      {"DATA", PLAIN MAIL(0) YES RCPT(0) YES "C: DATA\n",
        "The server did not answer the announcement of the message (DATA).",
-       {"failed (The server did not answer the announcement of the message (DATA).)"}},
-      {"a block",
-       PLAIN MAIL(0) YES RCPT(0) YES "C: DATA\n",
-       "The server stopped taking what was sent.",
-       {"failed (The server stopped taking what was sent.)"},
-       true},
+       Texts{"failed (The server did not answer the announcement of the message (DATA).)"}},
+      {"a block", PLAIN MAIL(0) YES RCPT(0) YES "C: DATA\n", "The server stopped taking what was sent.",
+       Texts{"failed (The server stopped taking what was sent.)"}, true},
       {"the end", PLAIN MAIL(0) YES RCPT(0) YES "C: DATA\nS: 354 go\n" TEXT(0), END, {"unknown (" END ")"}},
-      {"a lone dot",
-       PIPELINING MAIL(0) RCPT(0) "C: DATA\n" YES "S: 550 no\nS: 354 go\nC: .\n",
-       "The server did not answer the end of the message that it had refused.",
-       {"refused"}},
-      {"RSET",
-       PLAIN MAIL(0) YES RCPT(0) "S: 550 no\nC: RSET\n",
+      {"a lone dot", PIPELINING MAIL(0) RCPT(0) "C: DATA\n" YES "S: 550 no\nS: 354 go\nC: .\n",
+       "The server did not answer the end of the message that it had refused.", Texts{"refused"}},
+      {"RSET", PLAIN MAIL(0) YES RCPT(0) "S: 550 no\nC: RSET\n",
        "The server did not answer the request to start afresh (RSET).",
-       {"refused", "failed (The server did not answer the request to start afresh (RSET).)"}},
+       Texts{"refused", "failed (The server did not answer the request to start afresh (RSET).)"}},
       {"the end, and the next envelope",
-       PIPELINING MAIL(0) RCPT(0) "C: DATA\n" YES YES "S: 354 go\n" TEXT(0) MAIL(1) RCPT(1) "C: DATA\n",
-       END,
-       {"unknown (" END ")", "failed (" BEFORE ")"}},
+       PIPELINING MAIL(0) RCPT(0) "C: DATA\n" YES YES "S: 354 go\n" TEXT(0) MAIL(1) RCPT(1) "C: DATA\n", END,
+       Texts{"unknown (" END ")", "failed (" BEFORE ")"}},
       {"two chunks, and RSET behind one of them",
        CHUNKING MAIL(0) RCPT(0) YES YES "C: BDAT 5 LAST\nC: hi0\nC: RSET\n" CHUNK(1) YES "C: RSET\n" CHUNK(2),
        "The server did not answer the request to start afresh (RSET).",
-       {"sent", "unknown (" END ")", "unknown (" END ")"}},
+       Texts{"sent", "unknown (" END ")", "unknown (" END ")"}},
   };
   return waits;
 }
@@ -179,9 +166,8 @@ TEST(ClientWaits, WhoeverStopsIsToldWhatMayHaveBeenTaken) {
     Silence silence(wait);
     silence.GiveUp(ResultCode::kCancelled, "");
     EXPECT_EQ(silence.told.closed->reason, "");
-    for (const Outcome& outcome : silence.told.outcomes) {
+    for (const Outcome& outcome : silence.told.outcomes)
       EXPECT_EQ(outcome.reason, outcome.state == State::kUnknown ? END : "");
-    }
   }
 }
 

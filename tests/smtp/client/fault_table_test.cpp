@@ -153,9 +153,8 @@ class Hostile {
     if (fault.then == Then::kHangUp) return going_ = false;
     if (fault.then == Then::kStall) return peer_.Stall(), going_ = false;
     for (int n = 0; fault.then == Then::kDrip && n < 300 && peer_.Say("x"); ++n) std::this_thread::sleep_for(100ms);
-    for (int n = 0; fault.then == Then::kFlood && n < 200'000 && peer_.Say(fault.says); ++n) {
+    for (int n = 0; fault.then == Then::kFlood && n < 200'000 && peer_.Say(fault.says); ++n)
       ledger_.flooded += fault.says.size();
-    }
     return going_ = fault.then == Then::kGoOn;
   }
   bool Say(const std::string& text) { return peer_.Say(text); }
@@ -180,8 +179,7 @@ class Hostile {
 struct FaultRun {
   Place place;
   const Fault& fault;
-  bool pipeline;
-  bool chunking;
+  bool pipeline, chunking;
 };
 
 std::ostream& operator<<(std::ostream& out, const FaultRun& run) {

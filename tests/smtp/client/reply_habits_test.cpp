@@ -20,8 +20,7 @@ ServerReply Reply(const std::string& text) {
 struct Server {
   const char* name;
   std::string sender;  // "@" is the recipient, "#" the number of the message, in all three
-  std::string recipient;
-  std::string message;
+  std::string recipient, message;
   // Other words for some messages, by their number.
   std::function<bool(int number)> differs = nullptr;
   std::string other_recipient = {};
@@ -92,9 +91,8 @@ ServerReply Said(std::string text, int number, const std::string& address) {
   for (auto at = text.find('@'); at != std::string::npos; at = text.find('@', at + address.size())) {
     if (at == 0 || text[at - 1] == '<' || text[at - 1] == ' ') text.replace(at, 1, address);
   }
-  for (auto at = text.find('#'); at != std::string::npos; at = text.find('#')) {
+  for (auto at = text.find('#'); at != std::string::npos; at = text.find('#'))
     text.replace(at, 1, std::to_string(number));
-  }
   return Reply(text);
 }
 

@@ -203,9 +203,8 @@ TEST(MailboxServer, EndsAfterTheCount) {
   client.Send(
       "MAIL FROM:<a@example.org>\r\nRCPT TO:<b@example.net>\r\nDATA\r\n.\r\n"
       "MAIL FROM:<a@example.org>\r\nRCPT TO:<b@example.net>\r\nDATA\r\n.\r\n");
-  for (const char* reply : {"250", "250", "354", "250", "250", "250", "354", "452", "421"}) {
+  for (const char* reply : {"250", "250", "354", "250", "250", "250", "354", "452", "421"})
     EXPECT_EQ(client.Reply().substr(0, 3), reply);
-  }
   EXPECT_EQ(other.Reply(), "421 box is ending, closing");
   EXPECT_EQ(mailbox.Wait(), 2U);
 }
@@ -243,10 +242,8 @@ TEST(MailboxServer, SaysWhyItCannotListen) {
 TEST(MailboxServer, AsksForPasswordsInClearOnThisComputerAlone) {
   platform::SystemClock clock;
   struct Case {
-    const char* listen;
-    const char* user;
-    bool in_clear;
-    bool listens;
+    const char *listen, *user;
+    bool in_clear, listens;
   };
   for (const Case& c : std::initializer_list<Case>{{"127.0.0.1:0", "ada", false, true},
                                                    {"0.0.0.0:0", "", false, true},
@@ -283,9 +280,8 @@ std::string RepliesWithFilesLimitedTo(rlim_t limit, const TestFolder& folder) {
       client.Say("EHLO c");
       std::string lines;
       while (lines.size() < 3000) lines += std::string(98, 'x') + "\r\n";
-      for (const std::string& content : {std::string("x"), lines, std::string("x")}) {
+      for (const std::string& content : {std::string("x"), lines, std::string("x")})
         replies += client.Deliver("<b@example.net>", content).substr(0, 3) + " ";
-      }
     }
     [[maybe_unused]] const auto written = ::write(pipe_fds[1], replies.data(), replies.size());
     ::_exit(0);

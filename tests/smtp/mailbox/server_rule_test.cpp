@@ -39,21 +39,14 @@ TEST(ServerPolicy, ReadsRules) {
 
 TEST(ServerPolicy, MatchesGlobs) {
   struct Case {
-    const char* pattern;
-    const char* text;
+    const char *pattern, *text;
     bool matches;
   };
-  for (const Case& c : std::initializer_list<Case>{{"*", "", true},
-                                                   {"", "", true},
-                                                   {"", "a", false},
-                                                   {"BOB@*.net", "bob@example.NET", true},
-                                                   {"b?b@x", "bob@x", true},
-                                                   {"b?b@x", "bb@x", false},
-                                                   {"*ab", "aab", true},
-                                                   {"a*b*c", "aXbYbZc", true},
-                                                   {"a*b*c", "acb", false},
-                                                   {"a**", "a", true},
-                                                   {"[ab]*", "a", false}}) {
+  for (const Case& c : std::initializer_list<Case>{
+           Case{"*", "", true}, Case{"", "", true}, Case{"", "a", false}, Case{"BOB@*.net", "bob@example.NET", true},
+           Case{"b?b@x", "bob@x", true}, Case{"b?b@x", "bb@x", false}, Case{"*ab", "aab", true},
+           Case{"a*b*c", "aXbYbZc", true}, Case{"a*b*c", "acb", false}, Case{"a**", "a", true},
+           Case{"[ab]*", "a", false}}) {
     EXPECT_EQ(MatchesGlob(c.pattern, c.text), c.matches) << c.pattern << " " << c.text;
   }
   const std::string stars = [] {

@@ -305,8 +305,7 @@ std::vector<Case> Limits() {
 std::vector<Case> Smuggling() {
   std::vector<Case> cases;
   struct Attempt {
-    const char* end;
-    const char* fault;
+    const char *end, *fault;
   };
   for (const Attempt& attempt : std::initializer_list<Attempt>{{R"(\n.\n)", "LF"},
                                                                {R"(\n.\r\n)", "LF"},
@@ -627,21 +626,12 @@ TEST(ServerSession, CountsWholeStepsAlone) {
   const ServerPeer peer;
   MemorySink sink;
   ServerSession session(options, peer, sink);
-  for (const Fed& c : std::initializer_list<Fed>{{"EHLO", false},
-                                                 {" c\r", false},
-                                                 {"\n", true},
-                                                 {std::string(100'000, 'x'), false},
-                                                 {"\r\n", true},
-                                                 {"MAIL FROM:<a@b.example>\r\nRCPT TO:<c@d.example>\r\n", true},
-                                                 {"DATA\r\n", true},
-                                                 {std::string(60'000, 'x'), false},
-                                                 {std::string(10'000, 'x'), true},
-                                                 {"\r\n.", false},
-                                                 {"\r\n", true},
-                                                 {"MAIL FROM:<a@b.example>\r\nRCPT TO:<c@d.example>\r\n", true},
-                                                 {"BDAT 10 LAST\r\n", true},
-                                                 {"123456789", false},
-                                                 {"0", true}}) {
+  for (const Fed& c : std::initializer_list<Fed>{
+           Fed{"EHLO", false}, Fed{" c\r", false}, Fed{"\n", true}, Fed{std::string(100'000, 'x'), false},
+           Fed{"\r\n", true}, Fed{"MAIL FROM:<a@b.example>\r\nRCPT TO:<c@d.example>\r\n", true}, Fed{"DATA\r\n", true},
+           Fed{std::string(60'000, 'x'), false}, Fed{std::string(10'000, 'x'), true}, Fed{"\r\n.", false},
+           Fed{"\r\n", true}, Fed{"MAIL FROM:<a@b.example>\r\nRCPT TO:<c@d.example>\r\n", true},
+           Fed{"BDAT 10 LAST\r\n", true}, Fed{"123456789", false}, Fed{"0", true}}) {
     const auto before = session.Step();
     session.Receive(c.bytes);
     EXPECT_EQ(session.Step() != before, c.step) << c.bytes.substr(0, 30);
