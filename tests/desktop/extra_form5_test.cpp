@@ -141,8 +141,6 @@ class ExtraForm5Test : public QObject {
     complains("localhost", "", "PortTextBox", "warn: Please enter your port.", "");
     complains("localhost", "smtp", "PortTextBox", "warn: Please enter your port.", "");  // digits alone pass
     complains("localhost", "70000", "PortTextBox", "", "\"70000\" is no port of a mail server.");
-    complains("mail.example.org:smtp", "587", "ServerTextBox", "",
-              "Server: \"mail.example.org:smtp\" names no port of a mail server.");
     complains("https://mail.example.org", "587", "ServerTextBox", "",
               "Server: \"https://mail.example.org\" is no name of a mail server.");
     QCOMPARE(scene.Report(), "");

@@ -24,9 +24,10 @@ struct Manager {
   std::unique_ptr<GroupManagerForm> form;
   QStringList told;  // to whoever shows the groups
 
-  Manager() {
+  explicit Manager(const char* opened = nullptr) {
     rig.AddGroup("Empty", {});
     rig.AddGroup("Readers", {"zoe@x.org", "ada@x.org", "Max@x.org"});
+    if (opened != nullptr) Open(opened);
   }
   void Open(const char* group = "") {
     form = std::make_unique<GroupManagerForm>(rig.program, nullptr);
@@ -131,8 +132,7 @@ class GroupManagerTest : public QObject {
 
   // The same command has the same key in the window beside, and no key stands for two.
   void neighboursHaveTheSameKeys() {
-    Manager manager;
-    manager.Open("Readers");
+    Manager manager("Readers");
     const auto keys_of = [](const QDialog& form) {
       QMap<QString, QString> keys;
       for (const auto* button : form.findChildren<QPushButton*>()) {
@@ -164,8 +164,7 @@ class GroupManagerTest : public QObject {
   }
 
   void readingDisablesEverythingAndCounts() {
-    Manager manager;
-    manager.Open();
+    Manager manager("");
     QCOMPARE(manager.Rows() + manager.Total(), QString());
     manager.Choose("Empty");
     manager.Box().setFocus();
@@ -184,8 +183,7 @@ class GroupManagerTest : public QObject {
   }
 
   void aRecipientIsAddedModifiedAndDeleted() {
-    Manager manager;
-    manager.Open("Readers");
+    Manager manager("Readers");
     auto& undo = *manager.form->findChild<QPushButton*>("UndoButton");
     QVERIFY(!undo.isEnabled());
     FillIn("RecipientAddForm", {{"EmailTextBox", "bob@x.org"}, {"FirstNameTextBox", "Bob"}});
@@ -224,13 +222,11 @@ class GroupManagerTest : public QObject {
     QTest::keyClick(&undo, Qt::Key_Space);
     QTRY_COMPARE(manager.Rows(), QString("1:zoe@x.org 2:Max@x.org 3:BOB@x.net"));
     QTRY_COMPARE(manager.form->focusWidget(), &manager.Grid());
-    QCOMPARE(manager.rig.Shown(),
-             QString("ask: Do you want to bring back who was deleted from 'Readers'? Recipients: 3"));
+    QCOMPARE(manager.rig.Shown(), "ask: Do you want to bring back who was deleted from 'Readers'? Recipients: 3");
   }
 
   void groupsAreMadeRenamedAndDeleted() {
-    Manager manager;
-    manager.Open();
+    Manager manager("");
     FillIn("GroupNewForm", {{"NameTextBox", "Authors"}});
     manager.Press("NewGroupButton");
     QCOMPARE(manager.Groups(), (QStringList{"Empty", "Readers", "Authors"}));
@@ -293,8 +289,7 @@ class GroupManagerTest : public QObject {
                      QString("Are you sure you want to change the name of one recipient in 'Readers'?"));
         const auto* changes = form.findChild<QTableView*>("ChangesList")->model();
         QCOMPARE(changes->rowCount(), 1);
-        QCOMPARE(changes->index(0, 1).data().toString() + changes->index(0, 2).data().toString(),
-                 QString("o'neillO'Neill"));
+        QCOMPARE(changes->index(0, 1).data().toString() + changes->index(0, 2).data().toString(), "o'neillO'Neill");
         QTest::mouseClick(form.findChild<QPushButton*>(agrees ? "OKButton" : "CancelButton"), Qt::LeftButton);
       });
       manager.Press("CapitalizeButton");
@@ -312,8 +307,7 @@ class GroupManagerTest : public QObject {
   }
 
   void theOrderIsPickedAndKept() {
-    Manager manager;
-    manager.Open("Readers");
+    Manager manager("Readers");
     test::WhileOpen("SortForm", [](QDialog& form) {
       form.findChild<QComboBox*>("FieldComboBox1")->setCurrentText("Country");
       form.findChild<QComboBox*>("FieldComboBox2")->setCurrentText("Email Address");
@@ -379,8 +373,7 @@ class GroupManagerTest : public QObject {
       auto* status = form.findChild<QLabel*>("StatusLine");
       auto* erase = form.findChild<QPushButton*>("DeleteDuplicatesButton");
       QTRY_COMPARE(status->text(), QString("1 address stands there more than once."));
-      QCOMPARE(rows(form, "DuplicatesList", 3),
-               QString("ada@x.org|Readers|ada@x.org|ada@x.org|Readers|Ada <ada@x.org>"));
+      QCOMPARE(rows(form, "DuplicatesList", 3), "ada@x.org|Readers|ada@x.org|ada@x.org|Readers|Ada <ada@x.org>");
       form.findChild<QAbstractButton*>("AllGroupsCheckBox")->click();
       QTRY_COMPARE(status->text(), QString("2 addresses stand there more than once."));
       QVERIFY(!erase->isEnabled());
@@ -408,8 +401,7 @@ class GroupManagerTest : public QObject {
   }
 
   void theGridIsWorkedByKeys() {
-    Manager manager;
-    manager.Open("Readers");
+    Manager manager("Readers");
     auto& grid = manager.Grid();
     manager.Key(Qt::Key_M);
     QTRY_COMPARE(grid.currentIndex().row(), 2);
@@ -469,8 +461,7 @@ class GroupManagerTest : public QObject {
   }
 
   void whatOthersDoMeanwhileIsSaid() {
-    Manager manager;
-    manager.Open("Readers");
+    Manager manager("Readers");
     auto store = manager.rig.Store();
     const auto group = store.RequireGroup("Empty")->id;
     auto other = recipients::OpenStore(manager.rig.folders.Database());
@@ -520,8 +511,7 @@ class GroupManagerTest : public QObject {
 
   // Another program has renamed the group that is shown, and made one of its old name.
   void whoIsNotDeletedIsNotTakenOut() {
-    Manager manager;
-    manager.Open("Readers");
+    Manager manager("Readers");
     auto other = recipients::OpenStore(manager.rig.folders.Database());
     const auto before = *manager.rig.Store().CountRecipients("Readers");
     QVERIFY(other->Execute("UPDATE [Groups] SET [GroupName] = 'Writers' WHERE [GroupName] = 'Readers'"));
@@ -537,9 +527,7 @@ class GroupManagerTest : public QObject {
 
   void whatOthersDoUnderADialogIsSaid() {
     struct Case {
-      const char* dialog;
-      const char* button;
-      const char* change;
+      const char *dialog, *button, *change;
       QString told;
     };
     const char* no_recipient = "DELETE FROM [Emails] WHERE [G-Email] = 'zoe@x.org'";
@@ -552,8 +540,7 @@ class GroupManagerTest : public QObject {
           Case{"MergeForm", "MergeButton", "DELETE FROM [Groups] WHERE [GroupName] = 'Empty'",
                "There is no group \"Empty\"."},
           Case{"SortForm", "SortButton", no_group, "There is no group \"Readers\"."}}) {
-      Manager manager;
-      manager.Open("Readers");
+      Manager manager("Readers");
       manager.rig.prompts.answers = {platform::Answer::kYes};
       QString told;
       test::WhileOpen(c.dialog, [&](QDialog& form) {

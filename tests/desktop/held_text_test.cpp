@@ -90,8 +90,7 @@ class HeldTextTest : public QObject {
     closes.start(10);
     const std::set<CommandId> elsewhere = {CommandId::kFind, CommandId::kSend, CommandId::kImport, CommandId::kExport};
     for (const auto& [html, changed] : {std::pair(kPage, false), {kPage, true}, {kDeep, true}}) {
-      Scene scene;
-      scene.Open();
+      OpenScene scene;
       const QString begin = changed ? "typed" : "";
       for (const Command& command : Commands()) {
         if (command.id == CommandId::kExit || command.id == CommandId::kSplash) continue;
@@ -121,13 +120,11 @@ class HeldTextTest : public QObject {
         if (elsewhere.contains(command.id)) continue;
         QVERIFY2(scene.Focus() == (is_shown ? "SourceTextBox" : "Editor"), name + " " + scene.Focus().toUtf8());
       }
-      scene.window->skip_save_prompt = true;
     }
   }
 
   void theSourceIsKeptAsADraft() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     ShowSource(scene, kPage, true);
     scene.window->Dispatch(CommandId::kSource);
     QVERIFY2(Draft(scene).contains("typed"), "it was left before it rested");
@@ -146,13 +143,11 @@ class HeldTextTest : public QObject {
       QTest::qWait(50);
     }
     QVERIFY(clock.elapsed() < 4000);
-    scene.window->skip_save_prompt = true;
   }
 
   void savedIsSavedAlsoFromTheSource() {
     for (const QString& html : {kPage, kDeep}) {
-      Scene scene;
-      scene.Open();
+      OpenScene scene;
       ShowSource(scene, html, true);
       for (int i = 0; i < 5; ++i) QTest::keyClick(&Source(scene), Qt::Key_Backspace);
       scene.rig.prompts.files = {scene.rig.folder.path() / "letter.html"};
@@ -196,8 +191,7 @@ class HeldTextTest : public QObject {
   }
 
   void closingTellsWhatBecomesOfATextThatIsNotTold() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     scene.Editor().SetHtml(kPage);
     Type(scene, "typed ");
     QTRY_VERIFY(Draft(scene).contains("typed"));
@@ -226,13 +220,11 @@ class HeldTextTest : public QObject {
       scene.window->Dispatch(command);
       QTRY_VERIFY(scene.Find<QLabel>("PicturesLabel").text().contains(PathToQt(home)));
       QVERIFY(Source(scene).isVisible());
-      scene.window->skip_save_prompt = true;
     }
   }
 
   void typingWithoutARestIsSeenToo() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     scene.Editor().SetHtml(kPage);
     QSignalSpy restored(&scene.Editor(), &HtmlEditor::Restored);
     QString typed;
@@ -250,12 +242,10 @@ class HeldTextTest : public QObject {
     QVERIFY(scene.Status().contains("may be missing") == !is_whole);
     QVERIFY(Label(scene).endsWith("not saved"));
     QVERIFY(Draft(scene).count('k') >= 25);
-    scene.window->skip_save_prompt = true;
   }
 
   void aPageThatDiesBehindADialogKeepsItsPlace() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     scene.Editor().SetHtml(kPage);
     scene.Editor().Evaluate(kWithin);
     QTest::qWait(200);  // the place is told
@@ -273,7 +263,6 @@ class HeldTextTest : public QObject {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Y);
     QTRY_VERIFY2(scene.Editor().Text()->contains(QRegularExpression("<hr[^>]*>(<[^>]*>)*y")),
                  qPrintable(*scene.Editor().Text()));
-    scene.window->skip_save_prompt = true;
   }
 
   // What was switched on for the text to come holds for the first letter, too, wherever the keys were.
@@ -312,7 +301,6 @@ class HeldTextTest : public QObject {
       QTest::qWait(100);
       Type(scene, "yz");
       QTRY_VERIFY2(scene.Editor().Text()->contains(c.typed), qPrintable(*scene.Editor().Text()));
-      scene.window->skip_save_prompt = true;
     }
   }
 
@@ -336,13 +324,11 @@ class HeldTextTest : public QObject {
       QVERIFY2(scene.Editor().Text()->contains(c.text), qPrintable(*scene.Editor().Text()));
       scene.window->Dispatch(CommandId::kUndo);
       QTRY_COMPARE(*scene.Editor().Text(), switched);
-      scene.window->skip_save_prompt = true;
     }
   }
 
   void theFindBarGivesTheKeysBack() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     scene.Editor().SetHtml(kPage);
     scene.window->Dispatch(CommandId::kFind);
     auto& box = scene.Find<QLineEdit>("FindTextBox");
@@ -353,8 +339,7 @@ class HeldTextTest : public QObject {
   }
 
   void filesArePastedNowhereAsText() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     for (const char* address : {"file:///home/ada/letter.html", "file://server/share/x"}) {
       ShowSource(scene, kPage, false);
       auto* files = new QMimeData;
@@ -372,8 +357,7 @@ class HeldTextTest : public QObject {
   }
 
   void aFullDiskIsToldWhenItBegins() {
-    Scene scene;
-    scene.Open();
+    OpenScene scene;
     std::filesystem::create_directories(scene.rig.folders.data / "Autosave.htm" / "in the way");
     Type(scene, "typed");
     QTRY_VERIFY2(scene.Status().contains("No draft can be kept"), qPrintable(scene.Status()));
@@ -387,7 +371,6 @@ class HeldTextTest : public QObject {
     std::filesystem::remove_all(scene.rig.folders.data / "Autosave.htm");
     Type(scene, "more");
     QTRY_COMPARE(scene.Status(), QString("Another sentence."));
-    scene.window->skip_save_prompt = true;
   }
 };
 

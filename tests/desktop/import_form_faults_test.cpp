@@ -2,11 +2,9 @@
 #include <QElapsedTimer>
 #include <filesystem>
 #include <fstream>
-#include <set>
 
 #include "desktop/import_scene.h"
 #include "platform/sqlite.h"
-#include "support/full_disk.h"
 #include "support/read_only_disk.h"
 
 namespace quillcast::desktop {
@@ -43,33 +41,6 @@ class ImportFormFaultsTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void aDiskFailsAtEachWrite() {
-    Scene scene;
-    scene.OpenWithList();
-    const auto store = scene.rig.folders.Database();
-    const auto untouched = test::ReadAll(store);
-    for (const auto kind : {test::FullDisk::Kind::kFull, test::FullDisk::Kind::kBroken}) {
-      std::set<qsizetype> stored;
-      bool has_failed = true;
-      for (int writes = 0; has_failed; ++writes) {
-        std::filesystem::remove(store.string() + "-journal");
-        std::ofstream(store, std::ios::binary) << untouched;
-        QString shown;
-        {
-          const test::FullDisk disk(kind, writes);
-          shown = scene.Import();
-          has_failed = test::FullDisk::has_failed();
-        }
-        const auto told = scene.ToldOfAll(shown);
-        QVERIFY2(told == 0 || told == kLines, qPrintable(QString("write %1: %2").arg(writes).arg(shown)));
-        const bool names_it = scene.Status().contains(PathToQt(store.filename()));
-        QVERIFY2(names_it == (told == 0), qPrintable(QString("write %1: %2").arg(writes).arg(scene.Status())));
-        stored.insert(told);
-      }
-      QCOMPARE(stored, (std::set<qsizetype>{0, kLines}));
-    }
-  }
-
   void whatCannotBeWrittenIsTold() {
     Scene scene;
     scene.OpenWithList();

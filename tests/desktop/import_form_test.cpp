@@ -98,8 +98,7 @@ class ImportFormTest : public QObject {
   }
 
   void harvests() {
-    Scene scene;
-    scene.OpenWith("Ada <ada@x.org>, ada@x.org; o'neill@x.org old@x.org");
+    Scene scene("Ada <ada@x.org>, ada@x.org; o'neill@x.org old@x.org");
     QCOMPARE(scene.Import(), kConsent + " | " + Done(2, 2, 0));
     QCOMPARE(scene.Addresses(), "old@x.org, ada@x.org, neill@x.org,");
     QVERIFY2(scene.Warnings().startsWith("1 address was cut, the first to neill@x.org"), qPrintable(scene.Warnings()));
@@ -110,8 +109,7 @@ class ImportFormTest : public QObject {
   }
 
   void getDataFillsTheLists() {
-    Scene scene;
-    scene.OpenWith("\" Ada \" ; \"ada@x.org\";\nBob;bob@x.org;x;y\n");
+    Scene scene("\" Ada \" ; \"ada@x.org\";\nBob;bob@x.org;x;y\n");
     scene.Press("RadioButton2");
     QCOMPARE(scene.Find<QComboBox>("DelimitComboBox").currentText(), "Semicolon");
     QVERIFY2(scene.Status().contains("The delimiter seems to be “Semicolon”"), qPrintable(scene.Status()));
@@ -127,8 +125,7 @@ class ImportFormTest : public QObject {
   }
 
   void theListsAreThoseOfTheLastReading() {
-    Scene scene;
-    scene.OpenWith("Ada;Love;ada@x.org\n");
+    Scene scene("Ada;Love;ada@x.org\n");
     scene.Press("RadioButton2");
     QTest::keyClick(&scene.Find<QComboBox>("DelimitComboBox"), Qt::Key_Up);
     scene.Press("GetDataButton");
@@ -145,8 +142,7 @@ class ImportFormTest : public QObject {
   }
 
   void theTableShowsWhatWouldBeStored() {
-    Scene scene;
-    scene.OpenWith("First,Mail\n\"Ada, B\",ada@x.org\n");
+    Scene scene("First,Mail\n\"Ada, B\",ada@x.org\n");
     scene.Press("RadioButton2");
     QCOMPARE(scene.Sample(), "First|Mail| / \"Ada| B\"|ada@x.org");
     scene.Press("Rfc4180CheckBox");
@@ -167,8 +163,7 @@ class ImportFormTest : public QObject {
   }
 
   void headingsProposeAMapping() {
-    Scene scene;
-    scene.OpenWith("Vorname;Nachname;E-Mail\nAda;Lovelace;ada@x.org\nJ\xC3\xB6rg;\xC3\x96l;j\xE4@x.org\n");
+    Scene scene("Vorname;Nachname;E-Mail\nAda;Lovelace;ada@x.org\nJ\xC3\xB6rg;\xC3\x96l;j\xE4@x.org\n");
     scene.Press("RadioButton2");
     QVERIFY(!scene.Find<QAbstractButton>("SkipCheckBox").isChecked());
     scene.Press("ProposeButton");
@@ -242,8 +237,7 @@ class ImportFormTest : public QObject {
 
   // The look has not come back when the buttons are pressed: nobody has turned the event loop.
   void whatIsPressedDuringALookIsForWhatItShows() {
-    Scene scene;
-    scene.OpenWith("Vorname;E-Mail;Ort\nAda;ada@x.org;Ulm\n");
+    Scene scene("Vorname;E-Mail;Ort\nAda;ada@x.org;Ulm\n");
     scene.Press("RadioButton2");
     scene.Press("ProposeButton");
     scene.TypeColumns("2,3,1");
@@ -294,8 +288,7 @@ class ImportFormTest : public QObject {
 
   // What the table shows is of other columns than those that are typed by now, and goes with the look.
   void aHarvestBreaksALookOff() {
-    Scene scene;
-    scene.OpenWith("Ada,ada@x.org\n");
+    Scene scene("Ada,ada@x.org\n");
     scene.Press("RadioButton2");
     scene.TypeColumns("2,1");
     scene.Press("RadioButton1");
@@ -352,8 +345,7 @@ class ImportFormTest : public QObject {
 
   // What is ticked counts where it can be ticked.
   void quotesAreTakenOffDelimitedTextAlone() {
-    Scene scene;
-    scene.OpenWith("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n");
+    Scene scene("BEGIN:VCARD\nN:Love;Ada\nEMAIL:vcard@x.org\nEND:VCARD\n");
     scene.Press("RadioButton2");
     scene.Step("KindComboBox", 1);
     QTRY_VERIFY(scene.Find<QWidget>("QuotationCheckBox").isEnabled());
@@ -370,8 +362,7 @@ class ImportFormTest : public QObject {
   }
 
   void theWarningsAreThoseThatStillHold() {
-    Scene scene;
-    scene.OpenWith("\"Ada\",\"ada@x.org\"\n\"Bob\",\"bob@x.org\"\n");
+    Scene scene("\"Ada\",\"ada@x.org\"\n\"Bob\",\"bob@x.org\"\n");
     scene.Press("RadioButton2");
     const auto warns = [&](const char* of) { return scene.Warnings().contains(of); };
     QTRY_VERIFY2(warns("stand in quotes"), qPrintable(scene.Warnings()));
@@ -399,8 +390,7 @@ class ImportFormTest : public QObject {
   }
 
   void aMappingIsKeptUnderAName() {
-    Scene scene;
-    scene.OpenWith("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
+    Scene scene("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
     scene.Press("RadioButton2");
     QVERIFY(!scene.Find<QWidget>("ApplyMappingButton").isEnabled());
     scene.Press("KeepMappingButton");
@@ -450,8 +440,7 @@ class ImportFormTest : public QObject {
   }
 
   void anotherFileSetsTheMappingBack() {
-    Scene scene;
-    scene.OpenWith("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
+    Scene scene("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
     scene.Press("RadioButton2");
     scene.Press("ProposeButton");
     const QString mapped = scene.Mapped();
@@ -470,8 +459,7 @@ class ImportFormTest : public QObject {
   // What was given up since does not come back with the file.
   void ofAFileTheLastMappingIsRemembered() {
     for (const char* last : {"GetDataButton", "ProposeButton"}) {
-      Scene scene;
-      scene.OpenWith("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
+      Scene scene("Vorname;Ort;E-Mail\nAda;Ulm;ada@x.org\n");
       const auto list = scene.rig.folder.path() / "list.txt";
       scene.Press("RadioButton2");
       scene.Press("ProposeButton");
@@ -570,8 +558,7 @@ class ImportFormTest : public QObject {
   }
 
   void kindAndSheetCanBeChosen() {
-    Scene scene;
-    scene.OpenWith(test::StoredArchive(test::TwoSheets()));
+    Scene scene(test::StoredArchive(test::TwoSheets()));
     scene.Press("RadioButton2");
     QTRY_COMPARE(scene.Entries("SheetComboBox"), "One|T&wo");
     QCOMPARE(scene.Find<QComboBox>("SheetComboBox").currentText(), "One");
@@ -681,8 +668,7 @@ class ImportFormTest : public QObject {
   }
 
   void theEncodingCanBeOverruled() {
-    Scene scene;
-    scene.OpenWith("\xC4\xE4,a@x.org\n");
+    Scene scene("\xC4\xE4,a@x.org\n");
     scene.Press("RadioButton2");
     QVERIFY2(scene.Status().contains("windows-1252"), qPrintable(scene.Status()));
     QCOMPARE(scene.Sample(), QString::fromUtf8("\u00C4\u00E4|a@x.org"));
@@ -728,8 +714,7 @@ class ImportFormTest : public QObject {
   }
 
   void aFailureIsToldInTheStatusLine() {
-    Scene scene;
-    scene.OpenWith("PK\3\4 no archive");
+    Scene scene("PK\3\4 no archive");
     QVERIFY2(scene.Status().contains("is damaged"), qPrintable(scene.Status()));
     scene.Find<QLineEdit>("BrowseTextBox").setText("/nowhere/list.txt");
     QCOMPARE(scene.Import(), kConsent + " | " + Done(0, 0, 0));

@@ -34,6 +34,8 @@ struct ImportScene {
   test::FormRig rig;
   std::unique_ptr<RecipientImportForm> form;
 
+  ImportScene() = default;
+  explicit ImportScene(std::string_view content) { OpenWith(content); }
   void Open(const QString& group = {}) {
     form = std::make_unique<RecipientImportForm>(rig.program, group, nullptr);
     form->show();
@@ -135,9 +137,7 @@ struct ImportScene {
     auto cursor = rig.Store().ListRecipients(rig.Store().RequireGroup("Readers")->id, "");
     recipients::Recipient recipient;
     QStringList all;
-    while (*cursor->Next(recipient)) {
-      all << ToQt(recipient.email() + "," + recipient.values[recipients::kFirstName]);
-    }
+    while (*cursor->Next(recipient)) all << ToQt(recipient.email() + "," + recipient.values[recipients::kFirstName]);
     return all.join(' ');
   }
 };

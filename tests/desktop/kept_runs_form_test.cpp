@@ -227,8 +227,7 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(changes.join('\n').contains("There is no group Readers any more:"), qPrintable(changes.join('\n')));
     QVERIFY2(changes.join('\n').contains("the account's server has changed."), qPrintable(changes.join('\n')));
     QVERIFY(form.findChild<QWidget*>("NotesList")->isVisible());
-    QCOMPARE(test::Text(form, "PaceLabel"),
-             QString("Pace: 30 a minute (as this run was told before, else the mail account)"));
+    QCOMPARE(test::Text(form, "PaceLabel"), "Pace: 30 a minute (as this run was told before, else the mail account)");
     test::WhileOpen("RunPaceForm", [](QDialog& pace) {
       QCOMPARE(test::Text(pace, "RateTextBox"), QString("30/min"));
       pace.findChild<QLineEdit*>("ConnectionsTextBox")->setText("2");
@@ -276,9 +275,7 @@ class KeptRunsFormTest : public QObject {
     QTRY_COMPARE(changed(), QString("Since then the account's pace has changed, and the run goes by what it is now: "
                                     "QuotaHour."));
     struct Case {
-      const char* press;
-      const char* an_hour;
-      const char* changed;
+      const char *press, *an_hour, *changed;
     };
     for (const Case& c : {Case{"UseButton", "90", ""}, Case{"AccountPaceButton", "90", "SlowDown."}}) {
       test::WhileOpen("RunPaceForm", [&](QDialog& pace) {

@@ -41,4 +41,8 @@ struct Scene {
   QString Status() const { return Find<QLabel>("StatusPanel1").text(); }
 };
 
+struct OpenScene : Scene {
+  OpenScene() { Open(); }
+};
+
 }  // namespace quillcast::desktop

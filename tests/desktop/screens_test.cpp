@@ -181,9 +181,8 @@ class ScreensTest : public QObject {
     QStringList texts;
     for (const QWidget* widget : window.findChildren<QWidget*>()) {
       if (!widget->isVisible() || qobject_cast<const QDialogButtonBox*>(widget->parent()) != nullptr) continue;
-      for (const char* property : {"placeholderText", "toolTip", "accessibleName"}) {
+      for (const char* property : {"placeholderText", "toolTip", "accessibleName"})
         texts << widget->property(property).toString();
-      }
       if (qobject_cast<const QLineEdit*>(widget) == nullptr) texts << widget->property("text").toString();
       if (const auto* box = qobject_cast<const QGroupBox*>(widget)) texts << box->title();
     }
@@ -301,9 +300,8 @@ class ScreensTest : public QObject {
       }
     }
     stand_for.remove({});
-    for (auto at = stand_for.cbegin(); at != stand_for.cend(); ++at) {
+    for (auto at = stand_for.cbegin(); at != stand_for.cend(); ++at)
       QVERIFY2(at->size() == 1, qPrintable(name + ": " + at.key() + " is " + at->join(" and ")));
-    }
   }
 
   // `rect` is in the window's own pixels, which a scaled picture holds several of.
@@ -556,8 +554,8 @@ class ScreensTest : public QObject {
       if (!has_text || !control->isVisible()) continue;
       QVERIFY2(control->width() >= control->minimumSizeHint().width(), qPrintable(name + ": " + control->objectName()));
     }
-    for (QWidget* widget : window.findChildren<QWidget*>()) {  // what the keyboard reaches says what it is
-      if (!widget->isVisible() || !widget->isEnabled() || (widget->focusPolicy() & Qt::TabFocus) == 0) continue;
+    for (QWidget* widget : window.findChildren<QWidget*>()) {  // what the keyboard can reach says what it is
+      if (!widget->isVisible() || (widget->focusPolicy() & Qt::TabFocus) == 0) continue;
       if (widget->inherits("QQuickWidget")) continue;  // the page speaks for itself
       if (widget->focusProxy() != nullptr || widget->parentWidget()->inherits("QTabWidget")) continue;
       const auto* accessible = QAccessible::queryAccessibleInterface(widget);

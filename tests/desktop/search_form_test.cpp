@@ -35,7 +35,7 @@ struct Scene : test::Hands<Scene> {
   std::unique_ptr<RecipientSearchForm> form;
 
   // Four recipients of "Readers", and one of another group.
-  void Open() {
+  Scene() {
     rig.AddGroup("Readers", {"ada@x.org", "bob@Y.org", "o'neill@x.org", "zoe@z.net"});
     rig.AddGroup("Others", {"ada@x.org"});
     Run("UPDATE [Emails] SET [G-FirstName] = 'Zo\xC3\xAB', [G-LastName] = 'Vos', [G-Address1] = '1 Dock Road' "
@@ -92,7 +92,6 @@ class SearchFormTest : public QObject {
  private slots:
   void opensWithTheGivenChoices() {
     Scene scene;
-    scene.Open();
     auto& fields = scene.Find<QComboBox>("FieldComboBox");
     QCOMPARE(fields.count(), 19);
     QCOMPARE(fields.currentText(), "Email");
@@ -117,7 +116,6 @@ class SearchFormTest : public QObject {
                "A search in \"Address 1\" alone finds nothing. Search all fields: they hold this one."},
           Case{"All fields", "Contains", "dock", "1 Zo\xC3\xAB Vos zoe@z.net", "1 recipient was found."}}) {
       Scene scene;
-      scene.Open();
       QCOMPARE(scene.Search(c.field, c.compare, c.term), c.rows);
       QCOMPARE(scene.Status(), c.says);
       QCOMPARE(scene.rig.Shown(), "");
@@ -126,7 +124,6 @@ class SearchFormTest : public QObject {
 
   void anEmptyTermIsWarnedOfByTheButtonAlone() {
     Scene scene;
-    scene.Open();
     auto& term = scene.Find<QLineEdit>("EntryTextBox");
     scene.Choose("Email", "Contains");
     QTest::keyClicks(&term, "x");
@@ -147,7 +144,6 @@ class SearchFormTest : public QObject {
 
   void findsWhileOneTypesAsLongAsTheGroupAnswers() {
     Scene scene;
-    scene.Open();
     auto& term = scene.Find<QLineEdit>("EntryTextBox");
     scene.Choose("All fields", "Contains");
     for (const auto& [typed, rows] : std::vector<std::pair<const char*, const char*>>{
@@ -178,7 +174,6 @@ class SearchFormTest : public QObject {
 
   void changesTheChosenRow() {
     Scene scene;
-    scene.Open();
     scene.Search("Email", "Contains", "x.org");
     scene.Press("ModifyButton");
     QCOMPARE(scene.rig.Shown(), kChoose);
@@ -215,7 +210,6 @@ class SearchFormTest : public QObject {
 
   void aSearchThatEndsUnderTheQuestionPutsNobodyElseInItsPlace() {
     Scene scene;
-    scene.Open();
     scene.Search("Email", "Contains", "x.org");
     scene.Grid().Choose(0);
     scene.rig.prompts.answers = {platform::Answer::kYes};
@@ -231,7 +225,6 @@ class SearchFormTest : public QObject {
 
   void deletesAfterAQuestion() {
     Scene scene;
-    scene.Open();
     scene.Search("Email", "Contains", "x.org");
     scene.Press("DeleteButton");
     QCOMPARE(scene.rig.Shown(), kChoose);
@@ -279,7 +272,6 @@ class SearchFormTest : public QObject {
 
   void movesAndCopiesWhatWasFound() {
     Scene scene;
-    scene.Open();
     scene.Press("MoveButton");
     QCOMPARE(scene.Status(), "Nobody was found who could be moved or copied.");
     const auto act = [&scene](const char* group, const char* button, const std::function<void(QDialog&)>& then = {}) {
@@ -368,7 +360,6 @@ class SearchFormTest : public QObject {
 
   void printsToPdf() {
     Scene scene;
-    scene.Open();
     scene.Press("PrintButton");
     QCOMPARE(scene.Status(), "Nobody was found who could be printed.");
     scene.Search("Email", "Contains", "ada");
@@ -419,7 +410,6 @@ class SearchFormTest : public QObject {
 
   void aFailureIsToldInTheStatusLine() {
     Scene scene;
-    scene.Open();
     scene.Search("Email", "Contains", "x.org");
     scene.Grid().Choose(0);
     auto busy = recipients::OpenStore(scene.rig.folders.Database());
@@ -439,7 +429,6 @@ class SearchFormTest : public QObject {
 
   void showsManyByTheirKeys() {
     Scene scene;
-    scene.Open();
     scene.Run(
         "WITH RECURSIVE [n](x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM [n] WHERE x < 100000) INSERT INTO [Emails] "
         "([G-ID], [G-Email], [G-LastName]) SELECT 1, 'many' || x || '@x.org', x FROM [n]");
@@ -493,7 +482,6 @@ class SearchFormTest : public QObject {
 
   void rowsHaveTheGivenColours() {
     Scene scene;
-    scene.Open();
     scene.Search("Email", "Contains", "x.org");
     const auto* model = scene.Grid().model();
     QCOMPARE(model->index(0, 0).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 200, 0));

@@ -137,9 +137,8 @@ class SendFormTest : public QObject {
     }
     std::size_t Arrived() const {
       std::size_t files = 0;
-      for (const auto& entry : std::filesystem::directory_iterator(rig.folder.path() / "Mailbox")) {
+      for (const auto& entry : std::filesystem::directory_iterator(rig.folder.path() / "Mailbox"))
         files += entry.path().extension() == ".eml" ? 1 : 0;
-      }
       return files;
     }
   };
@@ -327,10 +326,9 @@ class SendFormTest : public QObject {
              QString("2 of 2 results. 1 of them is unknown: the message was out and no answer came, so it may have "
                      "arrived."));
     scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentText("unknown");
-    QCOMPARE(
-        scene.Text("ResultCountLabel"),
-        QString("1 of 2 results. The message was out and no answer came: it may have arrived. It is not sent again "
-                "by itself."));
+    QCOMPARE(scene.Text("ResultCountLabel"),
+             "1 of 2 results. The message was out and no answer came: it may have arrived. It is not sent again "
+             "by itself.");
     QVERIFY(scene.Text("RateLabel").endsWith("messages a second"));  // no time is left
   }
 
@@ -542,8 +540,7 @@ class SendFormTest : public QObject {
     QVERIFY(scene.rig.settings.Write("Account", "Rate", "30/min"));
     QVERIFY(scene.rig.settings.Write("Account", "Connections", "4"));
     SendMailForm1 practice(scene.rig.program, {}, {}, SendMailForm1::Server::kPractice, nullptr);
-    QCOMPARE(test::Text(practice, "PaceLabel"),
-             QString("Pace: 30 a minute, 4 connections (the page Pace of the mail account)"));
+    QCOMPARE(test::Text(practice, "PaceLabel"), "Pace: 30 a minute, 4 connections (the page Pace of the mail account)");
     QVERIFY(test::Text(practice, "RouteLabel").startsWith("Practice: from Ada <ada@example.org>"));
   }
 
@@ -556,8 +553,7 @@ class SendFormTest : public QObject {
     scene.Open({});
     const QString of_account = scene.Text("PaceLabel");
     struct Case {
-      const char* field;
-      const char* value;
+      const char *field, *value;
       const char* said;  // the words of the account's dialog
     };
     test::WhileOpen("RunPaceForm", [&](QDialog& form) {
@@ -682,9 +678,8 @@ class SendFormTest : public QObject {
     auto* notes = scene.form->findChild<QAbstractItemView*>("NotesList");
     QTRY_VERIFY(notes->isVisible());
     const QStringList told = test::RowsOf(*scene.form, "NotesList");
-    for (const char* what : {"price.pdf", "missing.png", "$*MergeNickName*$", "no value for $*MergeCity*$"}) {
+    for (const char* what : {"price.pdf", "missing.png", "$*MergeNickName*$", "no value for $*MergeCity*$"})
       QCOMPARE(told.filter(what).size(), 1);
-    }
     auto* button = scene.form->findChild<QPushButton*>("SendButton");
     QVERIFY(notes->mapTo(scene.form.get(), QPoint(0, notes->height())).y() <=
             button->mapTo(scene.form.get(), QPoint()).y());
@@ -713,12 +708,10 @@ class SendFormTest : public QObject {
 
   void theMachineIsSwitchedOffAfterTheCountdownAlone() {
     struct Case {
-      bool cancelled;
-      bool allowed;
+      bool cancelled, allowed;
       int requests;
       bool shuts_down;
-      const char* steps;
-      const char* told;
+      const char *steps, *told;
     };
     for (const Case& c : {Case{true, true, 0, false, "", ""},
                           Case{false, false, 1, false, "closed skip 0, closed ask 1", "The system refused."},

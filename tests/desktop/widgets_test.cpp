@@ -124,8 +124,7 @@ class WidgetsTest : public QObject {
   // By the table of an independent program.
   void contrastIsThatOfTheStandard() {
     struct Case {
-      const char* one;
-      const char* other;
+      const char *one, *other;
       double ratio;
     };
     for (const Case& c :
@@ -157,9 +156,8 @@ class WidgetsTest : public QObject {
       QVERIFY((panel.ground.lightness() < 128) == dark);
     }
     for (const OnGround* row : {&kPaleRow, &kAmberRow, &kHeadRow, &kChosenRow}) ReadsOn("row", row->text, row->ground);
-    for (const auto role : {QPalette::Base, QPalette::Button}) {
+    for (const auto role : {QPalette::Base, QPalette::Button})
       ReadsOn("empty box", palette.color(QPalette::PlaceholderText), palette.color(role));
-    }
   }
 
   // Windows stay open while the desktop turns dark.
@@ -563,9 +561,8 @@ class WidgetsTest : public QObject {
         QVERIFY(ring != nullptr && ring->isVisible() && ring->control() == control);
         const QImage picture = dialog.grab(ring->geometry()).toImage();
         const QColor window = dialog.palette().color(QPalette::Window);
-        for (const QPoint& at : {QPoint(6, 0), QPoint(6, picture.height() - 1), QPoint(0, picture.height() / 2)}) {
+        for (const QPoint& at : {QPoint(6, 0), QPoint(6, picture.height() - 1), QPoint(0, picture.height() / 2)})
           ReadsOn(control->metaObject()->className(), picture.pixelColor(at), window, 3.0);
-        }
       }
       QTest::mouseClick(controls[1], Qt::LeftButton);
       QVERIFY(!dialog.findChild<FocusRing*>()->isVisible());

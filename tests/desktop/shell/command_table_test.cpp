@@ -44,9 +44,7 @@ TEST(CommandTable, CodesAndNamesAreAsPublished) {
 // The same keys twice would do nothing at all.
 TEST(CommandTable, NoKeysStandForTwoCommands) {
   std::set<std::string_view> taken;
-  for (const Command& row : Commands()) {
-    EXPECT_TRUE(row.keys.empty() || taken.insert(row.keys).second) << row.keys;
-  }
+  for (const Command& row : Commands()) EXPECT_TRUE(row.keys.empty() || taken.insert(row.keys).second) << row.keys;
 }
 
 }  // namespace
