@@ -78,33 +78,29 @@ TEST(FindDelimiter, CutsTheAddressOut) {
 }
 
 TEST(Headings, MapByWhatListsCallTheFields) {
+  using Headings = std::vector<std::string_view>;
   struct Case {
     const char* from;
-    std::vector<std::string_view> headings;
+    Headings headings;
     const char* mapping;
     bool looks;
   };
   for (const Case& c : std::initializer_list<Case>{
            {"English", {"First Name", "Last Name", "E-mail Address"}, "Email Address=3,First Name=1,Last Name=2", true},
-           {"German",
-            {"Anrede", "Vorname", "Nachname", "Straße", "PLZ", "Ort", "E-Mail-Adresse"},
-            "Email Address=7,Title=1,First Name=2,Last Name=3,City=6,Address 1=4,ZIP Code=5",
-            true},
-           {"French",
-            {"CIVILITÉ", "Nom", "PRÉNOM", "Courriel", "Société"},
-            "Email Address=4,Title=1,First Name=3,Last Name=2,Company=5",
-            true},
+           {"German", Headings{"Anrede", "Vorname", "Nachname", "Straße", "PLZ", "Ort", "E-Mail-Adresse"},
+            "Email Address=7,Title=1,First Name=2,Last Name=3,City=6,Address 1=4,ZIP Code=5", true},
+           {"French", Headings{"CIVILITÉ", "Nom", "PRÉNOM", "Courriel", "Société"},
+            "Email Address=4,Title=1,First Name=3,Last Name=2,Company=5", true},
            {"Spanish", {"Nombre", "Apellidos", "Correo electrónico"}, "Email Address=3,First Name=1,Last Name=2", true},
            {"Russian", {"Имя", "ФАМИЛИЯ", "Электронная почта"}, "Email Address=3,First Name=1,Last Name=2", true},
            {"Japanese", {"姓", "名", "メールアドレス"}, "Email Address=3,First Name=2,Last Name=1", true},
            {"a web shop",
-            {"Order", "Billing First Name", "billing_last_name", "Billing Email", "Shipping City"},
-            "Email Address=4,First Name=2,Last Name=3,City=5",
-            true},
+            Headings{"Order", "Billing First Name", "billing_last_name", "Billing Email", "Shipping City"},
+            "Email Address=4,First Name=2,Last Name=3,City=5", true},
            {"an address book",
-            {"Name", "Given Name", "Family Name", "E-mail 1 - Value", "Organization 1 - Name", "Address 1 - City"},
-            "Email Address=4,First Name=2,Last Name=3,City=6,Company=5",
-            true},
+            Headings{"Name", "Given Name", "Family Name", "E-mail 1 - Value", "Organization 1 - Name",
+                     "Address 1 - City"},
+            "Email Address=4,First Name=2,Last Name=3,City=6,Company=5", true},
            {"whole names", {"\"name\"", "EMAIL"}, "Email Address=2,First Name=1", true},
            {"a name beside a first one", {"Name", "Vorname", "Mail"}, "Email Address=3,First Name=2,Last Name=1", true},
            {"the plainest", {"Work Email", "Email", "email"}, "Email Address=2", true},

@@ -16,10 +16,12 @@ struct Scene {
   MemorySink sink;
 };
 
+using Kept = std::vector<std::string>;
+
 struct Case {
   const char* name;
   std::string dialogue;
-  std::vector<std::string> kept = {};
+  Kept kept = {};
   std::function<void(Scene&)> prepare = [](Scene&) {};
   ServerSession::Next end = ServerSession::Next::kContinue;
 };
@@ -233,9 +235,8 @@ std::vector<Case> Limits() {
   for (int i = 0; i < 5; ++i) large += "C: " + line_998 + "\n";
   return {
       {"the longest line of a message", kContent + "C: " + line_998 + "\nC: .\nS: 250 2.0.0 kept", {line_998 + "\r\n"}},
-      {"a stuffed dot does not count",
-       kContent + "C: .." + line_998.substr(1) + "\nC: .\nS: 250 2.0.0 kept",
-       {"." + line_998.substr(1) + "\r\n"}},
+      {"a stuffed dot does not count", kContent + "C: .." + line_998.substr(1) + "\nC: .\nS: 250 2.0.0 kept",
+       Kept{"." + line_998.substr(1) + "\r\n"}},
       {"a line too long", kContent + "C: x" + line_998 + R"(
   C: .
   S: 500 5.6.0 A line of the message is longer than 1000 octets)"},
@@ -275,28 +276,16 @@ std::vector<Case> Limits() {
        [](Scene& scene) { scene.options.recipient_limit = 2; }},
       {"a request of the web", kHello + Web("GET / HTTP/1.1"), {}, [](Scene&) {}, ServerSession::Next::kClose},
       {"one of the oldest kind", kHello + Web("POST /"), {}, [](Scene&) {}, ServerSession::Next::kClose},
-      {"one that looks like a command",
-       kHello + Web("HELO / HTTP/1.1"),
-       {},
-       [](Scene&) {},
+      {"one that looks like a command", kHello + Web("HELO / HTTP/1.1"), Kept{}, [](Scene&) {},
        ServerSession::Next::kClose},
       {"one whose first line is too long",
        kHello + "C: POST /" + longest_command + " HTTP/1.1\nS: 500 5.5.2 The line is too long\n" + Web("Host: x"),
-       {},
-       [](Scene&) {},
+       Kept{}, [](Scene&) {}, ServerSession::Next::kClose},
+      {"too many faults", faults + "S: 421 4.7.0 Too many faults, closing", Kept{}, [](Scene&) {},
        ServerSession::Next::kClose},
-      {"too many faults",
-       faults + "S: 421 4.7.0 Too many faults, closing",
-       {},
-       [](Scene&) {},
-       ServerSession::Next::kClose},
-      {"the disk is full under way",
-       kContent + "C: x\nC: .\nS: 452 4.3.1 The message cannot be stored now",
-       {},
+      {"the disk is full under way", kContent + "C: x\nC: .\nS: 452 4.3.1 The message cannot be stored now", Kept{},
        [](Scene& scene) { scene.sink.fail_write = true; }},
-      {"the disk is full at the end",
-       kContent + "C: x\nC: .\nS: 452 4.3.1 The message cannot be stored now",
-       {},
+      {"the disk is full at the end", kContent + "C: x\nC: .\nS: 452 4.3.1 The message cannot be stored now", Kept{},
        [](Scene& scene) { scene.sink.fail_keep = true; }},
   };
 }
