@@ -539,12 +539,15 @@ class MainFormTest : public QObject {
       const auto* parts = form.findChild<QTableView*>("PartList")->model();
       QCOMPARE(parts->index(0, 2).data().toString(), QString("Part 0.p7m"));
       QCOMPARE(test::Text(form, "DateLabel"), QString("2026-11-14 22:40:05 -03:30"));
+      for (const char* field : {"FromLabel", "ToLabel", "SubjectLabel"})
+        QVERIFY2(form.findChild<QLabel*>(field)->minimumSizeHint().width() < 700, field);
       seen = true;
     });
+    const std::string word(300, 'w');
     scene.window->Open({scene.rig.folder
-                            .Write("sealed.eml",
-                                   "Date: Sat, 14 Nov 2026 22:40:05 -0330\r\n"
-                                   "Content-Type: application/pkcs7-mime\r\n\r\nx\r\n")
+                            .Write("sealed.eml", "From: " + word + "@x.org\r\nTo: " + word + " <a@x.org>\r\nSubject: " +
+                                                     word + "\r\nDate: Sat, 14 Nov 2026 22:40:05 -0330\r\n" +
+                                                     "Content-Type: application/pkcs7-mime\r\n\r\nx\r\n")
                             .string()});
     QTRY_VERIFY(seen && QApplication::activeModalWidget() == nullptr);
   }

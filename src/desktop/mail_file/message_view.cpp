@@ -11,6 +11,7 @@
 
 #include "desktop/mail_file/foreign_page.h"
 #include "desktop/widgets/background_task.h"
+#include "desktop/widgets/breakable.h"
 #include "desktop/widgets/empty_state.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/form_grid.h"
@@ -30,6 +31,7 @@ namespace {
 constexpr std::size_t kMostHtml = std::size_t{256} * 1024;    // laid out in a second at most
 constexpr std::size_t kMostSource = std::size_t{256} * 1024;  // bytes
 constexpr qsizetype kMostNamed = 5;                           // recipients of a kind
+constexpr int kLongestWord = 40;                              // of the fields above the message
 
 enum PartColumn : int { kType, kSize, kName };
 enum StampColumn : int { kBy, kFrom, kTime, kDelay };
@@ -60,6 +62,9 @@ QLabel* MakeValue(QWidget* parent) {
   value->setTextInteractionFlags(Qt::TextSelectableByMouse);
   return value;
 }
+
+// Whatever is one word in it, the window stays as narrow as it was.
+void SetValue(QLabel* label, const QString& text) { label->setText(Breakable(text, kLongestWord)); }
 
 Result<std::string> BeginningOf(const std::filesystem::path& file) {
   const auto fd = platform::OpenForReading(file);
@@ -215,10 +220,10 @@ void MessageView::TellAttachments() {
 }
 
 void MessageView::PutHeader(const mail_file::MessageFacts& facts) {
-  from_->setText(Shown(facts.from));
+  SetValue(from_, Shown(facts.from));
   PutRecipients(facts.recipients);
-  date_->setText(facts.time ? Shown(*facts.time) : Shown(facts.date));
-  subject_->setText(Shown(facts.subject));
+  SetValue(date_, facts.time ? Shown(*facts.time) : Shown(facts.date));
+  SetValue(subject_, Shown(facts.subject));
 }
 
 // Who had a copy is told only where somebody had.
@@ -235,7 +240,7 @@ void MessageView::PutRecipients(const std::vector<mail_file::Recipient>& recipie
   }
   for (std::size_t kind = 0; kind < names.size(); ++kind) {
     const QString more = others.at(kind) > 0 ? tr(" and %1 others").arg(others.at(kind)) : QString();
-    recipients_.at(kind)->setText(names.at(kind).join(", ") + more);
+    SetValue(recipients_.at(kind), names.at(kind).join(", ") + more);
     recipients_.at(kind)->setVisible(kind == 0 || !names.at(kind).isEmpty());
   }
 }
