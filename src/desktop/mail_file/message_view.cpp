@@ -128,7 +128,9 @@ void MessageView::BuildWindow() {
   source_->setLayoutDirection(Qt::LeftToRight);
   source_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   parts_->SetEmptyText(tr("The message has no parts that could be taken out."));
-  stamps_->SetEmptyText(tr("No server has stamped the message: it was never sent, or not by SMTP."));
+  stamps_->SetEmptyText(
+      tr("The message carries no server's stamp: one that was not sent has none, nor has one that a "
+         "practice mailbox took."));
   tabs_->setObjectName("MessageTabs");
   tabs_->addTab(page_, tr("M&essage"));
   tabs_->addTab(parts_, tr("&Parts"));
