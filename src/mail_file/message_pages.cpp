@@ -104,6 +104,23 @@ std::string_view TextOf(PrintCode code) {
   return "";
 }
 
+Sentence WhyNotPrinted(const PrintedMessage& printed) {
+  if (printed.error) return AsSentence(*printed.error);
+  switch (printed.code) {
+    case PrintCode::kPrinted:
+      break;
+    case PrintCode::kNoPrinter:
+      return "Nothing was printed: there is no such printer.";
+    case PrintCode::kNotBegun:
+      return "Nothing was printed: the printer takes no page.";
+    case PrintCode::kNotWritten:
+      return "The printer, or the disk, failed on the way.";
+    case PrintCode::kCancelled:
+      return printed.pages == 0 ? "Nothing was printed: it was cancelled." : "Printing was cancelled on the way.";
+  }
+  return "";
+}
+
 std::vector<Sentence> LeftOut(bool is_cut, std::size_t pictures) {
   std::vector<Sentence> left_out;
   if (is_cut) left_out.emplace_back("The message goes on: this is its beginning.");

@@ -69,6 +69,8 @@ struct PrintedMessage {
   std::optional<Error> error = {};      // why, where there is more to say
   std::vector<Sentence> left_out = {};  // what of the message is on no page
 };
+// For a status line, where it did not end with kPrinted.
+Sentence WhyNotPrinted(const PrintedMessage& printed);
 // Said below the last page too. The pictures are those that found no room, or could not be decoded.
 std::vector<Sentence> LeftOut(bool is_cut, std::size_t pictures);
 

@@ -183,12 +183,16 @@ class ExtraFormsTest : public QObject {
   void printsEachForm() {
     Scene scene;
     scene.OpenPrint(kPage);
+    scene.Find<QLineEdit>("RightMarginTextBox").setFocus();
+    QTest::keyClick(scene.form.get(), Qt::Key_Tab);
+    QCOMPARE(scene.form->focusWidget()->objectName(), "HTMLRadioButton");  // the chosen one
     scene.Type("HeaderTextBox", "My heading");
     const QString page = "My heading Gr\u00FC\u00DFe one two logo 1/1";
     for (const auto& [format, text] :
          {std::pair("HTMLRadioButton", page), std::pair("RTFRadioButton", page), std::pair("TEXTRadioButton", page)}) {
       scene.Press(format);
       QCOMPARE(scene.Run("PrintButton"), kPrinted);
+      QCOMPARE(scene.Status(), "Pages printed: 1, into " + scene.Pdf() + ".");
       QCOMPARE(scene.Printed().join('|').remove(" http://x.example/t.gif"), text);
     }
     scene.Press("XMLRadioButton");
@@ -260,6 +264,11 @@ class ExtraFormsTest : public QObject {
     auto& form = scene.OpenPrint(kPage);
     form.choose_printer = [](QPrinter&) { return false; };
     QCOMPARE(scene.Run("PrintButton"), QString("warn: Error 255: Cancelled by user. | ") + kPrinted);
+    QCOMPARE(scene.Status(), "Nothing was printed: it was cancelled.");
+    scene.Type("TopMarginTextBox", "");
+    QCOMPARE(scene.Run("PrintButton"), "warn: Please enter your margin.");
+    QCOMPARE(scene.Status(), "");  // nothing of the try before
+    scene.Type("TopMarginTextBox", "20");
     form.choose_printer = [](QPrinter& printer) {
       printer.setOutputFileName("/nowhere/out.pdf");
       return true;

@@ -93,7 +93,9 @@ void ExtraForm1::MakeWindow() {
   for (const auto& [format, name] : {std::pair(0, "TEXTRadioButton"), std::pair(1, "HTMLRadioButton"),
                                      std::pair(2, "RTFRadioButton"), std::pair(3, "XMLRadioButton")})
     body->AddWide(name, formats_[static_cast<std::size_t>(format)]);
+  for (QRadioButton* format : formats_) format->setFocusPolicy(Qt::ClickFocus);
   formats_[1]->setChecked(true);
+  formats_[1]->setFocusPolicy(Qt::StrongFocus);  // Tab comes to it; once it has, the toolkit keeps that true
   AddHeading(column);
   column->Add(status_);
   progress_->AddBeside(preview_);
@@ -137,6 +139,7 @@ mail_file::PrintForm ExtraForm1::Form() const {
 
 void ExtraForm1::Begin(Use use, std::size_t most) {
   const mail_file::PrintForm form = Form();
+  status_->Say({});
   if (const auto complaint = mail_file::CheckPrint(form)) {
     program_.prompts.Warn(complaint->message);
     const std::array<QWidget*, 4> boxes = {file_->box(), left_, top_, right_};  // by PrintControl
@@ -182,6 +185,7 @@ void ExtraForm1::Print(const std::shared_ptr<const MessagePages>& pages) {
   const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
   if (!choose_printer(*printer)) return ShowEnd({mail_file::PrintCode::kCancelled, 0, {}});
   if (const auto left = LeftAlone(*printer, *pages)) return ShowEnd(*left);
+  into_ = printer->outputFileName();
   status_->Say(tr("Printing…"));
   seen_ = std::make_shared<SharedCount>();
   task_->Start([this, printer, pages, own = program_.folders.OwnFiles(), seen = seen_](const auto& cancel) {
@@ -215,15 +219,21 @@ void ExtraForm1::ShowEnd(const mail_file::PrintedMessage& printed) {
   bar_->Count(printed.code == mail_file::PrintCode::kPrinted ? 1 : 0, 1);
   EnableControls();
   print_->setFocus();
-  const QStringList left_out = InWords(printed.left_out);
-  status_->Say((QStringList(tr("Pages printed: %1.").arg(printed.pages)) + left_out).join(' '),
-               left_out.isEmpty() ? NoteKind::kInformation : NoteKind::kWarning);
-  if (printed.code != mail_file::PrintCode::kPrinted) {
-    status_->Say({});
+  if (printed.code == mail_file::PrintCode::kPrinted) {
+    SayPrinted(printed);
+  } else {
+    status_->Say(InWords(mail_file::WhyNotPrinted(printed)), NoteKind::kFailure);
     program_.prompts.Warn(mail_file::TextOf(printed.code));
   }
-  if (printed.error) status_->Fail(*printed.error);
   program_.prompts.Inform("Print process has been completed.");
+}
+
+void ExtraForm1::SayPrinted(const mail_file::PrintedMessage& printed) {
+  const QString pages = into_.isEmpty() ? tr("Pages printed: %1.").arg(printed.pages)
+                                        : tr("Pages printed: %1, into %2.").arg(printed.pages).arg(into_);
+  const QStringList left_out = InWords(printed.left_out);
+  status_->Say((QStringList(pages) + left_out).join(' '),
+               left_out.isEmpty() ? NoteKind::kInformation : NoteKind::kWarning);
 }
 
 void ExtraForm1::ShowPages(const std::shared_ptr<const MessagePages>& pages) {

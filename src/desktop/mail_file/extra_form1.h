@@ -61,12 +61,14 @@ class ExtraForm1 final : public QDialog {
   void Print(const std::shared_ptr<const MessagePages>& pages);
   std::optional<mail_file::PrintedMessage> LeftAlone(const QPrinter& printer, const MessagePages& pages) const;
   void ShowEnd(const mail_file::PrintedMessage& printed);
+  void SayPrinted(const mail_file::PrintedMessage& printed);
   void ShowPages(const std::shared_ptr<const MessagePages>& pages);
 
   const profile::Program& program_;
   BackgroundTask* task_;
   QTimer* tick_;
   std::shared_ptr<SharedCount> seen_;
+  QString into_;  // the printer's file; empty for paper
   MessageFileField* file_;
   QLineEdit* left_;
   QLineEdit* top_;
