@@ -17,6 +17,7 @@ struct ExportOptions {
 };
 
 int RunExport(Context& context, const ExportOptions& options) {
+  if (const auto named = CheckNamesAFile(options.file); !named) return context.output.Fail(named.error());
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   auto prepared = PrepareRun(context, *folders, options.document, run::ChosenGroup());

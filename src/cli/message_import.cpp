@@ -59,6 +59,7 @@ int RunImport(Context& context, const ImportOptions& options) {
   if (platform::EqualsIgnoringAsciiCase(std::filesystem::path(options.document).extension().string(), ".txt"))
     return context.output.Complain(
         "The document is HTML, and would be read as text: give it a name that ends in .htm.");
+  if (const auto named = CheckNamesAFile(options.document); !named) return context.output.Fail(named.error());
   if (const auto other = mail_file::CheckIsNotMessage(options.document, options.files.names.front()); !other)
     return context.output.Fail(other.error());
   if (const int refused = AskToWrite(context, options.document)) return refused;

@@ -3,6 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/document_options.h"
+#include "cli/message_commands.h"
 #include "cli/pace_options.h"
 #include "cli/send_run.h"
 #include "cli/send_steps.h"
@@ -125,6 +126,9 @@ Result<void> CheckOptions(const SendOptions& options) {
           !mailing.to_mbox.empty() >
       1) {
     return wrong("Only one of --dry-run, --to-file, --to-folder, --to-mbox and --proof can be done at a time.");
+  }
+  for (const std::string* file : {&options.to_file, &mailing.to_mbox}) {
+    if (auto named = CheckNamesAFile(*file); !named) return named;
   }
   const bool is_run = !options.dry_run && options.to_file.empty() && options.proof.empty();
   if (options.pace.IsAsked() && !(is_run && mailing.delivery() == run::Delivery::kSent)) {
