@@ -91,7 +91,8 @@ class Extraction {
 
   void WriteStamps() {
     outcome_.has_no_stamps = message_.facts().stamps.empty();
-    if (!outcome_.has_no_stamps) ReplaceText(request_.stamps_file, StampLines(message_.facts()));
+    if (!outcome_.has_no_stamps) return ReplaceText(request_.stamps_file, StampLines(message_.facts()));
+    outcome_.has_old_stamps = std::filesystem::exists(request_.stamps_file, IgnoreErrors());
   }
 
   void WriteBodyFile() {
@@ -175,7 +176,12 @@ std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const Ext
     news.push_back(SayOf(static_cast<std::int64_t>(outcome.renamed), "{} file has another name than in the message.",
                          "{} files have other names than in the message."));
   }
-  if (outcome.has_no_stamps) news.emplace_back("The message has no stamps, so there is no file of them.");
+  if (outcome.has_old_stamps) {  // which is not to pass for this message's
+    news.push_back(
+        Say("The message has no stamps: {} is of an earlier time, and was left as it is.", request.stamps_file));
+  } else if (outcome.has_no_stamps) {
+    news.emplace_back("The message has no stamps, so there is no file of them.");
+  }
   return news;
 }
 

@@ -52,6 +52,7 @@ struct ExtractionOutcome {
   std::size_t failed = 0;          // how many there were
   std::size_t lost = 0;            // characters that the code page does not have
   bool has_no_stamps = false;      // they were asked for, and there are none
+  bool has_old_stamps = false;     // then: something stands at their path
   bool is_cancelled = false;
 };
 inline constexpr std::size_t kMostFailures = 20;

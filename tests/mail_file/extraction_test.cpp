@@ -115,6 +115,11 @@ TEST(Extraction, TakesBodyPartsWhenAskedAndMakesNoEmptyStamps) {
   scene.request.with_body_parts = true;
   EXPECT_EQ(scene.Extract().parts, std::vector<std::string>{"Part 0.txt"});
   EXPECT_FALSE(fs::exists(scene.place / "stamps"));
+  scene.place.Write("stamps", "of another");
+  const auto told = ExtractionNews(scene.request, scene.Extract());
+  EXPECT_EQ(told.back().InEnglish(),
+            "The message has no stamps: " + scene.In("stamps") + " is of an earlier time, and was left as it is.");
+  EXPECT_EQ(scene.Read("stamps"), "of another");
 }
 
 TEST(Extraction, ReplacesTheTextsAndCountsWhatTheirSetLacks) {
