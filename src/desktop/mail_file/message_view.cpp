@@ -34,7 +34,7 @@ constexpr qsizetype kMostNamed = 5;                           // recipients of a
 constexpr int kLongestWord = 40;                              // of the fields above the message
 
 enum PartColumn : int { kType, kSize, kName };
-enum StampColumn : int { kBy, kFrom, kTime, kDelay };
+enum StampColumn : int { kTime, kDelay, kBy, kFrom };
 
 QString Shown(std::string_view text) { return ToQt(platform::Printable(text, 300)); }
 
@@ -98,7 +98,7 @@ MessageView::MessageView(const profile::SettingsStore& settings, QWidget* parent
           [this](std::size_t row, int column) { return PartText(row, column); }, this)),
       stamps_(new RowList(
           "StampList", tr("The way it came, the last hop first"),
-          {{tr("Server"), 24}, {tr("It came from"), 24}, {tr("Time there"), 26}, {tr("Took"), 10}},
+          {{tr("Time there"), 30}, {tr("Took"), 10, true}, {tr("Server"), 24}, {tr("It came from")}},
           [this](std::size_t row, int column) { return StampText(row, column); }, this)),
       source_(new QPlainTextEdit(this)),
       status_(new StatusLine(this, "MessageStatus")) {
@@ -267,14 +267,14 @@ QString MessageView::PartText(std::size_t row, int column) const {
 QString MessageView::StampText(std::size_t row, int column) const {
   const auto& stamp = message_->facts().stamps[row];
   switch (column) {
-    case kBy:
-      return Shown(stamp.by);
-    case kFrom:
-      return Shown(stamp.from);
     case kTime:
       return stamp.time ? Shown(*stamp.time) : tr("none");
-    default:
+    case kDelay:
       return delays_[row] ? tr("%1 s").arg(*delays_[row]) : QString();
+    case kBy:
+      return Shown(stamp.by);
+    default:
+      return Shown(stamp.from);
   }
 }
 
