@@ -15,7 +15,8 @@ using enum AccountKey;
 
 Error NoSender(std::string_view email) {
   constexpr const char* kRemedy =
-      "Fill in the account: quillcast account set Name=... Email=you@example.org Server=...";
+      "Fill in the account: in the window Tools, Mail Account, or as a command: quillcast account set Name=... "
+      "Email=you@example.org Server=...";
   if (email.empty()) return {Failure::kNotConfigured, "The account has no e-mail address yet.", kRemedy};
   return {Failure::kNotConfigured,
           Say("The account's Email is \"{}\", which is no address to send from.", platform::Printable(email, 80)),

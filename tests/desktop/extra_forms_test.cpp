@@ -101,6 +101,7 @@ class ExtraFormsTest : public QObject {
     scene.Type("FilePathTextBox", PathToQt(file));
     QVERIFY2(scene.Status().contains("letter.eml is there already"), qPrintable(scene.Status()));
     QCOMPARE(scene.Run("ExportButton"), kExported);
+    QVERIFY2(scene.Status().contains("The message is in " + PathToQt(file) + "."), qPrintable(scene.Status()));
     const std::string read = test::ReadAll(file);
     QVERIFY(read.find("Dear $*MergeFirstName*$") != std::string::npos && read.find("X-Unsent") == std::string::npos);
     scene.Press("HeaderCheckBox");

@@ -106,7 +106,8 @@ void ExtraForm3::ShowEnd(const Result<run::Exported>& exported) {
     status_->Fail(exported.error());
     if (exported.error().failure == Failure::kTryAgain) return;  // it was given up, and has not been completed
   } else {
-    status_->Say((InWords(exported->notes) << tr("Nothing was sent.")).join(' '));
+    status_->Say(
+        (InWords(exported->notes) << tr("The message is in %1. Nothing was sent.").arg(file_->text())).join(' '));
   }
   program_.prompts.Inform("Export process has been completed.");
 }
