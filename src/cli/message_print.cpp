@@ -33,6 +33,11 @@ struct Place {
   std::optional<mail_file::ChosenFolder> folder;
 };
 
+bool HasPdfName(const std::filesystem::path& file) {
+  return platform::EqualsIgnoringAsciiCase(file.extension().string(), ".pdf");
+}
+
+// Several messages go into a folder, which is made where nothing has its name.
 Result<Place> FindPlace(const Context& context, const PrintOptions& options) {
   if (auto named = CheckNamesAFile(options.pdf); !named) return named.error();
   auto program = FindDesktop(context.executable);
@@ -43,10 +48,12 @@ Result<Place> FindPlace(const Context& context, const PrintOptions& options) {
   Place place{*std::move(program), {}};
   if (!std::filesystem::is_directory(options.pdf, IgnoreErrors())) {
     if (options.pdf.empty() || options.files.names.size() == 1) return place;
-    return Error{Failure::kUsage, Say("\"{}\" would be replaced by each of the messages.", options.pdf),
-                 "Name a folder that exists, or take one message at a time."};
+    if (std::filesystem::exists(options.pdf, IgnoreErrors()) || HasPdfName(options.pdf)) {
+      return Error{Failure::kUsage, Say("\"{}\" would be replaced by each of the messages.", options.pdf),
+                   "Name a folder, or take one message at a time."};
+    }
   }
-  auto folder = mail_file::ChosenFolder::Open(options.pdf, context.Folders().OwnFiles());
+  auto folder = mail_file::ChosenFolder::OpenOrMake(options.pdf, context.Folders().OwnFiles());
   if (!folder) return folder.error();
   place.folder.emplace(*std::move(folder));
   return place;

@@ -396,6 +396,7 @@ class Message(Case):
             self.assertEqual((told, [json.loads(line)["code"] for line in out.splitlines()]), (code, [number] if number else []), err)
             self.assertIn(said, err)
             self.assertEqual((pdf.exists(), list(folder.iterdir())), (False, []), options)
+        folder.rmdir()
         self.ok("message", "print", plain, plain, sample("stamps"), "--pdf", folder)
         self.assertEqual(sorted(p.name for p in folder.iterdir()), ["plain (2).pdf", "plain.pdf", "stamps.pdf"])
         alone = self.folder / "bin"
