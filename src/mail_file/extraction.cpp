@@ -1,5 +1,7 @@
 #include "mail_file/extraction.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -176,6 +178,9 @@ std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const Ext
     news.push_back(SayOf(static_cast<std::int64_t>(outcome.renamed), "{} file has another name than in the message.",
                          "{} files have other names than in the message."));
   }
+  std::vector<std::string> others = outcome.files;
+  if (outcome.page) others.push_back(request.second_folder + "/" + *outcome.page);
+  if (!others.empty()) news.push_back(Say("Written: {}.", fmt::to_string(fmt::join(others, ", "))));
   if (outcome.has_old_stamps) {  // which is not to pass for this message's
     news.push_back(
         Say("The message has no stamps: {} is of an earlier time, and was left as it is.", request.stamps_file));

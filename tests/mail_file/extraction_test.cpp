@@ -85,6 +85,9 @@ TEST(Extraction, WritesAllFive) {
   const auto outcome = scene.Extract();
   EXPECT_EQ(outcome.failed, 0U);
   EXPECT_EQ(outcome.parts, (std::vector<std::string>{"a.bin", "Part 3.png", "a (2).bin"}));
+  EXPECT_EQ(ExtractionNews(scene.request, outcome).back().InEnglish(),
+            "Written: " + scene.In("body") + ", " + scene.In("recipients") + ", " + scene.In("stamps") + ", " +
+                scene.In("page/index.html") + ".");
   EXPECT_EQ(scene.Read("parts/a.bin"), std::string("\0\1\2", 3));
   EXPECT_EQ(scene.Read("parts/a (2).bin"), "plain");
   EXPECT_EQ(scene.Read("body"), "Grüße €\r\n");
