@@ -1231,6 +1231,11 @@ class MainFormTest : public QObject {
       QTest::keyClicks(&filter, "x");
       QTRY_COMPARE(list->rowCount(), 0);
       QTRY_COMPARE(form.findChild<QTextBrowser*>("MessagePage")->toPlainText(), QString());
+      filter.setText(QString::fromUtf8("bob@example.net F\xC3\x96R"));  // words of both fields, whatever their accents
+      QTRY_COMPARE(list->rowCount(), 1);
+      filter.clear();
+      QTRY_COMPARE(list->rowCount(), 4);
+      QCOMPARE(form.findChild<QTableView*>("PracticeList")->currentIndex().row(), 2);  // the one that was found
     });
     Press(scene, "ShowPracticeButton");
     Press(scene, "EndPracticeButton");

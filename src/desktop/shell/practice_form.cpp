@@ -2,6 +2,7 @@
 
 #include <QSplitter>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <numeric>
 #include <utility>
 
@@ -27,6 +28,18 @@ constexpr int kGap = 12;                                   // pixels between the
 
 enum Column : int { kTo, kSubject };
 
+// Without case and accents, for comparing.
+QString Folded(const QString& text) {
+  QString folded = text.normalized(QString::NormalizationForm_KD);
+  erase_if(folded, [](QChar c) { return c.isMark(); });
+  return folded.toCaseFolded();
+}
+
+bool HoldsAll(const QString& text, const QStringList& words) {
+  const QString folded = Folded(text);
+  return std::ranges::all_of(words, [&](const QString& word) { return folded.contains(word); });
+}
+
 Result<std::string> BeginningOf(const fs::path& file) {
   const auto fd = platform::OpenForReading(file);
   if (!fd) return fd.error();
@@ -43,8 +56,8 @@ PracticeForm::PracticeForm(const profile::SettingsStore& settings, fs::path fold
     : QDialog(parent),
       folder_(std::move(folder)),
       task_(new BackgroundTask(this)),
-      filter_(new FilterBox("FilterTextBox", tr("Show those whose recipient or subject holds this text"),
-                            tr("Recipient or subject"), this)),
+      filter_(new FilterBox("FilterTextBox", tr("Show those whose recipient and subject hold these words"),
+                            tr("Words of recipient or subject"), this)),
       list_(new RowList(
           "PracticeList", tr("Messages"), {{tr("To"), 24}, {tr("Subject")}},
           [this](std::size_t row, int column) {
@@ -88,13 +101,13 @@ void PracticeForm::BuildWindow(MessageTools tools) {
 void PracticeForm::ReadFolder() {
   files_ = std::make_shared<const std::vector<std::string>>(account::PracticeMessages(folder_));
   list_->SetEmptyText(files_->empty() ? tr("No message has arrived yet. Send one from the main window.")
-                                      : tr("No message has this in its recipient or subject."));
+                                      : tr("No message has these words in its recipient or subject."));
   Filter();
 }
 
 // All are looked through, however many there are, beside the window; what is listed stays meanwhile.
 void PracticeForm::Filter() {
-  const QString wanted = filter_->text();
+  const QStringList wanted = Folded(filter_->text()).split(' ', Qt::SkipEmptyParts);
   if (wanted.isEmpty()) {
     task_->GiveUp();
     std::vector<std::size_t> all(files_->size());
@@ -106,8 +119,7 @@ void PracticeForm::Filter() {
     std::vector<std::size_t> found;
     for (std::size_t file = 0; file < files->size() && cancel.Requested() == platform::Stop::kNone; ++file) {
       const Head head = ReadHead(folder / (*files)[file]);
-      if (head.to.contains(wanted, Qt::CaseInsensitive) || head.subject.contains(wanted, Qt::CaseInsensitive))
-        found.push_back(file);
+      if (HoldsAll(head.to + '\n' + head.subject, wanted)) found.push_back(file);
     }
     return [this, found] { List(found); };
   });
@@ -115,12 +127,15 @@ void PracticeForm::Filter() {
 
 void PracticeForm::List(std::vector<std::size_t> files) {
   status_->Say({});
+  const auto chosen = list_->Chosen();
+  const auto before = chosen.empty() ? std::size_t{0} : listed_[chosen.front()];
   listed_ = std::move(files);
   list_->Reset(listed_.size());
   if (listed_.empty()) {
     message_->ShowNothing(files_->empty() ? tr("Messages that you send while you practise arrive here.") : QString());
   } else {
-    list_->Choose(0);
+    const auto still = std::ranges::find(listed_, before);
+    list_->Choose(still == listed_.end() ? 0 : static_cast<std::size_t>(still - listed_.begin()));
   }
 }
 
