@@ -1361,8 +1361,10 @@ class MainFormTest : public QObject {
     for (const char* file : {"000001.eml", "000001.txt", "000002.eml"}) {
       std::ofstream(scene.rig.folders.data / "Practice" / file) << "Subject: x\r\n";
     }
+    scene.rig.folder.Write("data/Recovered.htm", "<p>kept</p>");
     scene.Open();
     QVERIFY2(scene.Notice().contains("2 messages have arrived"), qPrintable(scene.Notice()));  // goes on after a start
+    Press(scene, "DiscardButton");                                                             // which stood beside it
     test::WhileOpen("EmailManagerForm", [](QDialog& form) {
       form.findChild<QLineEdit*>("ServerTextBox")->setText("mail.example.org");
       form.findChild<QLineEdit*>("PortTextBox")->setText("587");

@@ -7,7 +7,6 @@
 #include "account/account_settings.h"
 #include "desktop/run/pictures_panel.h"
 #include "desktop/shell/practice_mailbox.h"
-#include "desktop/widgets/notice_bar.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
 #include "run/kept_runs.h"
@@ -59,7 +58,7 @@ void Notices::Refresh() {
   } else if (drafts_.AreOffered()) {
     ShowDraft();
   } else if (practice_.practice().Serves()) {
-    ShowPractice();
+    bar_->Show(PracticeSentence(), PracticeOffers());
   } else {
     ShowAccount();
   }
@@ -100,17 +99,25 @@ void Notices::ShowCutOff() {
 
 void Notices::ShowDraft() {
   const QString subject = ToQt(platform::Printable(drafts_.OfferedSubject(), kLongestShown));
-  bar_->Show(
-      subject.isEmpty() ? tr("An unfinished message was kept.") : tr("An unfinished message was kept: %1").arg(subject),
-      {{tr("Restore"), "RestoreButton", [this] { emit RestorePressed(); }},
-       {tr("Discard"), "DiscardButton", [this] { Discard(); }}});
+  QStringList sentences = {subject.isEmpty() ? tr("An unfinished message was kept.")
+                                             : tr("An unfinished message was kept: %1").arg(subject)};
+  std::vector<NoticeBar::Offer> offers = {{tr("Restore"), "RestoreButton", [this] { emit RestorePressed(); }},
+                                          {tr("Discard"), "DiscardButton", [this] { Discard(); }}};
+  if (practice_.practice().Serves()) {  // a kept message may stand there for long
+    sentences << PracticeSentence();
+    for (auto& offer : PracticeOffers()) offers.push_back(std::move(offer));
+  }
+  bar_->Show(sentences.join(' '), offers);
 }
 
-void Notices::ShowPractice() {
+QString Notices::PracticeSentence() const {
   const QString arrived = Counted(arrived_, tr("1 message has arrived."), tr("%1 messages have arrived."));
-  bar_->Show(tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived),
-             {{tr("Show them"), "ShowPracticeButton", [this] { emit PracticePressed(); }},
-              {tr("End practice"), "EndPracticeButton", [this] { EndPractice(); }}});
+  return tr("Practice: what you send goes to a mailbox on this machine and nowhere else. %1").arg(arrived);
+}
+
+std::vector<NoticeBar::Offer> Notices::PracticeOffers() {
+  return {{tr("Show them"), "ShowPracticeButton", [this] { emit PracticePressed(); }},
+          {tr("End practice"), "EndPracticeButton", [this] { EndPractice(); }}};
 }
 
 void Notices::ShowAccount() {

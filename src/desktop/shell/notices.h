@@ -7,6 +7,7 @@
 #include <set>
 
 #include "account/practice.h"
+#include "desktop/widgets/notice_bar.h"
 #include "document/drafts.h"
 #include "platform/result.h"
 #include "profile/program.h"
@@ -16,7 +17,6 @@ class QTimer;
 
 namespace quillcast::desktop {
 
-class NoticeBar;
 class PicturesPanel;
 class PracticeMailbox;
 
@@ -54,7 +54,8 @@ class Notices final : public QWidget {
  private:
   void ShowCutOff();
   void ShowDraft();
-  void ShowPractice();
+  QString PracticeSentence() const;
+  std::vector<NoticeBar::Offer> PracticeOffers();
   void ShowAccount();
   void Discard();
   void TellEnd(const account::PracticeEnd& end);
