@@ -22,6 +22,8 @@ Result<LoadMode> ModeOf(const Context& context, const MessageFiles& files) {
 void TellFaults(const Context& context, const std::string& name, const mail_file::Loading& loading) {
   for (const mail_file::LoadFault& fault : loading.faults)
     context.output.Note(fmt::format("{}: {} {}", name, mail_file::TextOf(fault.code), fault.what.InEnglish()));
+  if (const Sentence why = mail_file::WhyNoMessage(*loading.message); !why.empty())
+    context.output.Note(fmt::format("{}: {}", name, why.InEnglish()));
 }
 
 int UseFile(Context& context, const std::string& name, LoadMode mode, const UseMessage& use) {

@@ -1,6 +1,7 @@
 #include "mail_file/load_settings.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace quillcast::mail_file {
 namespace {
@@ -17,15 +18,25 @@ Result<LoadMode> LoadModeOf(const profile::SettingsStore& settings) {
 
 std::string_view LoadWarning(const Loading& loading) { return TextOf(loading.code()); }
 
-std::vector<Sentence> WhatWasWrong(const std::vector<LoadFault>& faults) {
+std::vector<Sentence> WhatWasWrong(const Loading& loading) {
   std::vector<Sentence> told;
-  for (const LoadFault& fault : faults) {
+  for (const LoadFault& fault : loading.faults) {
     if (told.size() == kMostTold) break;
     told.push_back(Say("{} {}", TextOf(fault.code), fault.what));
   }
-  if (const auto more = static_cast<std::int64_t>(faults.size() - told.size()); more > 0)
+  if (const auto more = static_cast<std::int64_t>(loading.faults.size() - told.size()); more > 0)
     told.push_back(Say("And {} more.", NumberValue(more)));
+  if (Sentence why = loading.message ? WhyNoMessage(*loading.message) : Sentence(); !why.empty())
+    told.push_back(std::move(why));
   return told;
+}
+
+Sentence WhyNoMessage(const MailMessage& message) {
+  bool has_field = message.parts().empty();
+  const auto read = message.parts().empty()
+                        ? Result<void>()
+                        : message.EachField(message.parts().front(), [&](auto, auto) { has_field = true; });
+  return has_field || !read ? Sentence() : "The file has no header fields, so it may be no message.";
 }
 
 Result<void> CheckIsNotMessage(const std::filesystem::path& target, const std::filesystem::path& message) {

@@ -21,8 +21,12 @@ Result<LoadMode> LoadModeOf(const profile::SettingsStore& settings);
 // say. What loaded is used all the same.
 std::string_view LoadWarning(const Loading& loading);
 
-// What was found wrong, with what it is about, for a window: the first three, and how many more there are.
-std::vector<Sentence> WhatWasWrong(const std::vector<LoadFault>& faults);
+// What was found wrong, with what it is about, for a window: the first three faults, how many more there are, and
+// whether it may be no message.
+std::vector<Sentence> WhatWasWrong(const Loading& loading);
+
+// Said of a file without a single header field, which loads all the same; empty of any other.
+Sentence WhyNoMessage(const MailMessage& message);
 
 // Before something is written that is made of a message file: kNotPermitted where it would take the place of that
 // file, by whichever spelling or link.

@@ -108,6 +108,7 @@ class Message(Case):
             ([absent, sample("plain")], 66, "absent.eml", 1),
             ([str(self.folder)], 66, "Error 258: File IO error.", 0),
             (["-"], 66, '"standard input" is empty.', 0),
+            ([self.write("list.txt", "milk\neggs\n")], 0, "list.txt: The file has no header fields, so it may be no message.", 1),
             ([sample("boundary_twice"), sample("plain")], 65, "Error 259: Could not find boundry mark.", 2),
             ([sample("binhex_cut")], 65, "Error 257: There was an error decoding a BINHEX message.", 1),
             ([sample("binhex_crc")], 65, "Error 1002: BINHEX CRC error.", 1),

@@ -152,7 +152,8 @@ class ExtraFormsTest : public QObject {
     QVERIFY2(scene.taken.back().html.find("rest") != std::string::npos, scene.taken.back().html.c_str());
     scene.Type("FilePathTextBox", "/nowhere/a.eml");
     QCOMPARE(scene.Run("ImportButton"), QString("warn: Error 258: File IO error. | ") + kImported);
-    QVERIFY2(scene.Status().contains("stays as it is"), qPrintable(scene.Status()));
+    QVERIFY2(scene.Status().contains("/nowhere/a.eml") && scene.Status().contains("stays as it is"),
+             qPrintable(scene.Status()));
     QCOMPARE(scene.taken.size(), 3U);
     scene.Press("CancelButton");
     QVERIFY(!scene.form->isVisible());

@@ -161,7 +161,7 @@ ExtraForm1::Reading ExtraForm1::Read(const profile::Program& program, const mail
   if (!mode) return {{}, {}, mode.error()};
   const auto loading = mail_file::Load(form.file, {*mode, &cancel});
   if (!loading) return {{}, {}, loading.error()};
-  Reading reading{std::string(mail_file::LoadWarning(*loading)), {}, {}, mail_file::WhatWasWrong(loading->faults)};
+  Reading reading{std::string(mail_file::LoadWarning(*loading)), {}, {}, mail_file::WhatWasWrong(*loading)};
   reading.is_loaded = loading->message.has_value();
   if (!reading.is_loaded) return reading;
   auto pages = ReadPages(*loading->message, form, most, cancel);

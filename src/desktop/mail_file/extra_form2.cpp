@@ -57,8 +57,10 @@ Result<ExtraForm2::Outcome> ExtraForm2::Load(const profile::Program& program, co
   if (!mode) return mode.error();
   const auto loading = mail_file::Load(file, {*mode, &cancel});
   if (!loading) return loading.error();
-  Outcome outcome{std::string(mail_file::LoadWarning(*loading)), {}};
-  if (loading->message) {
+  Outcome outcome{std::string(mail_file::LoadWarning(*loading)), {}, {}};
+  if (!loading->message) {
+    outcome.wrong = mail_file::WhatWasWrong(*loading);
+  } else {
     outcome.body = mail_file::ImportBody(*loading->message, program.folders.ImportBody(), program.folders.temporary,
                                          program.clock, &cancel);
   }
@@ -90,7 +92,10 @@ void ExtraForm2::ShowEnd(const Result<Outcome>& outcome) {
   } else {
     if (!outcome->warning.empty()) program_.prompts.Warn(outcome->warning);
     if (outcome->body) TakeBody(*outcome->body);
-    if (!outcome->body) status_->Say(tr("Nothing could be read, so the message stays as it is."), NoteKind::kFailure);
+    if (!outcome->body) {
+      const QString stays = tr("Nothing could be read, so the message stays as it is.");
+      status_->Say((InWords(outcome->wrong) << stays).join(' '), NoteKind::kFailure);
+    }
   }
   program_.prompts.Inform("Import process has been completed.");
 }
@@ -100,8 +105,9 @@ void ExtraForm2::TakeBody(const Result<mail_file::ImportedBody>& body) {
   const auto is_kept = take_(*body);
   if (!is_kept) return status_->Fail(is_kept.error());
   if (!body->failures.empty()) return status_->Fail(body->failures.front());
-  status_->Say(*is_kept ? tr("The body is in the window. What was there is kept, and can be had back there.")
-                        : tr("The body is in the window."));
+  status_->Say(
+      *is_kept ? tr("The body is in the window. What was there is kept: Restore, above the message, brings it back.")
+               : tr("The body is in the window."));
 }
 
 void ExtraForm2::reject() {

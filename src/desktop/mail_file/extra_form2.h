@@ -31,6 +31,7 @@ class ExtraForm2 final : public QDialog {
   struct Outcome {
     std::string warning;  // of the load, to the letter
     std::optional<Result<mail_file::ImportedBody>> body;
+    std::vector<Sentence> wrong;  // with a file of which nothing was loaded
   };
 
   void MakeWindow();

@@ -207,7 +207,7 @@ ExtraForm4::End ExtraForm4::Run(const mail_file::ExtractionRequest& request, mai
     return end;
   }
   end.warning = mail_file::LoadWarning(*loading);
-  end.troubles = mail_file::WhatWasWrong(loading->faults);
+  end.troubles = mail_file::WhatWasWrong(*loading);
   if (!loading->message) return end;
   mail_file::ChosenFolders folders(own);
   end.outcome = mail_file::Extract(*loading->message, request, folders, cancel, [&seen](auto done, auto total) {

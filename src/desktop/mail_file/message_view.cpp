@@ -156,7 +156,7 @@ MessageView::Reading MessageView::Read(const std::filesystem::path& file, mail_f
   Reading reading;
   auto loading = mail_file::Load(file, {.mode = mode, .cancel = &cancel});
   if (!loading) return reading;  // cancelled: nobody looks at it
-  reading.faults = std::move(loading->faults);
+  reading.wrong = mail_file::WhatWasWrong(*loading);
   if (!loading->message) return reading;
   reading.message = std::make_shared<const mail_file::MailMessage>(*std::move(loading->message));
   auto body = mail_file::ReadShownBody(*reading.message, kMostHtml, &cancel);
@@ -248,8 +248,8 @@ void MessageView::PutRecipients(const std::vector<mail_file::Recipient>& recipie
 }
 
 void MessageView::PutFaults(const Reading& reading) {
-  faults_->SetText(InWords(mail_file::WhatWasWrong(reading.faults)).join("\n"));
-  faults_->setVisible(!reading.faults.empty());
+  faults_->SetText(InWords(reading.wrong).join("\n"));
+  faults_->setVisible(!reading.wrong.empty());
 }
 
 QString MessageView::PartText(std::size_t row, int column) const {

@@ -44,7 +44,7 @@ class MessageView final : public QWidget {
  private:
   // What was read beside the window.
   struct Reading {
-    std::vector<mail_file::LoadFault> faults;
+    std::vector<Sentence> wrong;                            // with the file
     std::shared_ptr<const mail_file::MailMessage> message;  // none: nothing was loaded
     mail_file::ShownBody body;
     std::vector<QImage> pictures;
