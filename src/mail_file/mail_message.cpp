@@ -5,6 +5,7 @@
 
 #include "mail_file/body_text.h"
 #include "mail_file/flowed_text.h"
+#include "mail_file/header_lines.h"
 #include "mail_file/message_lines.h"
 #include "mail_file/message_structure.h"
 #include "mail_file/packed_parts.h"
@@ -103,31 +104,20 @@ Error MailMessage::Refused(const Part& part) const {
 }
 
 Result<void> MailMessage::EachField(const Part& part, const TakeField& take) const {
-  MessageLines lines(*file_, part.header);
-  std::string name;
-  std::string value;
-  const auto end_field = [&] {
-    if (!name.empty()) take(DecodeHeaderText(name), DecodeHeaderText(platform::Trim(value)));
-    name.clear();
-    value.clear();
+  FaultList told;  // by the load
+  HeaderLines fields(told);
+  fields.Begin(part.parent == kNoPart);
+  const auto decode = [&take](std::string_view name, std::string_view value) {
+    take(name, DecodeHeaderText(value.substr(0, kLongestValue)));
   };
+  MessageLines lines(*file_, part.header);
   MessageLine line;
   for (;;) {
     const auto more = lines.Next(line);
     if (!more) return more.error();
-    if (!*more) break;
-    const bool goes_on = line.text.starts_with(' ') || line.text.starts_with('\t');
-    const std::size_t colon = line.text.find(':');
-    if (goes_on && !name.empty()) {
-      value += ' ';
-      value += line.text.substr(1, kLongestValue - std::min(kLongestValue, value.size()));
-    } else if (colon != std::string_view::npos && !line.text.starts_with("From ") && !line.text.starts_with(">From ")) {
-      end_field();
-      name = platform::Trim(line.text.substr(0, colon));
-      value = line.text.substr(colon + 1, kLongestValue);
-    }
+    if (!*more || fields.Take(line, decode) != HeaderLine::kWithin) break;
   }
-  end_field();
+  fields.End(decode);
   return {};
 }
 

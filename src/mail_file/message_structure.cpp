@@ -88,6 +88,18 @@ std::size_t MessageStructure::AddPart(std::uint64_t begin) {
   return parts_.size() - 1;
 }
 
+// What the file's first header begins behind: a mark of UTF-8, and the blank lines before the first of a mailbox.
+bool MessageStructure::PassBy(MessageLine& line) {
+  ByteRange& header = parts_.front().header;
+  if (line.begin == 0 && line.text.starts_with(kMark)) {
+    line.text.remove_prefix(kMark.size());
+    header.begin = kMark.size();
+  }
+  if (line.begin >= border_.begin()) return false;
+  header.begin = line.next;
+  return true;
+}
+
 Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, PartFields& fields) {
   const auto take = [&](std::string_view name, std::string_view value) {
     fields.Take(name, value);
@@ -102,8 +114,7 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
     const auto more = lines_.Next(line);
     if (!more) return more.error();
     if (!*more) break;
-    if (line.begin == 0 && line.text.starts_with(kMark)) line.text.remove_prefix(kMark.size());
-    if (line.begin < border_.begin()) continue;
+    if (PassBy(line)) continue;
     if (IsDelimiter(line, header.delimiter)) {
       header.end = HeaderEnd::kDelimiter;
       continue;

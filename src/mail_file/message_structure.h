@@ -55,6 +55,7 @@ class MessageStructure {
   };
 
   std::size_t AddPart(std::uint64_t begin);
+  bool PassBy(MessageLine& line);
   Result<Header> ReadHeader(std::size_t part, PartFields& fields);
   bool IsBodyByItsPlace(std::size_t part) const;
   Result<void> Open(std::size_t part, const PartFields& fields, const Header& header);

@@ -87,6 +87,27 @@ TEST(MailMessage, FindsOutCharacterSets) {
   }
 }
 
+// As its facts are read: what the one takes for a field, the other does.
+TEST(MailMessage, GivesEachFieldOfAHeader) {
+  for (const auto& [header, fields] : {
+           std::pair("From : Ada\nFrom\t: b\nSubject:t\n", "From=Ada|From=b|Subject=t|"),
+           {"\xEF\xBB\xBF"
+            "From: Ada\nX:\n",
+            "From=Ada|X=|"},
+           {"\n\nFrom ada@x.org Sat Nov 14 22:40:05 2026\n>From b: x\nX: y\n", "X=y|"},
+           {"X:  =?utf-8?q?Gr=C3=BC?=\n =?utf-8?q?=C3=9Fe?=\n\tund\nZ: z\n", "X=Grüße und|Z=z|"},
+           {"X: y\nno field\nZ: z\n", "X=y|"},
+       }) {
+    const test::TemporaryFolder folder;
+    const Loading loading = LoadFile(folder.Write("m", std::string(header) + "\nY: body\n"));
+    std::string told;
+    const auto read = loading.message->EachField(loading.message->parts()[0], [&](auto name, auto value) {
+      told.append(name).append("=").append(value) += '|';
+    });
+    EXPECT_TRUE(read && told == fields) << header << told;
+  }
+}
+
 TEST(MailMessage, TellsRecipientsInTheirOrder) {
   const std::pair<const char*, const char*> rows[] = {
       {"recipients",
