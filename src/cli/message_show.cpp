@@ -20,7 +20,6 @@ using mail_file::RelayStamp;
 using nlohmann::ordered_json;
 
 constexpr std::uint64_t kLongestShownBody = std::uint64_t{1024} * 1024;  // bytes
-constexpr std::size_t kMostShownFields = std::size_t{4} * 1024 * 1024;   // bytes of names and values
 constexpr std::array kFieldOfType = {"To", "Cc", "Bcc"};                 // by RecipientType
 
 std::string_view WordOf(Marker marker) {
@@ -61,10 +60,8 @@ ordered_json AsObject(const std::optional<mail_file::StampedTime>& time) {
 
 Result<ordered_json> Headers(const MailMessage& message) {
   ordered_json list = ordered_json::array();
-  std::size_t bytes = 0;
   const auto read = message.EachField(message.parts().front(), [&](std::string_view name, std::string_view value) {
-    bytes += name.size() + value.size();
-    if (bytes <= kMostShownFields) list.push_back({{"name", name}, {"value", value}});
+    list.push_back({{"name", name}, {"value", value}});
   });
   if (!read) return read.error();
   return list;

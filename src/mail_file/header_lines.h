@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "mail_file/fault_list.h"
+#include "mail_file/limits.h"
 #include "mail_file/message_lines.h"
 
 namespace quillcast::mail_file {
@@ -45,6 +46,22 @@ class HeaderLines {
   bool is_told_ = false;  // that the field is too long
   std::string name_;
   std::string value_;
+};
+
+// Which fields of a header are listed for who asks: from the first on as many as kMostListedFields holds.
+class ListedFields {
+ public:
+  // Whether this one, the next as HeaderLines gives them, is.
+  bool Take(std::string_view name, std::string_view value) {
+    bytes_ += name.size() + value.size();
+    if (bytes_ > kMostListedFields) ++left_out_;
+    return left_out_ == 0;
+  }
+  std::size_t left_out() const { return left_out_; }
+
+ private:
+  std::size_t bytes_ = 0;
+  std::size_t left_out_ = 0;
 };
 
 }  // namespace quillcast::mail_file

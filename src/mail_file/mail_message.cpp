@@ -16,8 +16,6 @@
 namespace quillcast::mail_file {
 namespace {
 
-constexpr std::size_t kLongestValue = std::size_t{64} * 1024;  // of a field that is shown
-
 // Gathers a text, block by block, without the files that stand in it.
 class TextWithoutFiles {
  public:
@@ -53,6 +51,11 @@ Result<void> FindParts(const std::shared_ptr<const MessageFile>& file, const Loa
   auto found = structure.Find();
   if (structure.facts().is_full())
     faults.Add(LoadCode::kException, "There are more recipients or relay stamps than are kept; the rest was left out.");
+  if (const auto count = static_cast<std::int64_t>(structure.fields_left_out()); count > 0) {
+    faults.Add(LoadCode::kException,
+               SayOf(count, "{} header field is not listed: with it, the header takes more than 4 MiB.",
+                     "{} header fields are not listed: with them, the header takes more than 4 MiB."));
+  }
   facts = structure.facts().Finish();
   parts = std::move(structure.parts());
   if (!found) return found;
@@ -107,8 +110,9 @@ Result<void> MailMessage::EachField(const Part& part, const TakeField& take) con
   FaultList told;  // by the load
   HeaderLines fields(told);
   fields.Begin(part.parent == kNoPart);
-  const auto decode = [&take](std::string_view name, std::string_view value) {
-    take(name, DecodeHeaderText(value.substr(0, kLongestValue)));
+  ListedFields listed;
+  const auto decode = [&](std::string_view name, std::string_view value) {
+    if (listed.Take(name, value)) take(name, DecodeHeaderText(value));
   };
   MessageLines lines(*file_, part.header);
   MessageLine line;

@@ -50,8 +50,8 @@ class MailMessage {
   // that were found in the content of others: by uuencode, yEnc or BinHex in a text, in winmail.dat (TNEF).
   const std::vector<Part>& parts() const { return parts_; }
 
-  // Calls `take` with each field of a part's header, in order: the name, and the value unfolded and decoded to UTF-8,
-  // of at most 64 KiB.
+  // Calls `take` with each field of a part's header, in order: the name, and the value unfolded and decoded to UTF-8.
+  // Of more than kMostListedFields it gives the first; the load tells of the message's own that were left out.
   using TakeField = std::function<void(std::string_view name, std::string_view value)>;
   Result<void> EachField(const Part& part, const TakeField& take) const;
 

@@ -105,6 +105,7 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
     fields.Take(name, value);
     if (part != 0) return;
     facts_.Take(name, value);
+    listed_fields_.Take(name, value);
     if (content_length_.empty() && platform::EqualsIgnoringAsciiCase(name, "Content-Length")) content_length_ = value;
   };
   Header header;

@@ -31,6 +31,8 @@ class MessageStructure {
   // kNoPart for none.
   std::size_t named_text() const { return named_text_; }
   FactCollector& facts() { return facts_; }
+  // How many fields of the message's own header MailMessage::EachField does not give.
+  std::size_t fields_left_out() const { return listed_fields_.left_out(); }
 
  private:
   // A multipart or a message whose content is being read.
@@ -77,6 +79,7 @@ class MessageStructure {
   HeaderLines header_lines_;
   std::vector<Part> parts_;
   FactCollector facts_;
+  ListedFields listed_fields_;
   std::vector<Level> levels_;
   std::size_t guess_budget_;
   std::size_t named_text_ = kNoPart;

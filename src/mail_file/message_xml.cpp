@@ -8,7 +8,6 @@ namespace quillcast::mail_file {
 namespace {
 
 constexpr std::array kTypes = {"to", "cc", "bcc"};  // by RecipientType
-constexpr std::size_t kMostFieldBytes = std::size_t{4} * 1024 * 1024;
 
 bool IsInXml(char32_t code) {
   return code == '\t' || code == '\n' || code == '\r' ||
@@ -113,10 +112,8 @@ void AddStamps(Document& xml, const MessageFacts& facts) {
 
 Result<void> AddFields(Document& xml, const MailMessage& message) {
   xml.Begin("fields");
-  std::size_t bytes = 0;
   auto read = message.EachField(message.parts().front(), [&](std::string_view name, std::string_view value) {
-    bytes += name.size() + value.size();
-    if (bytes <= kMostFieldBytes) xml.Element("field", {"name", name}, value);
+    xml.Element("field", {"name", name}, value);
   });
   xml.End("fields");
   return read;

@@ -339,6 +339,19 @@ TEST(MailMessage, StaysWithinItsLimits) {
   }
 }
 
+TEST(MailMessage, ListsFieldsUpToALimitAndTellsOfTheOthers) {
+  const test::TemporaryFolder folder;
+  const auto line = [](std::size_t size) { return "X: " + std::string(size, 'x') + "\n"; };
+  const Loading loading = LoadFile(folder.Write("m", line(100'000) + Repeated(line(60'000), 101) + "Y: z\n\nx"));
+  std::vector<std::size_t> sizes;
+  const auto read =
+      loading.message->EachField(loading.message->parts()[0], [&](auto, auto value) { sizes.push_back(value.size()); });
+  EXPECT_TRUE(read && sizes.front() == 100'000U && sizes.size() == 69U && sizes.back() == 60'000U) << sizes.size();
+  ASSERT_EQ(loading.faults.size(), 1U);
+  EXPECT_EQ(loading.faults[0].what.InEnglish(),
+            "34 header fields are not listed: with them, the header takes more than 4 MiB.");
+}
+
 // Every byte from the first cut field on is in the last part, and nothing twice.
 TEST(MailMessage, KeepsWhatIsBeyondALimitAsOnePart) {
   const std::string rest = Repeated("X-B: b\n", 1000) + "\nbody\n";
