@@ -26,34 +26,34 @@ ORDER = {
     "smtp/sasl": "smtp",
     "smtp/client": "smtp smtp/sasl net",
     "smtp/mailbox": "smtp smtp/sasl net",
-    "recipients": "profile",
+    "recipients": "",
     "recipients/import": "recipients profile mime charset",
     "recipients/export": "recipients charset",
     "recipients/edit": "recipients smtp",
     "document": "recipients profile mime html charset",
     "message": "document profile mime html charset recipients smtp net",
     "run/pace": "",
-    "account": "run/pace message document profile charset recipients net smtp smtp/client smtp/mailbox",
+    "account": "run/pace message document profile recipients net smtp smtp/client smtp/mailbox",
     "account/import": "account profile",
     "domain": "profile charset net net/dns",
     "domain/connection": "account smtp smtp/sasl smtp/client net",
     "domain/sender": "domain account profile net net/dns",
-    "mail_file": "message document profile mime html charset",
+    "mail_file": "document profile mime html charset",
     "run/journal": "recipients smtp",
     "run/frozen": "run/journal run/pace account message document recipients",
-    "run": "run/frozen run/journal run/pace account message document domain domain/sender mail_file profile recipients recipients/edit"
+    "run": "run/frozen run/journal run/pace account message document domain/sender mail_file profile recipients recipients/edit"
     " recipients/export html smtp smtp/client",
     "support": "run account message document mail_file profile net smtp",
     "help": "html profile recipients",
     "update": "profile net",
     "cli": "*",
     "desktop/widgets": "",
-    "desktop/document": "desktop/widgets document profile html recipients",
-    "desktop/account": "desktop/widgets account account/import run/pace profile smtp smtp/client smtp/mailbox",
+    "desktop/document": "desktop/widgets document profile",
+    "desktop/account": "desktop/widgets account account/import run/pace profile smtp",
     "desktop/recipients": "desktop/widgets recipients recipients/import recipients/export recipients/edit profile",
-    "desktop/run": "desktop/widgets desktop/document desktop/account run run/frozen run/journal run/pace account message document recipients profile smtp",
-    "desktop/mail_file": "desktop/widgets mail_file message document profile",
-    "desktop/domain": "desktop/widgets domain domain/connection domain/sender net account profile smtp",
+    "desktop/run": "desktop/widgets desktop/document desktop/account run run/frozen run/journal run/pace account message document profile",
+    "desktop/mail_file": "desktop/widgets mail_file profile",
+    "desktop/domain": "desktop/widgets domain domain/connection domain/sender net profile",
     "desktop/support": "desktop/widgets support run account profile smtp",
     "desktop/shell": "* desktop/widgets desktop/document desktop/account desktop/recipients desktop/run desktop/mail_file"
     " desktop/domain desktop/support",
@@ -138,6 +138,11 @@ class House(unittest.TestCase):
         wrong = [line for (folder, to), lines in includes().items() for line in lines
                  if to not in allowed(folder)]
         self.none(wrong, "includes against the order")
+
+    def test_no_permission_is_for_nobody(self):
+        arrows = includes()
+        self.none([f"{folder}: {to}" for folder, row in ORDER.items() for to in row.split()
+                   if "*" not in row and (folder, to) not in arrows], "allowed, and not included")
 
     def test_each_target_names_what_its_files_include(self):
         named, arrows = targets(), includes()
