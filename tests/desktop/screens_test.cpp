@@ -855,6 +855,7 @@ class ScreensTest : public QObject {
       Take(file_to_pages, "message-print");
       ExtraForm2 file_to_message(
           rig.program, {}, [](const mail_file::ImportedBody&) { return Result<bool>(true); }, nullptr);
+      file_to_message.show();  // which makes room for what is said in it
       file_to_message.findChild<QLineEdit*>("FilePathTextBox")->setText("/nowhere/letter.eml");
       file_to_message.findChild<QPushButton*>("ImportButton")->click();
       QTRY_VERIFY(file_to_message.findChild<QLabel*>("StatusLine")->text().contains("could"));
