@@ -44,11 +44,6 @@ Result<std::optional<PartDigest>> DigestOf(const Context& context, const MailMes
   return std::optional(*std::move(digest));
 }
 
-std::string Shown(const Mailbox& mailbox) {
-  if (mailbox.name.empty()) return mailbox.address;
-  return mailbox.address.empty() ? mailbox.name : fmt::format("{} <{}>", mailbox.name, mailbox.address);
-}
-
 // For programs.
 
 ordered_json AsObject(const Mailbox& mailbox) { return {{"name", mailbox.name}, {"address", mailbox.address}}; }
@@ -142,9 +137,9 @@ void ShowHead(const Context& context, const mail_file::MessageFacts& facts) {
   const auto line = [&context](std::string_view name, std::string_view value) {
     if (!value.empty()) context.output.Line(fmt::format("{:<9}{}", name, platform::Printable(value)));
   };
-  line("From:", Shown(facts.from));
+  line("From:", mail_file::ShownMailbox(facts.from));
   for (const auto& [mailbox, type] : facts.recipients)
-    line(fmt::format("{}:", kFieldOfType.at(static_cast<std::size_t>(type))), Shown(mailbox));
+    line(fmt::format("{}:", kFieldOfType.at(static_cast<std::size_t>(type))), mail_file::ShownMailbox(mailbox));
   line("Subject:", facts.subject);
   line("Date:", facts.date);
 }

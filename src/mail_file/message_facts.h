@@ -14,6 +14,10 @@ struct Mailbox {
   std::string address;
 };
 
+// For people: "Ada <ada@example.org>" in one line that is safe to show, of at most some 600 bytes. The name stands in
+// quotes where it could be taken for an address, so that nobody reads another sender than there is.
+std::string ShownMailbox(const Mailbox& mailbox);
+
 // To, Cc and Bcc.
 enum class RecipientType { kNormal, kCarbonCopy, kBlindCarbonCopy };
 

@@ -65,7 +65,8 @@ class Message(Case):
             "  2026-11-14 16:40:05  -300  +65 s  by mx.example.net  via UUCP", "  2026-11-14 21:39:00    +0",
             "  at an unknown time", "", "x", ""])
         for file, shown in (("charset_in_page", "\nПривет\n"), ("tnef", '      text/plain  "Long näme.txt"  12 bytes  attachment'),
-                            ("yenc", '"a b.bin"  attachment  cannot be decoded: yEnc'), ("nested_message", "\nsee below\n")):
+                            ("yenc", '"a b.bin"  attachment  cannot be decoded: yEnc'), ("nested_message", "\nsee below\n"),
+                            ("recipients", 'To:      "Last, First" <lf@example.net>\n')):
             self.assertIn(shown, self.show("message", "show", sample(file))[1], file)
 
     def test_nothing_of_a_message_reaches_a_terminal_unescaped(self):

@@ -38,13 +38,7 @@ enum StampColumn : int { kTime, kDelay, kBy, kFrom };
 
 QString Shown(std::string_view text) { return ToQt(platform::Printable(text, 300)); }
 
-// Within quotes where the name could be taken for an address.
-QString Shown(const mail_file::Mailbox& mailbox) {
-  if (mailbox.name.empty()) return Shown(mailbox.address);
-  const bool could_be_address = mailbox.name.find_first_of("<>@,;:\"") != std::string::npos;
-  const QString name = Shown(mailbox.name);
-  return (could_be_address ? '"' + QString(name).replace('"', '\'') + '"' : name) + " <" + Shown(mailbox.address) + ">";
-}
+QString Shown(const mail_file::Mailbox& mailbox) { return ToQt(mail_file::ShownMailbox(mailbox)); }
 
 // The time with the zone that its clock was in.
 QString Shown(const mail_file::StampedTime& time) {
