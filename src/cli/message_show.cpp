@@ -208,7 +208,8 @@ void AddMessageShow(CLI::App& message, Context& context) {
   const auto files = std::make_shared<MessageFiles>();
   AddMessageFiles(show, *files);
   show.footer(
-      "Nothing in a message runs or is loaded. With --json: one object a message, with each part's size and SHA-256.\n"
+      "Nothing in a message runs or is loaded. A text of more than 1 MiB is left out. With --json: one object a "
+      "message, with each part's size and SHA-256.\n"
       "Example: quillcast message show letter.eml");
   OnRun(show, context, [files](Context& ctx) {
     return WithMessages(ctx, *files, [&](const LoadedFile& file) {
