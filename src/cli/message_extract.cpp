@@ -62,6 +62,8 @@ void ShowObject(const Context& context, const std::string& name, const mail_file
   object["page"] = outcome.page ? nlohmann::ordered_json(*outcome.page) : nlohmann::ordered_json();
   object["pictures"] = outcome.pictures;
   object["files"] = outcome.files;
+  object["renamed"] = outcome.renamed;
+  object["no_stamps"] = outcome.has_no_stamps;
   object["failed"] = outcome.failed;
   object["lost"] = outcome.lost;
   context.output.Object(object);
@@ -77,6 +79,7 @@ int ExtractOne(Context& context, const std::string& name, const mail_file::Loadi
   context.output.EndProgress();
   ShowOutcome(context, name, request, outcome);
   ShowObject(context, name, loading, outcome);
+  for (const Sentence& note : mail_file::ExtractionNotes(request, outcome)) context.output.Note(note.InEnglish());
   for (const Sentence& trouble : mail_file::ExtractionTroubles(outcome, request.code_page))
     context.output.Note(trouble.InEnglish());
   if (outcome.is_cancelled) return ExitCode(Failure::kTryAgain);

@@ -166,6 +166,21 @@ ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& r
   return Extraction(message, request, folders, cancel, see).Run();
 }
 
+std::vector<Sentence> ExtractionNotes(const ExtractionRequest& request, const ExtractionOutcome& outcome) {
+  std::vector<Sentence> notes;
+  if (outcome.renamed > 0) {
+    notes.push_back(SayOf(static_cast<std::int64_t>(outcome.renamed), "{} file has another name than in the message.",
+                          "{} files have other names than in the message."));
+  }
+  if (outcome.has_old_stamps) {  // which is not to pass for this message's
+    notes.push_back(
+        Say("The message has no stamps: {} is of an earlier time, and was left as it is.", request.stamps_file));
+  } else if (outcome.has_no_stamps) {
+    notes.emplace_back("The message has no stamps, so there is no file of them.");
+  }
+  return notes;
+}
+
 std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const ExtractionOutcome& outcome) {
   std::vector<Sentence> news;
   if (outcome.wanted > 0) {
@@ -174,19 +189,10 @@ std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const Ext
   } else if (!request.parts_folder.empty() && outcome.failed == 0) {
     news.emplace_back("The message has no parts for the folder.");
   }
-  if (outcome.renamed > 0) {
-    news.push_back(SayOf(static_cast<std::int64_t>(outcome.renamed), "{} file has another name than in the message.",
-                         "{} files have other names than in the message."));
-  }
   std::vector<std::string> others = outcome.files;
   if (outcome.page) others.push_back(request.second_folder + "/" + *outcome.page);
   if (!others.empty()) news.push_back(Say("Written: {}.", fmt::to_string(fmt::join(others, ", "))));
-  if (outcome.has_old_stamps) {  // which is not to pass for this message's
-    news.push_back(
-        Say("The message has no stamps: {} is of an earlier time, and was left as it is.", request.stamps_file));
-  } else if (outcome.has_no_stamps) {
-    news.emplace_back("The message has no stamps, so there is no file of them.");
-  }
+  for (Sentence& note : ExtractionNotes(request, outcome)) news.push_back(std::move(note));
   return news;
 }
 

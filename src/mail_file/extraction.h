@@ -68,7 +68,10 @@ using SeeExtraction = std::function<void(std::uint64_t done, std::uint64_t total
 ExtractionOutcome Extract(const MailMessage& message, const ExtractionRequest& request, ChosenFolders& folders,
                           const platform::CancelToken& cancel, const SeeExtraction& see = {});
 
-// For a status line: what was written, as far as it does not show by itself.
+// For a status line or a terminal: what the names of the files do not show.
+std::vector<Sentence> ExtractionNotes(const ExtractionRequest& request, const ExtractionOutcome& outcome);
+
+// For a status line: what was written, and those notes.
 std::vector<Sentence> ExtractionNews(const ExtractionRequest& request, const ExtractionOutcome& outcome);
 
 // For a status line or a terminal: what was not written and why, and what was

@@ -85,7 +85,7 @@ TEST(Extraction, WritesAllFive) {
   const auto outcome = scene.Extract();
   EXPECT_EQ(outcome.failed, 0U);
   EXPECT_EQ(outcome.parts, (std::vector<std::string>{"a.bin", "Part 3.png", "a (2).bin"}));
-  EXPECT_EQ(ExtractionNews(scene.request, outcome).back().InEnglish(),
+  EXPECT_EQ(ExtractionNews(scene.request, outcome).at(1).InEnglish(),
             "Written: " + scene.In("body") + ", " + scene.In("recipients") + ", " + scene.In("stamps") + ", " +
                 scene.In("page/index.html") + ".");
   EXPECT_EQ(scene.Read("parts/a.bin"), std::string("\0\1\2", 3));
