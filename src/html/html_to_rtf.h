@@ -31,7 +31,7 @@ using FindRtfPicture = std::function<std::optional<RtfPictureSize>(std::string_v
 // Paragraphs, headings, lists, quotations, letters with their fonts, sizes and colours, links, rules, pictures, and
 // tables down to eight in each other, of at most sixty cells a row, all on their grounds; of styles those in the
 // elements themselves. Left out: what is not displayed, style sheets, pictures behind words, with the colours that need
-// one, and cells over several rows, which begin in the first of them. The HTML is UTF-8. Linear in time and space, and
+// one. The HTML is UTF-8. Linear in time and space, and
 // does not recurse: what lies deeper than 500 stands beside the innermost.
 RtfPage HtmlToRtf(std::string_view html, const FindRtfPicture& find_picture = {});
 

@@ -18,6 +18,7 @@ namespace quillcast::mail_file {
 namespace {
 
 constexpr std::size_t kLongestStructured = std::size_t{8} * 1024;  // bytes; the work on parameters is their square
+constexpr std::size_t kLongestQuick = std::size_t{64} * 1024;      // bytes; the work on what begins encoded words, too
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 struct FreeText {
@@ -115,7 +116,8 @@ ParameterizedValue ReadContentDisposition(std::string_view field) {
 
 std::string DecodeHeaderText(std::string_view text) {
   if (platform::IsAscii(text) && text.find("=?") == std::string_view::npos) return std::string(text);
-  const std::string value = ForGMime(text, kLongestField);
+  if (text.size() > kLongestQuick) return Repaired(mime::DecodeEncodedWords(text));
+  const std::string value = ForGMime(text, kLongestQuick);
   return Utf8(Text(g_mime_utils_header_decode_text(Options(), value.c_str())).get());
 }
 

@@ -11,8 +11,7 @@ namespace quillcast::mail_file {
 enum class LoadCode {
   kLoaded = 0,
   kOutOfMemory = 14,
-  kException =
-      206,  // a limit of kMost... in mail_message.h was met, winmail.dat is damaged, or there are more messages
+  kException = 206,  // a limit was met (limits.h), winmail.dat is damaged, or there are more messages
   kBinHex = 257,
   kFileIo = 258,           // the file cannot be read, or ended before its size; also an empty file
   kNoBoundary = 259,       // a boundary is missing, never comes, is not closed, or stands twice

@@ -44,7 +44,7 @@ inline constexpr std::size_t kMostPreviewed = std::size_t{256} << 10;  // in a s
 inline constexpr int kMostPages = 2000;
 
 // RTF prints what its HTML prints, XML its source. Of what is longer than about `most` bytes, or kMostPrintedHtml, the
-// beginning; `page.is_cut` says so. Errors: those of WhyNoBody, except for XML; kIo when the file cannot be read,
+// beginning; `page.is_cut` says so. Errors: those of WhyNothing; kIo when the file cannot be read,
 // kTryAgain after a cancel.
 Result<PrintedBody> ReadPrintedBody(const MailMessage& message, BodyFormat format, std::size_t most,
                                     const platform::CancelToken* cancel);

@@ -54,6 +54,27 @@ std::optional<Shape> ShapeOf(std::string_view text) {
                text.substr(charset_end + 3, end - charset_end - 3), end + 2};
 }
 
+// As others write it: with foreign characters, padding within or none. Nothing where its digits end within an octet, of
+// which the next word may have the rest.
+std::optional<std::string> DecodeLeniently(std::string_view text) {
+  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  std::string digits;
+  const auto take_digits = [&](bool are_padded) {
+    digits.append((4 - digits.size() % 4) % 4, '=');
+    const auto bytes = platform::DecodeBase64(digits);
+    if (!bytes || (!are_padded && platform::Base64(*bytes) != digits)) return false;
+    out += *bytes;
+    digits.clear();
+    return true;
+  };
+  for (const char c : text) {
+    if (kDigits.find(c) != std::string_view::npos) digits += c;
+    if (c == '=' && !take_digits(true)) return {};
+  }
+  return take_digits(false) ? std::optional(std::move(out)) : std::nullopt;
+}
+
 std::optional<Word> WordIn(std::string_view text) {
   const auto shape = ShapeOf(text);
   if (!shape) return {};
@@ -85,6 +106,7 @@ std::string JoinBase64Words(std::string_view text) {
   std::string out;
   std::string_view charset;  // of those that are being joined
   std::string bytes;
+  std::string_view cut;  // the set of one that the next goes on with, which then stays as well
   const auto end = [&] {
     if (!charset.empty()) out.append("=?").append(charset).append("?b?").append(platform::Base64(bytes)) += "?=";
     charset = {};
@@ -93,13 +115,16 @@ std::string JoinBase64Words(std::string_view text) {
   while (!text.empty()) {
     const std::size_t start = std::min(text.find("=?"), text.size());
     const auto shape = start < text.size() ? ShapeOf(text.substr(start)) : std::nullopt;
-    const auto decoded = shape && shape->encoding == 'b' ? platform::DecodeBase64(shape->text) : std::nullopt;
     const bool only_blanks = text.substr(0, start).find_first_not_of(kBlanks) == std::string_view::npos;
+    const bool is_base64 = shape && shape->encoding == 'b';
+    const bool goes_on = is_base64 && only_blanks && !cut.empty() && cut == shape->charset;
+    const auto decoded = is_base64 && !goes_on ? DecodeLeniently(shape->text) : std::nullopt;
+    cut = is_base64 && !decoded && !shape->text.ends_with('=') ? shape->charset : std::string_view();
     if (!decoded || !only_blanks || !platform::EqualsIgnoringAsciiCase(shape->charset, charset)) {
       end();
       out += text.substr(0, start);
     }
-    const std::size_t size = decoded ? shape->size : std::min<std::size_t>(2, text.size() - start);
+    const std::size_t size = is_base64 ? shape->size : std::min<std::size_t>(2, text.size() - start);
     if (!decoded) out += text.substr(start, size);
     if (decoded && charset.empty()) charset = shape->charset;
     if (decoded) bytes += *decoded;

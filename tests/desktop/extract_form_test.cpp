@@ -209,6 +209,13 @@ class ExtractFormTest : public QObject {
     QCOMPARE(folders(), before + 1);
     scene.form.reset();
     QCOMPARE(folders(), before);
+    // Where none can be made, that is passed over and told.
+    scene.rig.folders.temporary = scene.rig.folder.Write("no folder", "");
+    scene.form = std::make_unique<ExtraForm4>(scene.rig.program, nullptr);
+    scene.Type("FilePathTextBox", scene.rig.folder / "letter.eml");
+    scene.Type("ExtractPath4", scene.rig.folder / "recipients");
+    QVERIFY(scene.Extract().endsWith(kDone));
+    QVERIFY2(scene.Text("StatusLine").contains("no folder"), qPrintable(scene.Text("StatusLine")));
   }
 
   void cancelsAtOnceAndCloses() {

@@ -31,7 +31,7 @@ constexpr const char* kTitle = "Extract Mail Message";
 struct ExtraForm4::End {
   std::string warning;  // of the load
   std::vector<Sentence> news;
-  std::vector<Sentence> troubles;  // of the load and the extraction
+  std::vector<Sentence> troubles;  // what was passed over, and those of the load and the extraction
   mail_file::ExtractionOutcome outcome;
 };
 
@@ -178,19 +178,21 @@ void ExtraForm4::Extract() {
 
 // What was passed over is told in the status line once all is done.
 void ExtraForm4::Start(const mail_file::ExtractionRequest& request) {
+  std::vector<Sentence> passed_over;
   if (!working_folder_) {
     auto made = mail_file::WorkingFolder::Make(program_.folders.temporary, program_.clock);
-    if (made)
-      working_folder_.emplace(*std::move(made));
-    else
-      IgnoreErrors(made);
+    if (made) working_folder_.emplace(*std::move(made));
+    if (!made) passed_over.push_back(AsSentence(made.error()));
   }
-  const auto mode = IgnoreErrors(mail_file::LoadModeOf(program_.settings), mail_file::LoadMode::kPlain);
+  const auto mode = mail_file::LoadModeOf(program_.settings);
+  if (!mode) passed_over.push_back(AsSentence(mode.error()));
   bar_->Count(0, 1);
   status_->Say(tr("Reading %1…").arg(file_->box()->text()));
   seen_ = std::make_shared<SharedCount>();
-  task_->Start([this, request, mode, own = program_.folders.OwnFiles(), seen = seen_](const auto& cancel) {
-    const End end = Run(request, mode, own, cancel, *seen);
+  task_->Start([this, request, mode = mode ? *mode : mail_file::LoadMode::kPlain, passed_over,
+                own = program_.folders.OwnFiles(), seen = seen_](const auto& cancel) {
+    End end = Run(request, mode, own, cancel, *seen);
+    end.troubles.insert(end.troubles.begin(), passed_over.begin(), passed_over.end());
     return [this, end] { ShowEnd(end); };
   });
   tick_->start(kTick);
