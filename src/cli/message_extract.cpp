@@ -64,6 +64,7 @@ void ShowObject(const Context& context, const std::string& name, const mail_file
   object["files"] = outcome.files;
   object["renamed"] = outcome.renamed;
   object["no_stamps"] = outcome.has_no_stamps;
+  object["older_stamps_stay"] = outcome.has_old_stamps;
   object["failed"] = outcome.failed;
   object["lost"] = outcome.lost;
   context.output.Object(object);

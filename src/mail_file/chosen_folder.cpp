@@ -1,6 +1,7 @@
 #include "mail_file/chosen_folder.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -36,10 +37,20 @@ Result<ChosenFolder> ChosenFolder::OpenOrMake(const std::filesystem::path& path,
 }
 
 Result<ChosenFolder*> ChosenFolders::OpenOrMake(const std::filesystem::path& path) {
-  if (const auto known = open_.find(path); known != open_.end()) return &known->second;
+  if (const auto known = open_.find(path); known != open_.end()) {
+    if (known->second.IsThere()) return &known->second;
+    open_.erase(known);  // what stands there now, or nothing, is another one
+  }
   auto folder = ChosenFolder::OpenOrMake(path, own_);
   if (!folder) return folder.error();
   return &open_.emplace(path, *std::move(folder)).first->second;
+}
+
+bool ChosenFolder::IsThere() const {
+  struct stat opened {};
+  struct stat there {};
+  return ::fstat(fd_.get(), &opened) == 0 && ::stat(path_.c_str(), &there) == 0 && opened.st_dev == there.st_dev &&
+         opened.st_ino == there.st_ino;
 }
 
 // O_EXCL takes a link for what exists. A name without a separator stays in the folder, whoever moves that meanwhile.

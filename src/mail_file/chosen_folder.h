@@ -36,6 +36,8 @@ class ChosenFolder {
                        const std::function<Result<void>(int fd, const std::filesystem::path& file)>& write);
 
   const std::filesystem::path& path() const { return path_; }
+  // Whether its path still leads to it.
+  bool IsThere() const;
 
  private:
   ChosenFolder(std::filesystem::path path, platform::UniqueFd fd, const platform::OwnFiles& own)
@@ -59,7 +61,7 @@ class ChosenFolders {
  public:
   explicit ChosenFolders(platform::OwnFiles own) : own_(std::move(own)) {}
 
-  // As ChosenFolder::OpenOrMake at the first time; the same one from then on.
+  // As ChosenFolder::OpenOrMake at the first time; the same one from then on, as long as it is there.
   Result<ChosenFolder*> OpenOrMake(const std::filesystem::path& path);
   const platform::OwnFiles& own() const { return own_; }
 

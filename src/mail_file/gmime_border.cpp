@@ -18,7 +18,7 @@ namespace quillcast::mail_file {
 namespace {
 
 constexpr std::size_t kLongestStructured = std::size_t{8} * 1024;  // bytes; the work on parameters is their square
-constexpr std::size_t kLongestQuick = std::size_t{64} * 1024;      // bytes; the work on what begins encoded words, too
+constexpr std::size_t kLongestQuick = std::size_t{4} * 1024;  // bytes; the work on what only begins encoded words, too
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 struct FreeText {

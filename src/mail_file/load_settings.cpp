@@ -32,11 +32,8 @@ std::vector<Sentence> WhatWasWrong(const Loading& loading) {
 }
 
 Sentence WhyNoMessage(const MailMessage& message) {
-  bool has_field = message.parts().empty();
-  const auto read = message.parts().empty()
-                        ? Result<void>()
-                        : message.EachField(message.parts().front(), [&](auto, auto) { has_field = true; });
-  return has_field || !read ? Sentence() : "The file has no header fields, so it may be no message.";
+  const bool has_field = message.parts().empty() || message.parts().front().header.size() > 0;
+  return has_field ? Sentence() : "The file has no header fields, so it may be no message.";
 }
 
 Result<void> CheckIsNotMessage(const std::filesystem::path& target, const std::filesystem::path& message) {

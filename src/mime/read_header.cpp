@@ -28,9 +28,31 @@ struct Word {
   std::size_t size;  // of the encoded one
 };
 
+// As others write it: with foreign characters, padding within or none. Nothing where its digits end within an octet, of
+// which the next word may have the rest.
+std::optional<std::string> DecodeLeniently(std::string_view text) {
+  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  std::string digits;
+  const auto take_digits = [&](bool are_padded) {
+    digits.append((4 - digits.size() % 4) % 4, '=');
+    const auto bytes = platform::DecodeBase64(digits);
+    if (!bytes || (!are_padded && platform::Base64(*bytes) != digits)) return false;
+    out += *bytes;
+    digits.clear();
+    return true;
+  };
+  for (const char c : text) {
+    if (kDigits.find(c) != std::string_view::npos) digits += c;
+    if (c == '=' && !take_digits(true)) return {};
+  }
+  const bool is_some = take_digits(false) && (!out.empty() || text.empty());
+  return is_some ? std::optional(std::move(out)) : std::nullopt;
+}
+
 // The Q encoding differs from quoted-printable in the underscore, and has no lines.
 std::optional<std::string> DecodeText(char encoding, std::string_view text) {
-  if (encoding == 'b') return platform::DecodeBase64(text);
+  if (encoding == 'b') return DecodeLeniently(text);
   if (encoding != 'q' || text.find_first_of(kBlanks) != std::string_view::npos) return {};
   return DecodeQuotedPrintable(platform::ReplaceAll(text, "_", "=20"));
 }
@@ -52,27 +74,6 @@ std::optional<Shape> ShapeOf(std::string_view text) {
   if (end == std::string_view::npos) return {};
   return Shape{text.substr(2, charset_end - 2), platform::AsciiLower(text[charset_end + 1]),
                text.substr(charset_end + 3, end - charset_end - 3), end + 2};
-}
-
-// As others write it: with foreign characters, padding within or none. Nothing where its digits end within an octet, of
-// which the next word may have the rest.
-std::optional<std::string> DecodeLeniently(std::string_view text) {
-  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string out;
-  std::string digits;
-  const auto take_digits = [&](bool are_padded) {
-    digits.append((4 - digits.size() % 4) % 4, '=');
-    const auto bytes = platform::DecodeBase64(digits);
-    if (!bytes || (!are_padded && platform::Base64(*bytes) != digits)) return false;
-    out += *bytes;
-    digits.clear();
-    return true;
-  };
-  for (const char c : text) {
-    if (kDigits.find(c) != std::string_view::npos) digits += c;
-    if (c == '=' && !take_digits(true)) return {};
-  }
-  return take_digits(false) ? std::optional(std::move(out)) : std::nullopt;
 }
 
 std::optional<Word> WordIn(std::string_view text) {

@@ -234,7 +234,7 @@ class Message(Case):
         code, out, err = self.show("--json", "message", "extract", sample("related"), "--parts", str(folder), "--page",
                                    str(folder), "--body-parts", "--stamps", str(folder / "stamps"))
         told = json.loads(out)
-        self.assertEqual((code, told["no_stamps"], told["renamed"]), (0, True, 0))
+        self.assertEqual((code, told["no_stamps"], told["older_stamps_stay"], told["renamed"]), (0, True, False, 0))
         self.assertRegex(err, "^(quillcast: )?The message has no stamps, so there is no file of them.\n$")
         self.assertEqual(sorted([*told["parts"], told["page"], *told["pictures"]]), sorted(p.name for p in folder.iterdir()))
         page = (folder / told["page"]).read_text()

@@ -147,6 +147,8 @@ class ExtraFormsTest : public QObject {
     scene.Type("FilePathTextBox", PathToQt(scene.rig.folder.Write("b.eml", no_end)));
     QCOMPARE(scene.Run("ImportButton"), QString("warn: Error 259: Could not find boundry mark. | ") + kImported);
     QCOMPARE(scene.taken.size(), 2U);  // what was loaded is used all the same
+    QVERIFY2(scene.Status().contains("multipart") && scene.Status().contains("is in the window"),
+             qPrintable(scene.Status()));
     IgnoreErrors(scene.rig.settings.Write("Account", "Extended", "1"));
     QCOMPARE(scene.Run("ImportButton").right(QString(kImported).size()), kImported);
     QVERIFY2(scene.taken.back().html.find("rest") != std::string::npos, scene.taken.back().html.c_str());

@@ -572,7 +572,7 @@ class MainFormTest : public QObject {
     QTRY_VERIFY2(scene.Editor().Text()->contains("<p>One &lt; two<br>\nthree</p><p><br></p><p>Ada</p>"),
                  qPrintable(*scene.Editor().Text()));
     QVERIFY2(scene.Status().endsWith("Left out of the link: bob@example.net, attach."), qPrintable(scene.Status()));
-    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Winter"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: “Winter”."));
     QCOMPARE(scene.rig.Shown(), QString());
     scene.window->Open({"mailto:?body=%00"});
     QTRY_VERIFY2(scene.Status().startsWith("The link asks for nothing"), qPrintable(scene.Status()));
@@ -1035,7 +1035,7 @@ class MainFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), QString("ask or cancel: Do you want to save the changes?"));
     scene.Open();
     QCOMPARE(Fields(scene), QString("||Normal|HTML||none|"));
-    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: “Spring”."));
     Press(scene, "RestoreButton");
     QCOMPARE(Fields(scene), filled);
     QVERIFY(scene.Editor().IsModified());
@@ -1094,14 +1094,14 @@ class MainFormTest : public QObject {
     scene.rig.prompts.answers = {platform::Answer::kNo};
     scene.window->Dispatch(CommandId::kNew);
     QCOMPARE(Fields(scene), QString("||Normal|HTML||none|"));
-    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Spring"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: “Spring”."));
     scene.rig.Shown();
     // What stands there when it is taken up again is kept in its turn.
     scene.Find<QLineEdit>("SubjectTextBox").setText("Autumn");
     Press(scene, "RestoreButton");
     QCOMPARE(scene.rig.Shown(), QString());
     QCOMPARE(Fields(scene), filled);
-    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: Autumn"));
+    QCOMPARE(scene.Notice(), QString("An unfinished message was kept: “Autumn”."));
     Press(scene, "DiscardButton");
     QCOMPARE(scene.Notice(), QString());
   }

@@ -485,7 +485,7 @@ Reader ReadMessage(std::string_view before) {
 
 // clang-format off
 constexpr std::string_view kPiecesOfMessages[] = {
-    "x", " ", "\n", "\r", "\n ", "a,", "a@b.c,", "(", "()", "\"", "<", ";", ":", "\\", "=?utf-8?q?", "=?utf-8?q?a?= ",
+    "x", " ", "\n", "\r", "\n ", "a,", "a@b.c,", "(", "()", "\"", "<", ";", ":", "\\", "=?utf-8?q?", "=?utf-8?q?a?= ", "=?a?b? ",
     "from ", "a\1=b;", "a*\1*=b;", "a*0=b;", "\xE9", "=", "=3D", "--", "\n--b", "--b\n", "--b--\n", "--b\n\nx\n",
     "--b\nContent-Type: text/html\n\n<b>x<img src=cid:a>\n", "--b\nContent-Type: text/html\n\n<img>\n",
     "--b\nContent-Type: text/html\n\n<img src=cid:a>\n--b\nContent-Type: image/gif\nContent-ID: <a>\n\nGIF89a\n",

@@ -131,6 +131,19 @@ TEST(ChosenFolder, IsNeitherAFileNorTheProgramsOwn) {
   EXPECT_TRUE(ChosenFolder::OpenOrMake(place / "gone/new", own));
 }
 
+TEST(ChosenFolders, MakeAnewWhatWasTakenAway) {
+  const test::TemporaryFolder place;
+  ChosenFolders folders({});
+  for (const char* moved : {"moved", "away"}) {
+    for (const char* name : {"a", "a (2)"}) {
+      const auto folder = folders.OpenOrMake(place / "folder");
+      ASSERT_TRUE(folder);
+      EXPECT_EQ(*(*folder)->WriteNew("a", [](int, const fs::path&) { return Result<void>(); }), name);
+    }
+    fs::rename(place / "folder", place / moved);
+  }
+}
+
 // A part that is called like the settings' journal would be rolled back into them.
 TEST(ChosenFolder, GivesNoFileANameThatTheProgramTakesForItsOwn) {
   const test::TemporaryFolder place;

@@ -57,10 +57,8 @@ Result<ExtraForm2::Outcome> ExtraForm2::Load(const profile::Program& program, co
   if (!mode) return mode.error();
   const auto loading = mail_file::Load(file, {*mode, &cancel});
   if (!loading) return loading.error();
-  Outcome outcome{std::string(mail_file::LoadWarning(*loading)), {}, {}};
-  if (!loading->message) {
-    outcome.wrong = mail_file::WhatWasWrong(*loading);
-  } else {
+  Outcome outcome{std::string(mail_file::LoadWarning(*loading)), {}, mail_file::WhatWasWrong(*loading)};
+  if (loading->message) {
     outcome.body = mail_file::ImportBody(*loading->message, program.folders.ImportBody(), program.folders.temporary,
                                          program.clock, &cancel);
   }
@@ -91,7 +89,7 @@ void ExtraForm2::ShowEnd(const Result<Outcome>& outcome) {
     if (outcome.error().failure == Failure::kTryAgain) return;  // it was given up, and has not been completed
   } else {
     if (!outcome->warning.empty()) program_.prompts.Warn(outcome->warning);
-    if (outcome->body) TakeBody(*outcome->body);
+    if (outcome->body) TakeBody(*outcome->body, InWords(outcome->wrong));
     if (!outcome->body) {
       const QString stays = tr("Nothing could be read, so the message stays as it is.");
       status_->Say((InWords(outcome->wrong) << stays).join(' '), NoteKind::kFailure);
@@ -100,14 +98,14 @@ void ExtraForm2::ShowEnd(const Result<Outcome>& outcome) {
   program_.prompts.Inform("Import process has been completed.");
 }
 
-void ExtraForm2::TakeBody(const Result<mail_file::ImportedBody>& body) {
+void ExtraForm2::TakeBody(const Result<mail_file::ImportedBody>& body, QStringList wrong) {
   if (!body) return status_->Fail(body.error());
   const auto is_kept = take_(*body);
   if (!is_kept) return status_->Fail(is_kept.error());
   if (!body->failures.empty()) return status_->Fail(body->failures.front());
-  status_->Say(
-      *is_kept ? tr("The body is in the window. What was there is kept: Restore, above the message, brings it back.")
-               : tr("The body is in the window."));
+  wrong << tr("The body is in the window.");
+  if (*is_kept) wrong << tr("What was there is kept: Restore, above the message, brings it back.");
+  status_->Say(wrong.join(' '));
 }
 
 void ExtraForm2::reject() {

@@ -31,14 +31,14 @@ class ExtraForm2 final : public QDialog {
   struct Outcome {
     std::string warning;  // of the load, to the letter
     std::optional<Result<mail_file::ImportedBody>> body;
-    std::vector<Sentence> wrong;  // with a file of which nothing was loaded
+    std::vector<Sentence> wrong;  // with the file
   };
 
   void MakeWindow();
   void EnableControls();
   void Import();
   void ShowEnd(const Result<Outcome>& outcome);
-  void TakeBody(const Result<mail_file::ImportedBody>& body);
+  void TakeBody(const Result<mail_file::ImportedBody>& body, QStringList wrong);
   static Result<Outcome> Load(const profile::Program& program, const std::filesystem::path& file,
                               const platform::CancelToken& cancel);
 

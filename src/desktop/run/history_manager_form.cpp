@@ -153,6 +153,8 @@ void HistoryManagerForm::ForgetFinished() {
   });
 }
 
-void HistoryManagerForm::reject() { task_->is_running() ? task_->Cancel() : QDialog::reject(); }
+void HistoryManagerForm::reject() {
+  if (!task_->is_running()) QDialog::reject();
+}
 
 }  // namespace quillcast::desktop

@@ -28,7 +28,7 @@ class HistoryManagerForm final : public QDialog {
   std::function<void(const std::function<void()>& sent)> show_runs;
   // What clearing came to, for the status line of whoever opened this; empty where nothing was cleared.
   QString cleared() const { return cleared_; }
-  // What is under way is given up first, and told as such.
+  // Not while runs are being forgotten: it closes by itself at the end of that.
   void reject() override;
 
  private:

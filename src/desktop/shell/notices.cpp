@@ -100,7 +100,7 @@ void Notices::ShowCutOff() {
 void Notices::ShowDraft() {
   const QString subject = ToQt(platform::Printable(drafts_.OfferedSubject(), kLongestShown));
   QStringList sentences = {subject.isEmpty() ? tr("An unfinished message was kept.")
-                                             : tr("An unfinished message was kept: %1").arg(subject)};
+                                             : tr("An unfinished message was kept: “%1”.").arg(subject)};
   std::vector<NoticeBar::Offer> offers = {{tr("Restore"), "RestoreButton", [this] { emit RestorePressed(); }},
                                           {tr("Discard"), "DiscardButton", [this] { Discard(); }}};
   if (practice_.practice().Serves()) {  // a kept message may stand there for long
