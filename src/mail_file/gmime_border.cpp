@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t kLongestStructured = std::size_t{8} * 1024;  // bytes; the work on parameters is their square
 constexpr std::size_t kLongestQuick = std::size_t{4} * 1024;  // bytes; the work on what only begins encoded words, too
+constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 struct FreeText {
@@ -53,6 +54,15 @@ std::string ForGMime(std::string_view text, std::size_t longest) {
   std::string out = mime::JoinBase64Words(text.substr(0, longest));
   std::ranges::replace(out, '\0', ' ');
   return out;
+}
+
+// Where the first blank is behind which another piece may begin.
+std::size_t EndOfPiece(std::string_view text) {
+  if (text.size() <= kLongestQuick) return text.size();
+  std::size_t end = text.find_last_of(kBlanks, kLongestQuick);
+  if (end != std::string_view::npos) end = text.find_last_not_of(kBlanks, end) + 1;
+  if (end == std::string_view::npos || end == 0) end = text.find_first_of(kBlanks, kLongestQuick);
+  return std::min(end, text.size());
 }
 
 // The system's converter takes more for UTF-8 than that is, and GMime what it is told.
@@ -116,9 +126,18 @@ ParameterizedValue ReadContentDisposition(std::string_view field) {
 
 std::string DecodeHeaderText(std::string_view text) {
   if (platform::IsAscii(text) && text.find("=?") == std::string_view::npos) return std::string(text);
-  if (text.size() > kLongestQuick) return Repaired(mime::DecodeEncodedWords(text));
-  const std::string value = ForGMime(text, kLongestQuick);
-  return Utf8(Text(g_mime_utils_header_decode_text(Options(), value.c_str())).get());
+  const std::string value = ForGMime(text, kLongestField);
+  std::string out;
+  for (std::string_view rest = value; !rest.empty();) {
+    const std::string piece(rest.substr(0, EndOfPiece(rest)));
+    out += Utf8(Text(g_mime_utils_header_decode_text(Options(), piece.c_str())).get());
+    rest.remove_prefix(piece.size());
+    const std::size_t blanks = std::min(rest.find_first_not_of(kBlanks), rest.size());
+    const bool are_words = piece.ends_with("?=") && rest.substr(blanks).starts_with("=?");
+    if (!are_words) out += rest.substr(0, blanks);
+    rest.remove_prefix(blanks);
+  }
+  return out;
 }
 
 std::optional<Mailbox> ReadMailbox(std::string_view text) {

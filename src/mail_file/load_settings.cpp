@@ -32,7 +32,8 @@ std::vector<Sentence> WhatWasWrong(const Loading& loading) {
 }
 
 Sentence WhyNoMessage(const MailMessage& message) {
-  const bool has_field = message.parts().empty() || message.parts().front().header.size() > 0;
+  constexpr std::uint64_t kEmptyLine = 2;  // with its end
+  const bool has_field = message.parts().empty() || message.parts().front().header.size() > kEmptyLine;
   return has_field ? Sentence() : "The file has no header fields, so it may be no message.";
 }
 

@@ -127,8 +127,9 @@ Result<MessageStructure::Header> MessageStructure::ReadHeader(std::size_t part, 
   }
   header_lines_.End(take);
   header.is_empty = header_lines_.is_empty();
-  parts_[part].header.end = header.end == HeaderEnd::kDelimiter ? header.delimiter.content_end : lines_.position();
-  content_end_ = parts_[part].header.end;
+  content_end_ = header.end == HeaderEnd::kDelimiter ? header.delimiter.content_end : lines_.position();
+  ByteRange& range = parts_[part].header;
+  range = {std::min(range.begin, content_end_), content_end_};  // without fields the mark is the body's
   border_.BeginBody();
   if (part == 0 && is_mailbox_ && header.end == HeaderEnd::kBody) {
     if (const auto heard = border_.HearContentLength(content_length_, content_end_); !heard) return heard.error();

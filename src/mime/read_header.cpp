@@ -50,9 +50,12 @@ std::optional<std::string> DecodeLeniently(std::string_view text) {
   return is_some ? std::optional(std::move(out)) : std::nullopt;
 }
 
+// One that is not closed has the next within.
+bool IsBase64Text(std::string_view text) { return text.find_first_of("? \t\r\n") == std::string_view::npos; }
+
 // The Q encoding differs from quoted-printable in the underscore, and has no lines.
 std::optional<std::string> DecodeText(char encoding, std::string_view text) {
-  if (encoding == 'b') return DecodeLeniently(text);
+  if (encoding == 'b') return IsBase64Text(text) ? DecodeLeniently(text) : std::nullopt;
   if (encoding != 'q' || text.find_first_of(kBlanks) != std::string_view::npos) return {};
   return DecodeQuotedPrintable(platform::ReplaceAll(text, "_", "=20"));
 }
@@ -117,7 +120,7 @@ std::string JoinBase64Words(std::string_view text) {
     const std::size_t start = std::min(text.find("=?"), text.size());
     const auto shape = start < text.size() ? ShapeOf(text.substr(start)) : std::nullopt;
     const bool only_blanks = text.substr(0, start).find_first_not_of(kBlanks) == std::string_view::npos;
-    const bool is_base64 = shape && shape->encoding == 'b';
+    const bool is_base64 = shape && shape->encoding == 'b' && IsBase64Text(shape->text);
     const bool goes_on = is_base64 && only_blanks && !cut.empty() && cut == shape->charset;
     const auto decoded = is_base64 && !goes_on ? DecodeLeniently(shape->text) : std::nullopt;
     cut = is_base64 && !decoded && !shape->text.ends_with('=') ? shape->charset : std::string_view();

@@ -255,6 +255,16 @@ TEST(MailMessage, KeepsWhatLiesWithinTheFirstOfAMailbox) {
   }
 }
 
+TEST(MailMessage, GivesTheMarkOfUtf8ToTheBodyWhereThereIsNoHeader) {
+  const test::TemporaryFolder folder;
+  for (const char* text : {"\xEF\xBB\xBF", "\xEF\xBB\xBFshopping list\n"}) {
+    const Loading loading = LoadFile(folder.Write("list", text));
+    const Part& part = loading.message->parts().front();
+    EXPECT_EQ(part.header.begin, part.header.end) << text;
+    EXPECT_LE(part.header.end, part.source.bytes.begin) << text;
+  }
+}
+
 TEST(MailMessage, EndsWhenItIsCancelled) {
   platform::CancelToken cancel;
   cancel.Request();
