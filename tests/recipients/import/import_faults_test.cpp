@@ -58,6 +58,15 @@ class ImportFaultTest : public StoreTest {
     }
     return all;
   }
+
+  // Of addresses, a line each, into the group A.
+  ImportRequest RequestFor(const std::string& lines) {
+    return {.file = NewFile("list.txt", lines),
+            .group = "A",
+            .mode = ImportMode::kDelimited,
+            .reading = {},
+            .mapping = *ParseMapping("Email Address=1")};
+  }
 };
 
 TEST_F(ImportFaultTest, AFullDiskLeavesStoreAndReportInStep) {
@@ -65,12 +74,7 @@ TEST_F(ImportFaultTest, AFullDiskLeavesStoreAndReportInStep) {
   constexpr rlim_t kEnough = 2 * 1024 * 1024;
   std::string text;
   for (int i = 0; i < 12000; ++i) text += fmt::format("user{}@example.org,First,Last\n", i * 7919 % 12000);
-  const auto list = NewFile("list.txt", text);
-  const ImportRequest request{.file = list,
-                              .group = "A",
-                              .mode = ImportMode::kDelimited,
-                              .reading = {},
-                              .mapping = *ParseMapping("Email Address=1")};
+  const ImportRequest request = RequestFor(text);
   const auto group = NewGroup("A");
   const auto empty = FileText(folder_ / "Group.mdb");
   std::set<int> ends;
@@ -97,11 +101,7 @@ TEST_F(ImportFaultTest, AFullDiskLeavesStoreAndReportInStep) {
 }
 
 TEST_F(ImportFaultTest, AWriteThatFailsLeavesAllOrNothing) {
-  const ImportRequest request{.file = NewFile("list.txt", "ada@x.org\nbob@x.org\n"),
-                              .group = "A",
-                              .mode = ImportMode::kDelimited,
-                              .reading = {},
-                              .mapping = *ParseMapping("Email Address=1")};
+  const ImportRequest request = RequestFor("ada@x.org\nbob@x.org\n");
   const auto group = NewGroup("A");
   const auto empty = FileText(folder_ / "Group.mdb");
   const ImportPlaces places{folder_ / "Group.mdb", folder_ / "ReportButton.txt", "UTF-8"};
