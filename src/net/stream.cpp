@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kWhile{200};
 
+// With what its records add, no more than the system hands to the other side in one piece (64 KiB with its headers).
+constexpr std::size_t kMostSealed = std::size_t{64} * 1024 - 384;
+
 Error Broken(int error_number) { return {Failure::kIo, Say("The connection broke: {}.", std::strerror(error_number))}; }
 
 Error TlsBroken() {
@@ -91,10 +94,19 @@ Result<std::optional<std::size_t>> Stream::ReadTls(std::span<char> buffer) {
   if (count > 0) return std::optional(static_cast<std::size_t>(count));
   const short wanted = WantedEvents(tls_.get(), count);
   to_read_ = wanted != 0 ? wanted : short{POLLIN};
-  if (wanted != 0) return std::optional<std::size_t>();
+  if (wanted != 0) return SendOwn();
   if (!IsEnd(tls_.get(), count)) return TlsBroken();
   ERR_clear_error();
   return std::optional<std::size_t>(0);
+}
+
+// What the library itself has to say, as in a renegotiation, which the other side waits for.
+Result<std::optional<std::size_t>> Stream::SendOwn() {
+  std::size_t out = 0;
+  if (records_->empty() || records_->carries()) return std::optional<std::size_t>();
+  if (!records_->Send(out) && !WouldBlock()) return Broken(errno);
+  if (!records_->empty()) to_read_ |= POLLOUT;
+  return std::optional<std::size_t>();
 }
 
 Result<std::optional<std::size_t>> Stream::WriteNow(std::string_view bytes) {
@@ -105,21 +117,35 @@ Result<std::optional<std::size_t>> Stream::WriteNow(std::string_view bytes) {
   return Broken(errno);
 }
 
-// One record a call. A record that the system took in part is none yet to the other side, so its bytes are not out.
-Result<std::optional<std::size_t>> Stream::WriteTls(std::string_view bytes) {
+// Records of as many bytes as are sent in one call; those that are left were made of the bytes that are offered first.
+Result<void> Stream::Seal(std::string_view bytes) {
+  if (records_->carries()) return {};
   ERR_clear_error();
-  const int count = SSL_write(tls_.get(), bytes.data(), static_cast<int>(std::min<std::size_t>(bytes.size(), 1 << 20)));
-  half_out_ = count <= 0;
-  if (count > 0) return std::optional(static_cast<std::size_t>(count));
-  const short wanted = WantedEvents(tls_.get(), count);
-  if (wanted == 0) return TlsBroken();
-  to_write_ = wanted;
-  return std::optional<std::size_t>();
+  for (bytes = bytes.substr(0, kMostSealed); !bytes.empty();) {
+    const auto size = std::min<std::size_t>(bytes.size(), SSL3_RT_MAX_PLAIN_LENGTH);
+    const int count = SSL_write(tls_.get(), bytes.data(), static_cast<int>(size));
+    if (count <= 0) {
+      to_write_ = WantedEvents(tls_.get(), count);
+      return to_write_ != 0 ? Result<void>() : TlsBroken();
+    }
+    records_->Carry(static_cast<std::size_t>(count));
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return {};
+}
+
+Result<std::optional<std::size_t>> Stream::WriteTls(std::string_view bytes) {
+  to_write_ = POLLOUT;
+  if (auto sealed = Seal(bytes); !sealed) return sealed.error();
+  std::size_t out = 0;
+  if (!records_->empty() && !records_->Send(out) && !WouldBlock()) return Broken(errno);
+  return out != 0 ? std::optional(out) : std::nullopt;
 }
 
 Result<void> Stream::BeginTls(TlsContext& context, const std::string& host) {
   SetWaiting(false);
-  auto connection = context.NewConnection(socket_.get(), host);
+  records_ = std::make_unique<TlsSocket>(socket_.get());
+  auto connection = context.NewConnection(*records_, host);
   if (!connection) return connection.error();
   tls_ = *std::move(connection);
   host_ = host;
@@ -132,6 +158,8 @@ Result<bool> Stream::ShakeHands() {
   const int done = SSL_do_handshake(tls_.get());
   if (done == 1) {
     fault_ = HandshakeFault::kNone;
+    records_->Gather();
+    SSL_set_read_ahead(tls_.get(), 1);
     to_read_ = POLLIN;
     return true;
   }
@@ -146,8 +174,10 @@ Result<bool> Stream::ShakeHands() {
 
 void Stream::Close() {
   // A goodbye would push a record out that is half out, after its bytes were told as not sent.
-  if (tls_ && SSL_is_init_finished(tls_.get()) && !half_out_) {
+  if (tls_ && SSL_is_init_finished(tls_.get()) && records_->empty()) {
     SSL_shutdown(tls_.get());
+    std::size_t out = 0;
+    records_->Send(out);
     ERR_clear_error();
   }
   tls_.reset();

@@ -1,6 +1,7 @@
 // A connected socket that is read and written, in clear or under TLS, with a deadline on every wait.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -22,7 +23,7 @@ class Stream {
 
   // Reads what is there, up to the buffer's size: nothing when there is nothing yet, 0 when the other side has closed.
   Result<std::optional<std::size_t>> ReadNow(std::span<char> buffer);
-  // Writes as much as goes in one call, under TLS at most 1 MiB, and returns how many bytes are out, so that a caller
+  // Writes as much as goes in one call, under TLS at most 64 KiB, and returns how many bytes are out, so that a caller
   // knows how far it got when a later call fails; nothing when none goes. Bytes that were offered are to be offered
   // again, first.
   Result<std::optional<std::size_t>> WriteNow(std::string_view bytes);
@@ -53,15 +54,17 @@ class Stream {
   void SetWaiting(bool waiting);
   Result<std::optional<std::size_t>> ReadTls(std::span<char> buffer);
   Result<std::optional<std::size_t>> WriteTls(std::string_view bytes);
+  Result<void> Seal(std::string_view bytes);
+  Result<std::optional<std::size_t>> SendOwn();
 
   platform::UniqueFd socket_;
+  std::unique_ptr<TlsSocket> records_;  // under TLS
   SslHandle tls_;
   std::string host_;
   HandshakeFault fault_ = HandshakeFault::kNone;
   short to_read_ = POLLIN;    // what a read that got nothing waits for; TLS may have to write first
   short to_write_ = POLLOUT;  // and the reverse
   bool waiting_ = false;      // a read without MSG_DONTWAIT waits, for a while
-  bool half_out_ = false;     // under TLS: a record is with us that the system took in part
 };
 
 }  // namespace quillcast::net

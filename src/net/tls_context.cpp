@@ -4,7 +4,6 @@
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
-#include <sys/socket.h>
 
 #include <array>
 #include <cerrno>
@@ -16,9 +15,8 @@
 namespace quillcast::net {
 namespace {
 
-// The library's own socket BIO writes with write(2), which raises SIGPIPE when the other side is gone; this one does
-// not. The descriptor is kept in the BIO's data pointer.
-int SocketOf(BIO* bio) { return static_cast<int>(reinterpret_cast<std::intptr_t>(BIO_get_data(bio))); }
+// Its socket is kept in the BIO's data pointer.
+TlsSocket& SocketOf(BIO* bio) { return *static_cast<TlsSocket*>(BIO_get_data(bio)); }
 
 int BioResult(BIO* bio, ssize_t count, int retry_flag) {
   BIO_clear_retry_flags(bio);
@@ -27,11 +25,11 @@ int BioResult(BIO* bio, ssize_t count, int retry_flag) {
 }
 
 int WriteBio(BIO* bio, const char* bytes, int size) {
-  return BioResult(bio, ::send(SocketOf(bio), bytes, static_cast<std::size_t>(size), MSG_NOSIGNAL), BIO_FLAGS_WRITE);
+  return BioResult(bio, SocketOf(bio).Write(bytes, static_cast<std::size_t>(size)), BIO_FLAGS_WRITE);
 }
 
 int ReadBio(BIO* bio, char* buffer, int size) {
-  return BioResult(bio, ::recv(SocketOf(bio), buffer, static_cast<std::size_t>(size), 0), BIO_FLAGS_READ);
+  return BioResult(bio, SocketOf(bio).Read(buffer, static_cast<std::size_t>(size)), BIO_FLAGS_READ);
 }
 
 long ControlBio(BIO* /*bio*/, int command, long /*number*/, void* /*pointer*/) {
@@ -39,7 +37,7 @@ long ControlBio(BIO* /*bio*/, int command, long /*number*/, void* /*pointer*/) {
 }
 
 BIO_METHOD* NewMethod() {
-  BIO_METHOD* method = BIO_meth_new(BIO_TYPE_SOURCE_SINK | BIO_get_new_index(), "socket without SIGPIPE");
+  BIO_METHOD* method = BIO_meth_new(BIO_TYPE_SOURCE_SINK | BIO_get_new_index(), "socket of records");
   if (method == nullptr) return nullptr;
   BIO_meth_set_write(method, WriteBio);
   BIO_meth_set_read(method, ReadBio);
@@ -103,11 +101,11 @@ Result<std::unique_ptr<TlsContext>> TlsContext::ForClient(const std::string& ca_
   return out;
 }
 
-Result<SslHandle> TlsContext::NewConnection(int socket, const std::string& host) {
+Result<SslHandle> TlsContext::NewConnection(TlsSocket& socket, const std::string& host) {
   SslHandle connection(SSL_new(context_.get()));
   BIO* bio = BIO_new(method_.get());
   if (!connection || bio == nullptr) return LibraryError("no memory");
-  BIO_set_data(bio, reinterpret_cast<void*>(static_cast<std::intptr_t>(socket)));  // NOLINT(performance-no-int-to-ptr)
+  BIO_set_data(bio, &socket);
   BIO_set_init(bio, 1);
   SSL_set_bio(connection.get(), bio, bio);
   if (!SetName(connection.get(), host)) return LibraryError("the server's name");

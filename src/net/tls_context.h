@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "net/tls_facts.h"
+#include "net/tls_socket.h"
 #include "platform/result.h"
 
 struct bio_method_st;
@@ -35,8 +36,8 @@ class TlsContext {
   TlsContext& operator=(const TlsContext&) = delete;
 
   // A client's end of a connection to `host` (a name, in any script, or an address) over a connected socket, which
-  // stays the caller's. The session of the last connection to the same host is offered for resumption.
-  Result<SslHandle> NewConnection(int socket, const std::string& host);
+  // outlives it. The session of the last connection to the same host is offered for resumption.
+  Result<SslHandle> NewConnection(TlsSocket& socket, const std::string& host);
 
  private:
   TlsContext() = default;
