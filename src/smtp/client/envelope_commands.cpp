@@ -23,6 +23,7 @@ constexpr std::array kNotifyWords{
     NotifyWord{DsnNotify::kNever, "NEVER"},
 };
 
+constexpr std::size_t kUsualLine = 120;          // octets that a line has room for from the start
 constexpr std::size_t kLongestEnvelopeId = 100;  // characters before they are encoded (RFC 3461 4.4)
 
 // Whether the server has to be told that it is coming (RFC 6531 3.4).
@@ -58,7 +59,9 @@ std::string Utf8Xtext(std::string_view text) {
 
 std::optional<SmtpLine> MailCommand(const Envelope& envelope, const Capabilities& capabilities) {
   const bool utf8 = NeedsUtf8(envelope.sender) || NeedsUtf8(envelope.recipient);
-  std::string line = "MAIL FROM:<" + envelope.sender.text() + ">";
+  std::string line;
+  line.reserve(kUsualLine);
+  line.append("MAIL FROM:<").append(envelope.sender.text()).append(">");
   if (capabilities.size && envelope.size > 0) line += " SIZE=" + std::to_string(envelope.size);
   // A server on the way may add such an address to the header, so 8BITMIME is claimed with it.
   if (envelope.eight_bit || (utf8 && capabilities.eight_bit_mime)) line += " BODY=8BITMIME";
@@ -74,7 +77,9 @@ std::optional<SmtpLine> MailCommand(const Envelope& envelope, const Capabilities
 
 std::optional<SmtpLine> RcptCommand(const Envelope& envelope, const Capabilities& capabilities) {
   const std::string& recipient = envelope.recipient.text();
-  std::string line = "RCPT TO:<" + recipient + ">";
+  std::string line;
+  line.reserve(kUsualLine);
+  line.append("RCPT TO:<").append(recipient).append(">");
   for (const NotifyWord& row : kNotifyWords) {
     if (!capabilities.dsn || row.notify != envelope.notify) continue;
     const std::string original =
