@@ -94,7 +94,7 @@ class SendListener final : public run::RunListener {
   void Waits(const Sentence& why, run::Moment until) override {
     std::fflush(stdout);  // who reads the results has those that there are while nothing goes on
     if (is_log_) NoteWait(why, until);
-    output_.Progress(fmt::format("{}. {}", progress_, run::WaitsUntil(why, until, clock_).InEnglish()));
+    output_.Progress(fmt::format("{}. {}", HowFar(), run::WaitsUntil(why, until, clock_).InEnglish()));
   }
   void WayLost(const Sentence& why, run::Moment until) override {
     if (!std::exchange(is_way_lost_, true) && is_log_) {
@@ -108,8 +108,9 @@ class SendListener final : public run::RunListener {
     if (is_log_) output_.Note("The server answers again, and the run goes on.");
   }
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t, std::uint64_t) override {
-    progress_ = fmt::format("{} of {}", platform::WithThousands(done), platform::Counted(total, "message", "messages"));
-    output_.Progress(progress_);
+    done_ = done;
+    total_ = total;
+    if (!is_log_) output_.Progress(HowFar());
   }
 
  private:
@@ -120,6 +121,9 @@ class SendListener final : public run::RunListener {
     told_until_ = until;
     output_.Note(run::WaitsUntil(why, until, clock_).InEnglish());
   }
+  std::string HowFar() const {
+    return fmt::format("{} of {}", platform::WithThousands(done_), platform::Counted(total_, "message", "messages"));
+  }
   const char* WordOf(smtp::State state) const {
     return state == smtp::State::kSent ? run::Name(options_.delivery()) : smtp::Name(state);
   }
@@ -128,7 +132,8 @@ class SendListener final : public run::RunListener {
   const ToTell& told_;
   const MailingOptions& options_;
   const platform::Clock& clock_;
-  std::string progress_;
+  std::int64_t done_ = 0;  // of the messages
+  std::int64_t total_ = 0;
   const bool is_log_ = output_.json || ::isatty(STDERR_FILENO) == 0;  // where Progress shows nothing
   run::Moment told_until_;                                            // the end of the wait that was told last
   bool is_anybody_done_ = false;
