@@ -14,6 +14,7 @@ constexpr std::string_view kTagEnd = "*$";
 constexpr std::size_t kLongestTag = 64;
 
 bool NeedsChange(std::string_view value) {
+  if (platform::PrintableRun(value) == value.size()) return false;
   return value.find('\r') != std::string_view::npos || value.find('\0') != std::string_view::npos ||
          !platform::IsUtf8(value);
 }

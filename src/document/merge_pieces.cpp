@@ -53,9 +53,20 @@ MergePieces::MergePieces(std::string text) : text_(std::move(text)) {
 bool MergePieces::OnePassHolds(const MergeValues& values) const {
   if (!tags_stand_apart_) return false;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (used_[i] && values[i].find_first_of("$*") != std::string_view::npos) return false;
+    const auto holds = [&](char c) { return values[i].find(c) != std::string_view::npos; };
+    if (used_[i] && (holds('$') || holds('*'))) return false;
   }
   return true;
+}
+
+std::optional<std::string> MergePieces::Merge(const MergeValues& values) const {
+  if (!OnePassHolds(values)) return ReplaceMergeFields(text_, values);
+  std::string merged;
+  for (const MergePiece& piece : pieces_) {
+    merged += piece.field < 0 ? std::string_view(piece.literal) : values[static_cast<std::size_t>(piece.field)];
+    if (merged.size() > kLargestMergedText) return {};
+  }
+  return merged;
 }
 
 }  // namespace quillcast::document

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <bitset>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,6 +32,8 @@ class MergePieces {
   // Whether writing the pieces one after the other gives what ReplaceMergeFields gives for these values. It does when
   // no tags of the text overlap or could be completed by a value, and no value that is used holds "$" or "*".
   bool OnePassHolds(const MergeValues& values) const;
+  // What ReplaceMergeFields gives for the text, in one pass where that holds.
+  std::optional<std::string> Merge(const MergeValues& values) const;
 
  private:
   std::string text_;

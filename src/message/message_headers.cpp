@@ -27,7 +27,7 @@ std::string_view PriorityField(document::Priority priority) {
 
 // UTF-8 where the account's set cannot hold the text.
 charset::Charset CharsetFor(std::string_view text, charset::Charset wanted) {
-  return mime::CanEncode(wanted, text) ? wanted : charset::Charset::Utf8();
+  return wanted.IsUtf8() || mime::CanEncode(wanted, text) ? wanted : charset::Charset::Utf8();
 }
 
 }  // namespace
@@ -65,7 +65,7 @@ bool MessageHeaders::AsksForNotice() const {
 
 bool MessageHeaders::CanHoldSubject(const document::MergeValues& values) const {
   if (options_.charset.IsUtf8()) return true;
-  const auto subject = document::ReplaceMergeFields(subject_.text(), values);
+  const auto subject = subject_.Merge(values);
   return !subject || mime::CanEncode(options_.charset, *subject);
 }
 
@@ -82,8 +82,8 @@ bool MessageHeaders::Append(const document::MergeValues& values, const smtp::Add
   const bool eight_bit_address = !platform::IsAscii(header) || !platform::IsAscii(from_);
   if (!AppendSubject(values, out)) return false;
   const std::tm local = clock.Local(clock.Now());
-  header += "Date: " + mime::FormatDate(local, local.tm_gmtoff) + "\r\n";
-  header += "Message-ID: " + id + "\r\n";
+  header.append("Date: ").append(mime::FormatDate(local, local.tm_gmtoff)).append("\r\n");
+  header.append("Message-ID: ").append(id).append("\r\n");
   out.pieces.EndPersonal();
   out.pieces.AddShared(others_);
   if (eight_bit_address) out.SetEightBitHeader();
@@ -96,7 +96,7 @@ bool MessageHeaders::Append(const document::MergeValues& values, const smtp::Add
 }
 
 bool MessageHeaders::AppendSubject(const document::MergeValues& values, RenderedMessage& out) const {
-  const auto subject = document::ReplaceMergeFields(subject_.text(), values);
+  const auto subject = subject_.Merge(values);
   if (!subject || subject->size() > kLongestSubject) return false;
   const charset::Charset charset = CharsetFor(*subject, options_.charset);
   out.subject_not_encoded = charset.IsUtf8() && !options_.charset.IsUtf8();

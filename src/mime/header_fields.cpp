@@ -152,19 +152,19 @@ std::string FormatDate(const std::tm& local, long utc_offset_seconds) {
 }
 
 std::string IdDomain(std::string_view domain) {
-  std::string out;
-  for (const char c : domain) {
-    if (platform::AsciiIsAlnum(c) || c == '.' || c == '-') out += c;
-  }
+  std::string out(domain);
+  std::erase_if(out, [](char c) { return !platform::AsciiIsAlnum(c) && c != '.' && c != '-'; });
   return out.empty() ? "localhost" : out;
 }
 
 std::string MakeMessageId(std::uint64_t first, std::uint64_t second, std::string_view domain) {
-  std::string id = "<";
+  std::string id;
+  id.reserve(domain.size() + 40);
+  id += '<';
   AppendToken(id, first);
   id += '.';
   AppendToken(id, second);
-  return id + '@' + IdDomain(domain) + '>';
+  return id.append("@").append(IdDomain(domain)).append(">");
 }
 
 std::string MakeBoundary(std::uint64_t first, std::uint64_t second) {

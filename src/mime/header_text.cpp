@@ -71,9 +71,14 @@ void AppendDisplayName(std::string& out, std::string_view text, const charset::C
   column += out.size() - start;
 }
 
+bool StructuresList(char c) {
+  return c == ' ' || c == '<' || c == '>' || c == ',' || c == ';' || c == '(' || c == ')' || c == '\\';
+}
+
 // Quoted local parts may hold anything (RFC 5321 4.1.2); outside the quotes nothing that structures a mailbox list.
 std::string CleanAddress(std::string_view address) {
   std::string clean;
+  clean.reserve(address.size());
   bool quoted = false;
   for (std::size_t i = 0; i < address.size(); ++i) {
     const char c = address[i];
@@ -82,10 +87,10 @@ std::string CleanAddress(std::string_view address) {
       continue;
     }
     if (c == '"') quoted = !quoted;
-    if (quoted || std::string_view(" <>,;()\\").find(c) == std::string_view::npos) clean += c;
+    if (quoted || !StructuresList(c)) clean += c;
   }
   if (quoted) {  // a quote that never closes would swallow the rest of the header
-    std::erase_if(clean, [](char c) { return std::string_view("\" <>,;()\\").find(c) != std::string_view::npos; });
+    std::erase_if(clean, [](char c) { return c == '"' || StructuresList(c); });
   }
   return clean;
 }
@@ -94,7 +99,11 @@ std::string CleanAddress(std::string_view address) {
 
 HeaderText::HeaderText(std::string_view utf8) {
   text_.reserve(utf8.size());
-  while (!utf8.empty()) {
+  for (;;) {
+    const std::size_t run = platform::PrintableRun(utf8);
+    text_ += utf8.substr(0, run);
+    utf8.remove_prefix(run);
+    if (utf8.empty()) break;
     const auto [code, length] = platform::DecodeUtf8(utf8);
     if (code == platform::kNotUtf8) {
       platform::AppendUtf8(text_, kReplacement);

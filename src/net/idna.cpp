@@ -77,7 +77,7 @@ bool IsHostName(std::string_view host) {
 
 std::string WithAsciiDomain(std::string_view address) {
   const auto at = address.rfind('@');
-  if (at == std::string_view::npos) return std::string(address);
+  if (at == std::string_view::npos || platform::IsAscii(address)) return std::string(address);
   const auto domain = AsciiHost(address.substr(at + 1));
   return domain ? std::string(address.substr(0, at + 1)) + *domain : std::string(address);
 }

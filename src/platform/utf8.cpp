@@ -6,6 +6,8 @@
 namespace quillcast::platform {
 namespace {
 
+constexpr std::uint64_t kEach = 0x0101010101010101;  // times a byte: eight of it
+
 std::uint8_t ByteAt(std::string_view text, std::size_t at) { return static_cast<std::uint8_t>(text[at]); }
 
 // The length that a lead byte announces, 0 when it is none.
@@ -15,6 +17,20 @@ std::size_t AnnouncedLength(std::uint8_t lead) {
   if (lead >= 0xE0 && lead < 0xF0) return 3;
   if (lead >= 0xF0 && lead < 0xF5) return 4;
   return 0;
+}
+
+// How many bytes the text begins with before the first for which `ends` sets the high bit; it is given one or eight.
+template <typename Ends>
+std::size_t RunOf(std::string_view text, Ends ends) {
+  std::size_t run = 0;
+  std::uint64_t eight = 0;
+  while (run + sizeof eight <= text.size()) {
+    std::memcpy(&eight, text.data() + run, sizeof eight);
+    if ((ends(eight) & (kEach * 0x80)) != 0) break;
+    run += sizeof eight;
+  }
+  while (run < text.size() && (ends(ByteAt(text, run)) & 0x80) == 0) ++run;
+  return run;
 }
 
 }  // namespace
@@ -48,15 +64,13 @@ void AppendUtf8(std::string& out, char32_t code) {
 }
 
 std::size_t AsciiRun(std::string_view text) {
-  std::size_t run = 0;
-  std::uint64_t eight = 0;
-  while (run + sizeof eight <= text.size()) {
-    std::memcpy(&eight, text.data() + run, sizeof eight);
-    if ((eight & 0x8080808080808080) != 0) break;
-    run += sizeof eight;
-  }
-  while (run < text.size() && ByteAt(text, run) < 0x80) ++run;
-  return run;
+  return RunOf(text, [](std::uint64_t bytes) { return bytes; });
+}
+
+// The high bit of a byte is set by one more where it is DEL, and by 0x20 less where it is a control character; what is
+// borrowed or carried from one byte to the next comes from one that is not printable itself.
+std::size_t PrintableRun(std::string_view text) {
+  return RunOf(text, [](std::uint64_t bytes) { return bytes | (bytes + kEach) | (bytes - kEach * 0x20); });
 }
 
 bool IsUtf8(std::string_view text) {
@@ -71,7 +85,7 @@ bool IsUtf8(std::string_view text) {
 
 // The first octet of a C1 never goes on with another character, so there is no need to decode.
 bool HoldsControl(std::string_view text) {
-  for (std::size_t n = 0; n < text.size(); ++n) {
+  for (std::size_t n = PrintableRun(text); n < text.size(); ++n) {
     const auto octet = static_cast<unsigned char>(text[n]);
     if (octet < 0x20 || octet == 0x7F) return true;
     if (octet == 0xC2 && n + 1 < text.size() && static_cast<unsigned char>(text[n + 1]) - 0x80U < 0x20U) return true;

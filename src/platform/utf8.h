@@ -28,8 +28,9 @@ bool IsUtf8(std::string_view text);
 // C0, DEL, or C1 as UTF-8 writes them.
 bool HoldsControl(std::string_view text);
 bool IsAscii(std::string_view text);
-// How many ASCII characters the text begins with.
+// How many ASCII characters the text begins with, and how many of the printable ones, the blank among them.
 std::size_t AsciiRun(std::string_view text);
+std::size_t PrintableRun(std::string_view text);
 
 // How many bytes at the end of `text` may be the beginning of a sequence that continues beyond it: 0 to 3.
 std::size_t IncompleteUtf8Tail(std::string_view text);

@@ -56,6 +56,22 @@ TEST(Utf8, RefusesWhatIsNotWellFormed) {
   }
 }
 
+// At each place of the eight that are looked at together, and behind them.
+TEST(Utf8, ARunEndsAtTheFirstByteThatIsNotOfIt) {
+  for (std::size_t at = 0; at < 19; ++at) {
+    for (int byte = 0; byte < 256; ++byte) {
+      std::string text(19, '~');
+      text[at] = static_cast<char>(byte);
+      EXPECT_EQ(AsciiRun(text), byte < 0x80 ? text.size() : at) << byte;
+      EXPECT_EQ(PrintableRun(text), byte >= 0x20 && byte < 0x7F ? text.size() : at) << byte;
+      const bool is_control = byte < 0x20 || byte == 0x7F;
+      EXPECT_EQ(HoldsControl(text), is_control) << byte;
+    }
+  }
+  EXPECT_TRUE(HoldsControl("caf\u00E9\u0085"));
+  EXPECT_FALSE(HoldsControl("caf\u00E9\u00A0"));
+}
+
 TEST(Utf8, EveryCodePointComesBack) {
   for (char32_t code = 0; code <= 0x10FFFF; ++code) {
     if (code >= 0xD800 && code < 0xE000) continue;

@@ -6,6 +6,7 @@
 #include "net/resolver.h"
 #include "platform/entropy.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -17,9 +18,7 @@ constexpr std::uint64_t kProgressParts = 4;
 constexpr std::chrono::seconds kQuick{1};
 
 // Short printable ASCII, which may be shown as it is.
-bool IsPlain(std::string_view line) {
-  return line.size() <= 200 && std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
-}
+bool IsPlain(std::string_view line) { return line.size() <= 200 && platform::PrintableRun(line) == line.size(); }
 
 // The step that a command is, where it belongs to the way to a connection.
 std::optional<ConnectionStep> StepOf(Awaited reply) {
