@@ -5,18 +5,14 @@
 #include <cstddef>
 #include <string>
 
+#include "html/characters.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
 
-constexpr std::string_view kSlashes = "/\\";
-
-bool IsSlash(char c) { return kSlashes.find(c) != std::string_view::npos; }
-bool IsLetter(char c) { return platform::AsciiLower(c) >= 'a' && platform::AsciiLower(c) <= 'z'; }
-
 template <std::size_t kCount>
-bool IsAmong(const std::array<std::string_view, kCount>& names, std::string_view name) {
+bool EqualsOneIgnoringCase(const std::array<std::string_view, kCount>& names, std::string_view name) {
   return std::any_of(names.begin(), names.end(),
                      [&](std::string_view one) { return platform::EqualsIgnoringAsciiCase(one, name); });
 }
@@ -40,13 +36,14 @@ bool BeginsWithDevice(std::string_view text) {
 std::string_view AuthorityOf(std::string_view text) { return text.substr(0, text.find_first_of("/\\?#")); }
 
 // Of "/x%20y?z", "/x y": as much as a person's folder begins in. In a text each of many addresses goes on to its end.
-constexpr std::size_t kLongestPath = 200;
+constexpr std::size_t kLongestReadPath = 200;
 std::string PathOf(std::string_view text) {
   constexpr std::size_t kOctetsOfEscape = 3;
-  text = text.substr(0, kLongestPath * kOctetsOfEscape);
+  text = text.substr(0, kLongestReadPath * kOctetsOfEscape);
   std::string_view path = text.substr(0, text.find_first_of("?#"));
-  if (path.size() == kLongestPath * kOctetsOfEscape) path = path.substr(0, path.find('%', path.size() - 2));  // no half
-  return platform::PercentDecoded(path).value_or(std::string(path)).substr(0, kLongestPath);
+  if (path.size() == kLongestReadPath * kOctetsOfEscape)
+    path = path.substr(0, path.find('%', path.size() - 2));  // no half
+  return platform::PercentDecoded(path).value_or(std::string(path)).substr(0, kLongestReadPath);
 }
 
 // "file:///x", "C:\x" and "example.org:C:\x", where a server and its port would stand.
@@ -81,24 +78,26 @@ AddressReach ReachWithoutScheme(std::string_view address) {
   if (rest[0] == '?' && BeginsWithDevice(WithoutSlashes(rest.substr(1)))) return AddressReach::kFile;  // "//?/C:/x"
   if (address.starts_with("\\\\") || HoldsFile(rest)) return AddressReach::kFile;
   const std::string_view authority = AuthorityOf(rest);
-  if (IsAmong(std::to_array<std::string_view>({"wsl$", "wsl.localhost"}), authority)) return AddressReach::kFile;
+  if (EqualsOneIgnoringCase(std::to_array<std::string_view>({"wsl$", "wsl.localhost"}), authority))
+    return AddressReach::kFile;
   if (NamesServer(authority)) return AddressReach::kNet;
   const bool has_folder = authority.size() < rest.size() && IsSlash(rest[authority.size()]);
   return slashes > 2 && has_folder ? AddressReach::kFile : AddressReach::kNeither;  // "///home/ada/x"
 }
 
 bool IsWebScheme(std::string_view scheme) {
-  return IsAmong(std::to_array<std::string_view>({"http", "https", "ws", "wss", "ftp"}), scheme);
+  return EqualsOneIgnoringCase(std::to_array<std::string_view>({"http", "https", "ws", "wss", "ftp"}), scheme);
 }
 
 bool IsContactScheme(std::string_view scheme) {
-  return IsAmong(std::to_array<std::string_view>({"mailto", "tel", "sms"}), scheme);
+  return EqualsOneIgnoringCase(std::to_array<std::string_view>({"mailto", "tel", "sms"}), scheme);
 }
 
 // What mail programs call a part of a letter they keep: "mailbox:///home/ada/Drafts?part=1.2",
 // "imap://ada@x.example/fetch%3EUID>/INBOX>7".
 bool IsOfMailProgram(std::string_view scheme, std::string_view rest) {
-  if (IsAmong(std::to_array<std::string_view>({"mailbox", "mailbox-message", "imap-message"}), scheme)) return true;
+  if (EqualsOneIgnoringCase(std::to_array<std::string_view>({"mailbox", "mailbox-message", "imap-message"}), scheme))
+    return true;
   const std::string_view path = rest.substr(AuthorityOf(rest).size());
   const std::string_view command = path.substr(std::min<std::size_t>(1, path.size()));
   return platform::EqualsIgnoringAsciiCase(scheme, "imap") &&
@@ -114,7 +113,7 @@ bool BeginsWithFolder(std::string_view path) {
   constexpr auto kFolders =
       std::to_array<std::string_view>({"Applications", "etc", "home", "Library", "media", "mnt", "opt", "private",
                                        "root", "run", "srv", "tmp", "Users", "usr", "var", "Volumes"});
-  return rest.size() < path.size() && IsAmong(kFolders, AuthorityOf(rest));
+  return rest.size() < path.size() && EqualsOneIgnoringCase(kFolders, AuthorityOf(rest));
 }
 
 // "/home/ada/x", "/file///Users/ada/x", as the systems spell them: "/users/42/x" is a page of an app.
@@ -147,7 +146,7 @@ bool EndsInFile(std::string_view path) {
   constexpr std::size_t kLongestExtension = 5;
   const std::string_view name = path.substr(path.rfind('/') + 1);
   const std::size_t dot = name.rfind('.');
-  if (path.size() >= kLongestPath) return true;
+  if (path.size() >= kLongestReadPath) return true;
   if (dot == std::string_view::npos) return false;
   const std::string_view extension = name.substr(dot + 1);
   return extension.size() <= kLongestExtension && std::any_of(extension.begin(), extension.end(), IsLetter) &&
@@ -158,7 +157,7 @@ bool EndsInFile(std::string_view path) {
 bool IsServerScheme(std::string_view scheme) {
   constexpr auto kSchemes = std::to_array<std::string_view>(
       {"dav", "davs", "git", "rsync", "rtsp", "scp", "sftp", "ssh", "svn", "webcal", "webcals"});
-  return IsAmong(kSchemes, scheme.substr(scheme.rfind('+') + 1));
+  return EqualsOneIgnoringCase(kSchemes, scheme.substr(scheme.rfind('+') + 1));
 }
 
 // "app://3b3f0e/home/ada/x" and "view://abc/file///Users/ada/x": so programs ask themselves for a person's files, by an
@@ -191,7 +190,7 @@ AddressReach FileOrNet(bool is_file) { return is_file ? AddressReach::kFile : Ad
 }  // namespace
 
 bool IsFileScheme(std::string_view scheme) {
-  return IsAmong(std::to_array<std::string_view>({"file", "smb", "cifs", "nfs", "afp"}), scheme);
+  return EqualsOneIgnoringCase(std::to_array<std::string_view>({"file", "smb", "cifs", "nfs", "afp"}), scheme);
 }
 
 bool IsNetScheme(std::string_view scheme) { return IsWebScheme(scheme) || IsContactScheme(scheme); }

@@ -18,20 +18,15 @@
 namespace quillcast::html {
 namespace {
 
-constexpr std::size_t kMostOpen = 500;  // in each other; browsers end there too
+constexpr std::size_t kMostOpenToClose = 500;  // in each other; browsers end there too
 
 // No end tag reaches out of these but those of tables, which reach as far as their own (WHATWG HTML 13.2.4.2).
-constexpr auto kWalls =
+constexpr auto kWallElements =
     std::to_array<std::string_view>({"applet", "caption", "marquee", "object", "table", "td", "template", "th"});
 constexpr auto kOfTables =
     std::to_array<std::string_view>({"caption", "table", "tbody", "td", "tfoot", "th", "thead", "tr"});
 
 constexpr std::string_view kEndless = "plaintext";  // nothing ends it
-
-template <typename Names>
-bool IsAmong(std::string_view name, const Names& names) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 // Nor that of an element of no meaning of its own, as "span", out of these and blocks (13.2.6.4.7).
 constexpr auto kFurtherWalls = std::to_array<std::string_view>(
@@ -40,7 +35,7 @@ constexpr auto kFurtherWalls = std::to_array<std::string_view>(
 bool IsWall(std::string_view name) { return IsBlock(RoleOf(name)) || IsAmong(name, kFurtherWalls); }
 
 // The elements that are open, as far as it matters for what follows the page.
-class OpenElements {
+class ElementsToClose {
  public:
   void Start(const std::string& name) {
     if (name == "p" || IsBlock(RoleOf(name)) || name == "hr") {
@@ -48,7 +43,7 @@ class OpenElements {
       paragraph_ = open_.size();
     }
     if (name == "p" || HasNoContent(name)) return;
-    if (open_.size() == kMostOpen) {
+    if (open_.size() == kMostOpenToClose) {
       ++beyond_[name];
     } else {
       open_.push_back(name);
@@ -62,12 +57,12 @@ class OpenElements {
       return;
     }
     const bool is_of_table = IsAmong(name, kOfTables);
-    const bool is_plain = !is_of_table && !IsFormatting(name) && !IsWall(name) && !IsAmong(name, kWalls);
+    const bool is_plain = !is_of_table && !IsFormatting(name) && !IsWall(name) && !IsAmong(name, kWallElements);
     for (std::size_t place = open_.size(); place-- > 0;) {
       if (is_plain && has_paragraph_ && place < paragraph_) return;
       if (open_[place] == name) return Close(place);
       const bool is_wall = is_of_table ? open_[place] == "table" || open_[place] == "template"
-                                       : IsAmong(open_[place], kWalls) || (is_plain && IsWall(open_[place]));
+                                       : IsAmong(open_[place], kWallElements) || (is_plain && IsWall(open_[place]));
       if (is_wall) return;
     }
   }
@@ -175,7 +170,7 @@ class OwnBlock {
 }  // namespace
 
 std::string ClosedPage(std::string_view page) {
-  OpenElements open;
+  ElementsToClose open;
   std::string raw;  // the element whose content is text up to its end tag, where the page is in one
   HtmlTokenizer tokenizer(page);
   OwnBlock own(page, tokenizer);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "html/characters.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -12,19 +13,16 @@ constexpr std::string_view kBeforeValue("\0\"'(=", 5);
 // A server without a scheme may be a part of something else, such as behind a "file:" in another spelling.
 constexpr std::string_view kBeforeServer("\0\"'(=,", 6);
 
-bool IsAmong(char c, std::string_view signs) { return signs.find(c) != std::string_view::npos; }
-bool IsSlash(char c) { return c == '/' || c == '\\'; }
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7F; }
-bool IsLetter(char c) { return platform::AsciiLower(c) >= 'a' && platform::AsciiLower(c) <= 'z'; }
+bool IsOneOf(char c, std::string_view signs) { return signs.find(c) != std::string_view::npos; }
+bool IsBlankOrControl(char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7F; }
 bool IsOfWord(char c) { return platform::AsciiIsAlnum(c) || c == '+' || c == '-' || c == '.'; }
-bool IsHexDigit(char c) { return platform::AsciiIsAlnum(c) && platform::AsciiLower(c) <= 'f'; }
-bool IsOfName(char c) { return platform::AsciiIsAlnum(c) || static_cast<unsigned char>(c) >= 0x80; }
+bool IsLetterOrDigit(char c) { return platform::AsciiIsAlnum(c) || static_cast<unsigned char>(c) >= 0x80; }
 
 // Whether `name`, which stands between backslashes, is an escape of a text within a text, as in "\\u003cp\\u003e",
 // "\\n\\t" and "\\w\\.x". The slashes of "\\\\server\\share" are fewer behind it.
 bool IsEscape(std::string_view name, std::size_t slashes, std::string_view behind) {
   const std::size_t same = std::min(behind.find_first_not_of('\\'), behind.size());
-  if (name.size() == 1) return same >= slashes && IsAmong(platform::AsciiLower(name[0]), "bdfnrstw");
+  if (name.size() == 1) return same >= slashes && IsOneOf(platform::AsciiLower(name[0]), "bdfnrstw");
   const std::string_view code = name.substr(1, 4);
   const bool is_code = name[0] == 'u' && code.size() == 4 && std::all_of(code.begin(), code.end(), IsHexDigit);
   return is_code && (same >= slashes || behind.starts_with("\\/"));
@@ -47,7 +45,7 @@ bool FileScanner::FindsFile() {
 void FileScanner::Keep(std::size_t end) {
   rest_ += text_.substr(at_, end - at_);
   for (; at_ < end; ++at_) {
-    if (!IsBlank(text_[at_])) before_ = text_[at_];
+    if (!IsBlankOrControl(text_[at_])) before_ = text_[at_];
   }
 }
 
@@ -66,15 +64,15 @@ bool FileScanner::IsFileOrPassesOver(AddressReach reach) {
 
 bool FileScanner::ReadSign() {
   const char c = text_[at_];
-  is_in_pairs_ = c == '&' || (is_in_pairs_ && IsAmong(c, "=_"));
-  if (IsBlank(c) || IsAmong(c, "\"'<>()")) awaits_slash_ = false;
+  is_in_pairs_ = c == '&' || (is_in_pairs_ && IsOneOf(c, "=_"));
+  if (IsBlankOrControl(c) || IsOneOf(c, "\"'<>()")) awaits_slash_ = false;
   Keep(at_ + 1);
   return false;
 }
 
 bool FileScanner::ReadSlashes() {
   if (awaits_slash_ || IsShare()) return true;
-  if (text_.substr(at_).starts_with("//") && IsAmong(before_, kBeforeServer)) {
+  if (text_.substr(at_).starts_with("//") && IsOneOf(before_, kBeforeServer)) {
     const bool is_within = at_ < end_;
     BeginAddress(at_ + 2);
     const AddressReach reach = ReachOf(text_.substr(at_, end_ - at_));
@@ -117,7 +115,7 @@ bool FileScanner::IsFile(std::size_t colon) {
   if (!IsFileScheme(scheme)) return false;
   if (IsSlash(CharacterAt(colon + 1))) return true;
   if (IsLetter(CharacterAt(colon + 1)) && CharacterAt(colon + 2) == '|') return true;
-  if (kind_ == Text::kOfPrograms && scheme == word && IsAmong(before_, kBeforeValue)) awaits_slash_ = true;
+  if (kind_ == Text::kOfPrograms && scheme == word && IsOneOf(before_, kBeforeValue)) awaits_slash_ = true;
   return false;
 }
 
@@ -125,16 +123,17 @@ bool FileScanner::IsFile(std::size_t colon) {
 bool FileScanner::IsDrive(std::size_t colon) const {
   if (!IsSlash(CharacterAt(colon + 1))) return false;
   if (text_[colon + 1] == '/') {
-    const bool is_part = colon > 1 && IsAmong(text_[colon - 2], "+-._");
+    const bool is_part = colon > 1 && IsOneOf(text_[colon - 2], "+-._");
     const std::size_t name = colon + 2;
-    const bool is_hidden = kind_ == Text::kOfPrograms && IsAmong(CharacterAt(name), ".@-$!") &&
-                           IsOfName(CharacterAt(name + 1));  // "C:/.ssh"; "a:/." is none
-    if (is_part || !(IsOfName(CharacterAt(name)) || IsAmong(CharacterAt(name), "_~(%") || is_hidden)) return false;
+    const bool is_hidden = kind_ == Text::kOfPrograms && IsOneOf(CharacterAt(name), ".@-$!") &&
+                           IsLetterOrDigit(CharacterAt(name + 1));  // "C:/.ssh"; "a:/." is none
+    if (is_part || !(IsLetterOrDigit(CharacterAt(name)) || IsOneOf(CharacterAt(name), "_~(%") || is_hidden))
+      return false;
     return kind_ == Text::kOfPrograms || !IsSizeOrUnit(colon);
   }
   std::size_t name = colon + 2;
   while (IsSlash(CharacterAt(name))) ++name;  // as scripts write it
-  return IsOfName(CharacterAt(name)) || (name < text_.size() && IsAmong(text_[name], "_~(%$#@![{+-.^&"));
+  return IsLetterOrDigit(CharacterAt(name)) || (name < text_.size() && IsOneOf(text_[name], "_~(%$#@![{+-.^&"));
 }
 
 // In words, "S:/M:/L" and "C:/D:" are a list, and "p:/unit" is what a thing costs; a folder has more behind it.
@@ -142,7 +141,7 @@ bool FileScanner::IsSizeOrUnit(std::size_t colon) const {
   const std::size_t sizes = std::min(text_.find_first_not_of("SMLX/", colon + 2), text_.size());  // "S:/M/L/XL"
   if (sizes == text_.size()) return true;
   std::size_t end = colon + 2;
-  while (IsOfName(CharacterAt(end))) ++end;
+  while (IsLetterOrDigit(CharacterAt(end))) ++end;
   if (end == colon + 3) return end == text_.size() || text_[end] == ':';
   return platform::AsciiLower(text_[colon - 1]) == text_[colon - 1] && end == text_.size();
 }
@@ -158,8 +157,8 @@ bool FileScanner::IsShare() const {
     return true;  // as programs write it, and in a script
   }
   std::size_t end = name;
-  while (IsOfName(CharacterAt(end)) || (end < text_.size() && IsAmong(text_[end], "-._$@"))) ++end;
-  if (end == name || !IsSlash(CharacterAt(end)) || IsBlank(CharacterAt(end + 1))) return false;
+  while (IsLetterOrDigit(CharacterAt(end)) || (end < text_.size() && IsOneOf(text_[end], "-._$@"))) ++end;
+  if (end == name || !IsSlash(CharacterAt(end)) || IsBlankOrControl(CharacterAt(end + 1))) return false;
   return !IsEscape(text_.substr(name, end - name), name - begin, text_.substr(end));
 }
 
@@ -178,11 +177,11 @@ void FileScanner::BeginAddress(std::size_t from) {
 // itself. "&" is of its query, unless the address is a value among others.
 bool FileScanner::EndsAddress(char c) {
   const bool asks = asks_ != std::string_view::npos;
-  if (IsBlank(c) || IsAmong(c, "\"'<>(),;|`^")) return true;
-  if (!asks && IsAmong(c, "?#")) asks_ = end_;
+  if (IsBlankOrControl(c) || IsOneOf(c, "\"'<>(),;|`^")) return true;
+  if (!asks && IsOneOf(c, "?#")) asks_ = end_;
   if (c == '&') return !asks || is_value_;
-  if (IsAmong(c, "]}")) return open_-- == 0;
-  if (!IsAmong(c, "[{")) return false;
+  if (IsOneOf(c, "]}")) return open_-- == 0;
+  if (!IsOneOf(c, "[{")) return false;
   ++open_;
   return !asks && !(c == '[' && (end_ == host_ || text_[end_ - 1] == '@'));
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "html/characters.h"
 #include "html/html_elements.h"
 #include "html/style_values.h"
 #include "platform/text.h"
@@ -10,8 +11,8 @@
 namespace quillcast::html {
 namespace {
 
-constexpr std::size_t kMostOpen = 100;
-constexpr double kUsualPoints = 12;
+constexpr std::size_t kMostOpenKept = 100;
+constexpr double kPointsOfReaders = 12;  // of letters of which nothing is said
 
 bool IsOfAround(std::string_view value) {
   constexpr auto kWords = std::to_array<std::string_view>({"inherit", "unset", "currentcolor", "smaller", "larger"});
@@ -22,16 +23,16 @@ bool IsOfAround(std::string_view value) {
 // Nothing for one that is no more than that around it, or many times nothing. One that is not read may be any: what it
 // is said of is seen.
 std::optional<bool> SaysTooSmall(std::string_view size, bool has_none_around) {
-  const auto pixels = ReadLength(size, kUsualPoints, kUsualPoints);
-  const bool is_of_around = pixels != ReadLength(size, 0, kUsualPoints);
+  const auto pixels = ReadLength(size, kPointsOfReaders, kPointsOfReaders);
+  const bool is_of_around = pixels != ReadLength(size, 0, kPointsOfReaders);
   if (pixels && *pixels < 0) return {};
   if (pixels && !is_of_around) return *pixels <= 1;
-  const auto points = ReadPoints(size, kUsualPoints, kUsualPoints);
-  const bool is_larger = points && *points > kUsualPoints;
+  const auto points = ReadPoints(size, kPointsOfReaders, kPointsOfReaders);
+  const bool is_larger = points && *points > kPointsOfReaders;
   return (is_of_around || IsOfAround(size)) && (has_none_around || !is_larger) ? std::nullopt : std::optional(false);
 }
 
-bool SaysNone(std::string_view size) { return ReadLength(size, kUsualPoints, kUsualPoints) == 0.0; }
+bool SaysNone(std::string_view size) { return ReadLength(size, kPointsOfReaders, kPointsOfReaders) == 0.0; }
 
 }  // namespace
 
@@ -102,7 +103,7 @@ void HiddenWords::Start(const HtmlTokenizer& page, const HtmlToken& tag) {
   }
   const bool counts = !open_.empty() || letters.are_too_small || letters.are_transparent;
   if (!counts) return;
-  if (open_.size() == kMostOpen) return open_.clear();  // what is not kept count of hides nothing
+  if (open_.size() == kMostOpenKept) return open_.clear();  // what is not kept count of hides nothing
   open_.push_back({tag.name, letters});
 }
 
@@ -123,7 +124,7 @@ bool HiddenWords::Hold(std::string_view text) const {
   const Letters& letters = open_.back().letters;
   if (!letters.are_too_small && !letters.are_transparent) return false;
   const std::string words = platform::ReplaceAll(DecodeCharacterReferences(text), "\u00A0", "");
-  return words.find_first_not_of(" \t\r\n\f") != std::string::npos;
+  return words.find_first_not_of(kSpaces) != std::string::npos;
 }
 
 }  // namespace quillcast::html

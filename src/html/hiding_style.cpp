@@ -4,15 +4,16 @@
 #include <array>
 #include <string>
 
+#include "html/characters.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
 
 // "max-height:0" is how previews are kept out of sight where "display" is not obeyed.
-enum Property : std::size_t { kDisplay, kVisibility, kOpacity, kMaxHeight, kOverflow, kProperties };
-constexpr std::array<std::string_view, kProperties> kNames = {"display", "visibility", "opacity", "max-height",
-                                                              "overflow"};
+enum Property : std::size_t { kDisplay, kVisibility, kOpacity, kMaxHeight, kOverflow, kHidingProperties };
+constexpr std::array<std::string_view, kHidingProperties> kPropertyNames = {"display", "visibility", "opacity",
+                                                                            "max-height", "overflow"};
 // Values that hide, and those that readers know beside them, between blanks. Where there are none of those a number may
 // stand, or "none", or what is calculated.
 struct Values {
@@ -20,7 +21,7 @@ struct Values {
   std::string_view others;
 };
 constexpr std::string_view kOfAround = " inherit initial unset revert ";
-constexpr std::array<Values, kProperties> kValues = {{
+constexpr std::array<Values, kHidingProperties> kValues = {{
     {" none ",
      " block inline inline-block list-item table inline-table table-cell table-row table-row-group table-header-group "
      "table-footer-group table-column table-column-group table-caption flex inline-flex grid inline-grid flow-root "
@@ -31,15 +32,15 @@ constexpr std::array<Values, kProperties> kValues = {{
     {" hidden clip auto scroll ", " visible "},
 }};
 
-bool IsAmong(std::string_view words, std::string_view word) {
+bool HoldsWord(std::string_view words, std::string_view word) {
   return !word.empty() && word.find(' ') == std::string_view::npos &&
          words.find(" " + std::string(word) + " ") != std::string_view::npos;
 }
 
 // What this property says, in small letters: true where it hides, nothing where no reader takes it.
 std::optional<bool> Hides(const Values& values, const std::string& value) {
-  if (IsAmong(values.hiding, value)) return true;
-  if (IsAmong(values.others, value) || IsAmong(kOfAround, value)) return false;
+  if (HoldsWord(values.hiding, value)) return true;
+  if (HoldsWord(values.others, value) || HoldsWord(kOfAround, value)) return false;
   if (!values.others.empty() || value.empty()) return {};
   const std::size_t unit = value.find_first_not_of("0123456789.+-");
   const bool is_number = unit == std::string::npos || value.substr(unit) == "%";
@@ -84,7 +85,7 @@ class Pieces {
     if (c == '"' || c == '\'') until_ = c;
     if (c == ')' && brackets_ > 0) --brackets_;
     if (c != '(') return;
-    const std::size_t next = style_.find_first_not_of(" \t\r\n\f", 1);
+    const std::size_t next = style_.find_first_not_of(kSpaces, 1);
     const bool is_quoted = next != std::string_view::npos && (style_[next] == '"' || style_[next] == '\'');
     const bool is_address =
         piece.size() >= 3 && platform::EqualsIgnoringAsciiCase(piece.substr(piece.size() - 3), "url");
@@ -112,12 +113,12 @@ class Said {
     if (colon == std::string_view::npos) return;
     const std::string name = platform::AsciiLower(platform::Trim(piece.substr(0, colon)));
     const auto found =
-        std::ranges::find(kNames, std::string_view(name).substr(0, name.starts_with("overflow-") ? 8 : 100));
-    if (found == kNames.end()) return;
+        std::ranges::find(kPropertyNames, std::string_view(name).substr(0, name.starts_with("overflow-") ? 8 : 100));
+    if (found == kPropertyNames.end()) return;
     const std::size_t mark = std::min(piece.find('!', colon), piece.size());
     const bool is_important = mark < piece.size();
     if (is_important && !platform::EqualsIgnoringAsciiCase(platform::Trim(piece.substr(mark + 1)), "important")) return;
-    const auto property = static_cast<std::size_t>(found - kNames.begin());
+    const auto property = static_cast<std::size_t>(found - kPropertyNames.begin());
     std::string value = platform::AsciiLower(platform::Trim(piece.substr(colon + 1, mark - colon - 1)));
     if (property == kOverflow) value.resize(std::min(value.find(' '), value.size()));  // of both ways either does
     const auto hides = Hides(kValues.at(property), value);
@@ -139,7 +140,7 @@ class Said {
     std::optional<bool> hides;
     bool is_important = false;
   };
-  std::array<One, kProperties> ones_;
+  std::array<One, kHidingProperties> ones_;
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ struct NamedCharacter {
 };
 
 // In the order of the names as bytes, for a binary search.
-constexpr NamedCharacter kNames[] = {
+constexpr NamedCharacter kNamedCharacters[] = {
     {"AElig", 198},    {"AMP", 38},       {"Aacute", 193},      {"Abreve", 258},  {"Acirc", 194},   {"Acy", 1040},
     {"Agrave", 192},   {"Alpha", 913},    {"Amacr", 256},       {"Aogon", 260},   {"Aring", 197},   {"Atilde", 195},
     {"Auml", 196},     {"Bcy", 1041},     {"Beta", 914},        {"CHcy", 1063},   {"COPY", 169},    {"Cacute", 262},
@@ -108,18 +108,18 @@ constexpr NamedCharacter kNames[] = {
     {"yacy", 1103},    {"ycirc", 375},    {"ycy", 1099},        {"yen", 165},     {"yicy", 1111},   {"yucy", 1102},
     {"yuml", 255},     {"zacute", 378},   {"zcaron", 382},      {"zcy", 1079},    {"zdot", 380},    {"zeta", 950},
     {"zhcy", 1078},    {"zwj", 8205},     {"zwnj", 8204}};
-static_assert(std::is_sorted(std::begin(kNames), std::end(kNames),
+static_assert(std::is_sorted(std::begin(kNamedCharacters), std::end(kNamedCharacters),
                              [](const NamedCharacter& a, const NamedCharacter& b) { return a.name < b.name; }));
-static_assert(std::all_of(std::begin(kNames), std::end(kNames),
+static_assert(std::all_of(std::begin(kNamedCharacters), std::end(kNamedCharacters),
                           [](const NamedCharacter& row) { return row.name.size() <= kLongestCharacterName; }));
 
 }  // namespace
 
 char32_t CharacterOfName(std::string_view name) {
   const auto* const found =
-      std::lower_bound(std::begin(kNames), std::end(kNames), name,
+      std::lower_bound(std::begin(kNamedCharacters), std::end(kNamedCharacters), name,
                        [](const NamedCharacter& row, std::string_view wanted) { return row.name < wanted; });
-  return found != std::end(kNames) && found->name == name ? found->code : 0;
+  return found != std::end(kNamedCharacters) && found->name == name ? found->code : 0;
 }
 
 }  // namespace quillcast::html

@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "html/characters.h"
 #include "html/html_tokenizer.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -17,12 +18,10 @@ namespace {
 using platform::StartsWithIgnoringAsciiCase;
 
 constexpr std::size_t kMostEscapeDigits = 6;
-constexpr std::size_t kLongestPath = 1000;
+constexpr std::size_t kLongestWindowsPath = 1000;
 
-bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 bool IsLineEnd(char c) { return c == '\n' || c == '\r' || c == '\f'; }
-bool IsHexDigit(char c) { return platform::AsciiIsAlnum(c) && platform::AsciiLower(c) <= 'f'; }
-bool IsOfName(char c) {
+bool IsOfCssName(char c) {
   return platform::AsciiIsAlnum(c) || c == '-' || c == '_' || c == '\\' || static_cast<unsigned char>(c) >= 0x80;
 }
 
@@ -51,7 +50,7 @@ bool HasFolderOfWindows(std::string_view address) {
     const std::string_view name = address.substr(at + 1, 2);
     const bool is_behind_dots = at > 0 && address.find_first_not_of('.') == at;
     const bool is_escape = name.starts_with('_') && !is_behind_dots;
-    if (name.empty() || is_escape || name[0] == '\\' || !IsOfName(name[0]) || name[0] == '-') continue;
+    if (name.empty() || is_escape || name[0] == '\\' || !IsOfCssName(name[0]) || name[0] == '-') continue;
     if (!IsHexDigit(name[0]) || name.size() < 2 || !IsHexDigit(name[1])) return true;
   }
   return false;
@@ -98,8 +97,8 @@ class CssReader {
       } else if (StartsWithIgnoringAsciiCase(rest, "@import")) {
         importing = true;
         at_ += std::string_view("@import").size();
-      } else if (StartsWithIgnoringAsciiCase(rest, "url(") && (at_ == 0 || !IsOfName(css_[at_ - 1]))) {
-        at_ += std::string_view("url(").size();
+      } else if (StartsWithIgnoringAsciiCase(rest, kUrl) && (at_ == 0 || !IsOfCssName(css_[at_ - 1]))) {
+        at_ += kUrl.size();
         const auto address = ReadAddress();
         if (address) (importing ? found_.imports : found_.addresses).push_back(*address);
       } else {
@@ -141,7 +140,7 @@ class CssReader {
   // No browser reads "C:\Program Files (x86)\x" there; whoever put it there meant it as a whole. False for one that is
   // not closed.
   bool SkipPath() {
-    const std::size_t limit = std::min(at_ + kLongestPath, css_.size());
+    const std::size_t limit = std::min(at_ + kLongestWindowsPath, css_.size());
     auto end = EndOfPairs(limit);
     if (!end) end = EndBeforeOthers(limit);
     at_ = end.value_or(std::min(css_.find(')', at_), css_.size()));
@@ -168,14 +167,14 @@ class CssReader {
   std::optional<std::size_t> EndBeforeOthers(std::size_t end) const {
     for (std::size_t at = css_.find(')', at_); at < end; at = css_.find(')', at + 1)) {
       const std::string_view next = css_.substr(at + 1, 1);
-      if (next.empty() || (!IsOfName(next[0]) && next[0] != '/' && next[0] != '.' && next[0] != ')')) return at;
+      if (next.empty() || (!IsOfCssName(next[0]) && next[0] != '/' && next[0] != '.' && next[0] != ')')) return at;
     }
     return std::nullopt;
   }
 
   // "C:\O'Hara\x": the mark before the closing bracket. False where there is none.
   bool SkipPathTo(Quote quote) {
-    const std::size_t end = std::min(at_ + kLongestPath, css_.size());
+    const std::size_t end = std::min(at_ + kLongestWindowsPath, css_.size());
     for (std::size_t at = at_; at < end && !IsLineEnd(css_[at]); ++at) {
       const Quote found = ReadQuote(css_.substr(at), place_);
       if (found.mark != quote.mark) continue;

@@ -8,6 +8,9 @@
 
 namespace quillcast::html {
 
+// Begins an address.
+inline constexpr std::string_view kUrl = "url(";
+
 // A style element has no character references; an attribute has, so that its quotes may be written "&quot;".
 enum class CssPlace { kElement, kAttribute };
 

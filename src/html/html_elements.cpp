@@ -11,7 +11,7 @@ struct ElementRow {
   HtmlRole role;
 };
 // In the order of the names, for a binary search. What is not here is inline.
-constexpr ElementRow kElements[] = {
+constexpr ElementRow kElementRows[] = {
     {"a", HtmlRole::kLink},           {"address", HtmlRole::kLine},     {"area", HtmlRole::kArea},
     {"article", HtmlRole::kLine},     {"aside", HtmlRole::kLine},       {"blockquote", HtmlRole::kQuotation},
     {"body", HtmlRole::kLine},        {"br", HtmlRole::kBreak},         {"caption", HtmlRole::kLine},
@@ -32,16 +32,16 @@ constexpr ElementRow kElements[] = {
     {"tr", HtmlRole::kRow},           {"ul", HtmlRole::kBulleted},
 };
 
-static_assert(std::is_sorted(std::begin(kElements), std::end(kElements),
+static_assert(std::is_sorted(std::begin(kElementRows), std::end(kElementRows),
                              [](const ElementRow& a, const ElementRow& b) { return a.name < b.name; }));
 
 }  // namespace
 
 HtmlRole RoleOf(std::string_view name) {
   const auto* const found =
-      std::lower_bound(std::begin(kElements), std::end(kElements), name,
+      std::lower_bound(std::begin(kElementRows), std::end(kElementRows), name,
                        [](const ElementRow& row, std::string_view wanted) { return row.name < wanted; });
-  return found != std::end(kElements) && found->name == name ? found->role : HtmlRole::kInline;
+  return found != std::end(kElementRows) && found->name == name ? found->role : HtmlRole::kInline;
 }
 
 bool IsFormatting(std::string_view name) {

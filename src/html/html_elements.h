@@ -1,6 +1,7 @@
 // What the elements of HTML do to a plain-text reading of it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -45,5 +46,10 @@ bool IsFormatting(std::string_view name);
 bool IsRowGroup(std::string_view name);
 // Such an element has no end tag.
 bool HasNoContent(std::string_view name);
+
+template <typename Names>
+bool IsAmong(std::string_view name, const Names& names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
 
 }  // namespace quillcast::html

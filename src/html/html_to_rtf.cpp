@@ -17,7 +17,7 @@
 namespace quillcast::html {
 namespace {
 
-constexpr std::size_t kMostOpen = 500;
+constexpr std::size_t kMostOpenInRtf = 500;
 constexpr std::size_t kLongestLink = 2000;  // bytes
 constexpr int kItemIndent = 720;            // twips
 constexpr int kQuotationIndent = 567;
@@ -51,9 +51,9 @@ std::size_t ColumnsAhead(HtmlTokenizer tokenizer) {
   return columns;
 }
 
-class Reader {
+class ReaderToRtf {
  public:
-  Reader(std::string_view html, const FindRtfPicture& find_picture)
+  ReaderToRtf(std::string_view html, const FindRtfPicture& find_picture)
       : tokenizer_(html), find_picture_(find_picture), hidden_words_(html), link_room_(4 * html.size() + 65'536) {}
 
   RtfPage Run() {
@@ -138,7 +138,7 @@ class Reader {
   }
 
   void Push(HtmlRole role, const HtmlToken& token) {
-    while (open_.size() >= kMostOpen) Pop();
+    while (open_.size() >= kMostOpenInRtf) Pop();
     open_.push_back({.name = token.name, .role = role, .before = style_, .link_before = link_});
     const bool leads = (role == HtmlRole::kLink || token.name == "area") && StartLink(token);
     ApplyElement(style_, role, tokenizer_, token, leads);
@@ -364,7 +364,7 @@ class Reader {
 }  // namespace
 
 RtfPage HtmlToRtf(std::string_view html, const FindRtfPicture& find_picture) {
-  return Reader(html, find_picture).Run();
+  return ReaderToRtf(html, find_picture).Run();
 }
 
 }  // namespace quillcast::html

@@ -21,14 +21,14 @@ namespace {
 using Margin = TextLayout::Margin;
 
 // What is nested deeper stands beside the innermost instead, as in browsers.
-constexpr std::size_t kMostOpen = 500;
+constexpr std::size_t kMostOpenInText = 500;
 
 // A line of a page's arrangement that is longer is a paragraph, not a line of an address or of a list of facts.
 constexpr std::size_t kLongestFact = 60;
 
-class Reader {
+class ReaderToText {
  public:
-  Reader(std::string_view html, std::size_t columns)
+  ReaderToText(std::string_view html, std::size_t columns)
       : tokenizer_(html), layout_(html.size(), columns), hidden_words_(html) {}
 
   std::string Run() {
@@ -94,7 +94,7 @@ class Reader {
   std::size_t OpenCount(HtmlRole role) const { return open_counts_[static_cast<std::size_t>(role)]; }
 
   void Push(HtmlRole role) {
-    while (role != HtmlRole::kRow && open_.size() >= kMostOpen) Pop();  // a row stays with its table
+    while (role != HtmlRole::kRow && open_.size() >= kMostOpenInText) Pop();  // a row stays with its table
     open_.push_back({.role = role, .line_before = layout_.line_number(), .size_before = layout_.size()});
     ++open_counts_[static_cast<std::size_t>(role)];
   }
@@ -293,6 +293,6 @@ class Reader {
 
 }  // namespace
 
-std::string HtmlToText(std::string_view html, std::size_t columns) { return Reader(html, columns).Run(); }
+std::string HtmlToText(std::string_view html, std::size_t columns) { return ReaderToText(html, columns).Run(); }
 
 }  // namespace quillcast::html

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "html/characters.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -25,9 +26,6 @@ const RawTextElement* FindRawTextElement(std::string_view name) {
   }
   return nullptr;
 }
-
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
 }  // namespace
 

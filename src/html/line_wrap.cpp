@@ -10,18 +10,17 @@
 #include <memory>
 #include <vector>
 
+#include "html/characters.h"
 #include "platform/utf8.h"
 
 namespace quillcast::html {
 namespace {
 
-constexpr std::size_t kTabColumns = 8;
+constexpr std::size_t kColumnsOfTab = 8;
 constexpr char32_t kEmojiPresentation = 0xFE0F;
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-
 std::size_t ColumnAfter(std::size_t column, std::string_view blanks) {
-  for (const char c : blanks) column = c == '\t' ? (column / kTabColumns + 1) * kTabColumns : column + 1;
+  for (const char c : blanks) column = c == '\t' ? (column / kColumnsOfTab + 1) * kColumnsOfTab : column + 1;
   return column;
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "html/characters.h"
 #include "html/html_tokenizer.h"
 #include "html/line_wrap.h"
 #include "platform/text.h"
@@ -9,7 +10,6 @@
 namespace quillcast::html {
 namespace {
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 bool KeepsBlanks(std::string_view name) { return name == "pre" || name == "listing"; }
 
 // True when an inline style or a style sheet in the source gives white-space a value that keeps blanks apart from line

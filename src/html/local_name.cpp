@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "html/address_reach.h"
+#include "html/characters.h"
 #include "html/file_scanner.h"
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
@@ -20,8 +21,6 @@ namespace {
 
 using Text = FileScanner::Text;
 
-bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
-bool IsHexDigit(char c) { return platform::AsciiIsAlnum(c) && platform::AsciiLower(c) <= 'f'; }
 char At(std::string_view text, std::size_t at) { return at < text.size() ? text[at] : '\0'; }
 
 // The same with an ASCII blank for each other one, such as "&nbsp;" stands for.
@@ -46,17 +45,15 @@ std::string Parted(std::string_view text) {
   return parted;
 }
 
-using Folders = std::span<const std::string>;
-
-bool IsOfName(char c) {
+bool IsOfFolderName(char c) {
   return platform::AsciiIsAlnum(c) || c == '-' || c == '_' || c == '.' || static_cast<unsigned char>(c) >= 0x80;
 }
 
 // "/home/ada" and "x=/home/ada/y" hold "/home/ada"; "/home/adam" and "x/home/ada" do not.
 bool HoldsFolder(std::string_view text, std::string_view folder) {
   for (std::size_t at = text.find(folder); at != std::string_view::npos; at = text.find(folder, at + 1)) {
-    const bool begins = at == 0 || !IsOfName(text[at - 1]);
-    if (begins && !IsOfName(At(text, at + folder.size()))) return true;
+    const bool begins = at == 0 || !IsOfFolderName(text[at - 1]);
+    if (begins && !IsOfFolderName(At(text, at + folder.size()))) return true;
   }
   return false;
 }
@@ -188,7 +185,7 @@ bool HoldsHomeFolder(std::string_view note) {
   const std::string text = Parted(note);
   for (std::size_t at = text.find_first_of("/~"); at != std::string::npos; at = text.find_first_of("/~", at + 1)) {
     const char before = at == 0 ? ' ' : text[at - 1];
-    const bool begins = before == '-' || (!IsOfName(before) && before != '/');
+    const bool begins = before == '-' || (!IsOfFolderName(before) && before != '/');
     if (begins && BeginsWithHome(std::string_view(text).substr(at))) return true;
   }
   return false;

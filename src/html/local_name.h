@@ -7,12 +7,15 @@
 
 namespace quillcast::html {
 
+// What stands below them is a file of this computer.
+using Folders = std::span<const std::string>;
+
 // Whether a text holds an address of a file: "file:" with a folder or a drive, "C:\", "\\server\share" and
 // "smb://server", in any spelling that browsers read, such as with character references, percent signs, escapes and
 // control characters. What an address of the net holds, or one of a program's own scheme asks for ("app://x?y"), is the
 // person's own.
 // Paths below one of the `known` folders count as well.
-bool NamesLocalFile(std::string_view text, std::span<const std::string> known = {});
+bool NamesLocalFile(std::string_view text, Folders known = {});
 
 // The same of a text that is one address, with its blanks: what it leads to counts, see address_reach.h, and of what
 // leads nowhere by itself, such as "page.html?x#y", what stands before its query.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "html/characters.h"
 #include "html/html_css.h"
 #include "html/html_tokenizer.h"
 #include "html/local_name.h"
@@ -22,8 +23,6 @@ constexpr std::string_view kEmptyComment = "<!---->";  // nothing beside it grow
 constexpr std::string_view kOfficeElement = "xml";
 constexpr std::string_view kOfficeParagraph = "o:p";
 
-using Folders = std::span<const std::string>;
-
 // Where a part of a page stands.
 enum class Within : std::uint8_t {
   kPage,
@@ -33,8 +32,6 @@ enum class Within : std::uint8_t {
 
 std::string WithoutNames(std::string_view html, Folders known, Within within);
 
-constexpr std::string_view kUrl = "url(";
-constexpr std::string_view kBlanks = " \t\r\n\f";
 constexpr std::string_view kEndsUrl = " \t\r\n\f\"'()";
 
 // A sheet, or the content of a style attribute, decoded.
@@ -70,13 +67,13 @@ class SheetCleaner {
   // What stands in its brackets is one address; one that browsers do not read as such is as anything else.
   void TakeUrl() {
     Keep(kUrl.size());
-    Keep(std::min(css_.find_first_not_of(kBlanks, at_), css_.size()) - at_);
+    Keep(std::min(css_.find_first_not_of(kSpaces, at_), css_.size()) - at_);
     if (at_ == css_.size()) return;
     const char quote = css_[at_] == '"' || css_[at_] == '\'' ? css_[at_] : '\0';
     if (quote != '\0') Keep(1);
     const std::size_t end =
         quote == '\0' ? std::min(css_.find_first_of(kEndsUrl, at_), css_.size()) : EndOfString(quote);
-    const std::size_t behind = std::min(css_.find_first_not_of(kBlanks, end + (quote == '\0' ? 0 : 1)), css_.size());
+    const std::size_t behind = std::min(css_.find_first_not_of(kSpaces, end + (quote == '\0' ? 0 : 1)), css_.size());
     if (behind == css_.size() || css_[behind] != ')') {
       if (quote != '\0') Take(end);
     } else if (AddressNamesLocalFile(css_.substr(at_, end - at_))) {
@@ -135,7 +132,7 @@ struct AttributeRow {
   std::string_view attribute;
   bool (*names_file)(std::string_view);
 };
-constexpr auto kAttributes = std::to_array<AttributeRow>({
+constexpr auto kNamingAttributes = std::to_array<AttributeRow>({
     {"action", AddressNamesLocalFile},   {"background", AddressNamesLocalFile}, {"cite", AddressNamesLocalFile},
     {"codebase", AddressNamesLocalFile}, {"data", AddressNamesLocalFile},       {"formaction", AddressNamesLocalFile},
     {"href", AddressNamesLocalFile},     {"longdesc", AddressNamesLocalFile},   {"poster", AddressNamesLocalFile},
@@ -198,7 +195,7 @@ class PageCleaner {
       case HtmlTokenKind::kDoctype:
         return NamesFile(source) ? "<!DOCTYPE html>" : std::string(source);
       case HtmlTokenKind::kText:
-        if (fields_name_file_ && source.find_first_not_of(kBlanks) != std::string_view::npos) return " ";
+        if (fields_name_file_ && source.find_first_not_of(kSpaces) != std::string_view::npos) return " ";
         return std::string(is_in_comment_ && IsOfOffice() && TellsFile(source) ? " " : source);
       case HtmlTokenKind::kRawText:
         break;
@@ -306,9 +303,9 @@ class PageCleaner {
     if (is_read) return WordsNameLocalFile(value);
     if (name == "content" && token.name == "meta" && WordsNameLocalFile(value)) return true;
     if (name == "value" && ShowsValue(tokens_, token)) return false;
-    const auto* const row = std::find_if(kAttributes.begin(), kAttributes.end(),
+    const auto* const row = std::find_if(kNamingAttributes.begin(), kNamingAttributes.end(),
                                          [&](const AttributeRow& one) { return one.attribute == name; });
-    return row == kAttributes.end() ? NamesFile(value) : row->names_file(value);
+    return row == kNamingAttributes.end() ? NamesFile(value) : row->names_file(value);
   }
 
   // As written where it names none, else what takes the place of all words that belong to it.

@@ -67,7 +67,7 @@ LocalAddress ReadOtherFile(std::string_view address) {
 }
 
 // Of a path that starts from nowhere here: "C:/x", "c|/x".
-bool BeginsWithDrive(std::string_view path) {
+bool IsPathOfDrive(std::string_view path) {
   return path.size() > 2 && platform::AsciiIsAlnum(path[0]) && (path[1] == ':' || path[1] == '|') && path[2] == '/';
 }
 
@@ -115,9 +115,9 @@ class Finder final : public HtmlVisitor {
   void Add(std::string_view written, const std::string& address) {
     if (address.find(kTagBegin) != std::string::npos) return AddNamedByTag(written, address);
     LocalAddress file = ReadLocalAddress(address);
-    LeadsTo leads_to = IsFilledIn(address)                                    ? LeadsTo::kFilledIn
-                       : BeginsWithTag(address) || BeginsWithDrive(file.path) ? LeadsTo::kElsewhere
-                                                                              : LeadsTo::kFile;
+    LeadsTo leads_to = IsFilledIn(address)                                  ? LeadsTo::kFilledIn
+                       : BeginsWithTag(address) || IsPathOfDrive(file.path) ? LeadsTo::kElsewhere
+                                                                            : LeadsTo::kFile;
     if (file.kind == AddressKind::kRelative && base_) file = Resolve(*base_, std::move(file));
     if (file.kind == AddressKind::kElsewhere) {
       file = ReadOtherFile(address);

@@ -1,6 +1,5 @@
 #include "html/nesting.h"
 
-#include <algorithm>
 #include <array>
 #include <string>
 #include <unordered_map>
@@ -11,17 +10,12 @@
 namespace quillcast::html {
 namespace {
 
-template <typename Names>
-bool IsAmong(std::string_view name, const Names& names) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 // What the next one of its kind closes, with all that is open within (WHATWG HTML 13.1.2.4).
 constexpr auto kClosedByTheNext =
     std::to_array<std::string_view>({"html", "head", "body", "p", "li", "dt", "dd", "tr", "td", "th", "thead", "tbody",
                                      "tfoot", "colgroup", "caption", "option"});
 // Elements that are open, by name.
-class OpenElements {
+class OpenCounts {
  public:
   std::size_t depth() const { return depth_; }
   bool Has(const std::string& name) const {
@@ -43,8 +37,8 @@ class OpenElements {
 }  // namespace
 
 bool IsNestedDeeperThan(std::string_view html, std::size_t levels) {
-  OpenElements blocks;
-  OpenElements formatting;  // of the paragraph
+  OpenCounts blocks;
+  OpenCounts formatting;  // of the paragraph
   HtmlTokenizer page(html);
   HtmlToken token;
   while (page.Next(token)) {
@@ -54,7 +48,7 @@ bool IsNestedDeeperThan(std::string_view html, std::size_t levels) {
       formatting.CloseAll();
       continue;
     }
-    OpenElements& open = IsFormatting(token.name) ? formatting : blocks;
+    OpenCounts& open = IsFormatting(token.name) ? formatting : blocks;
     const bool is_whole = begins && page.Source(token).ends_with("/>") && (blocks.Has("svg") || blocks.Has("math"));
     if (begins && !is_whole) open.Open(token.name);
     if (!begins) open.Close(token.name);

@@ -7,18 +7,18 @@
 namespace quillcast::html {
 namespace {
 
-bool IsOfName(char c) {
+bool IsOfPathPart(char c) {
   return platform::AsciiIsAlnum(c) || std::string_view("._-%()").find(c) != std::string_view::npos ||
          static_cast<unsigned char>(c) >= 0x80;
 }
 
 // The folders of a path are parted by two backslashes there ("Pictures\\x.png"); one begins what is no path
 // ("\* MERGEFORMAT").
-bool HoldsFolder(std::string_view text) {
+bool HoldsPartedPath(std::string_view text) {
   constexpr std::string_view kParting = "\\\\";
   for (std::size_t at = text.find(kParting); at != std::string_view::npos; at = text.find(kParting, at + 1)) {
     const std::size_t behind = at + kParting.size();
-    if (at > 0 && behind < text.size() && IsOfName(text[at - 1]) && IsOfName(text[behind])) return true;
+    if (at > 0 && behind < text.size() && IsOfPathPart(text[at - 1]) && IsOfPathPart(text[behind])) return true;
   }
   return false;
 }
@@ -42,7 +42,7 @@ bool FieldsNameFile(std::string_view fields, std::span<const std::string> known)
     if (names_file(text)) return true;
     together += text;
   }
-  return names_file(together) || HoldsFolder(together);
+  return names_file(together) || HoldsPartedPath(together);
 }
 
 }  // namespace quillcast::html

@@ -10,7 +10,7 @@ namespace {
 
 using Kind = OpenElements::Kind;
 
-constexpr std::size_t kMostOpen = 1000;
+constexpr std::size_t kMostOpenElements = 1000;
 constexpr std::size_t kMostInLines = 750;  // so that there is room for the blocks that end them
 constexpr std::size_t kMostOuter = 500;
 
@@ -190,7 +190,7 @@ bool OpenElements::MayHold(const HtmlTokenizer& page, const HtmlToken& start) co
 void OpenElements::Open(const std::string& name) {
   const bool is_drawn = name == "template" && IsInDrawing();  // which is none there
   const Kind kind = is_drawn ? kInline : KindOf(name);
-  if (open_.size() < (IsIn(kBlocks, kind) ? kMostOpen : kMostInLines)) return open_.push_back({name, kind});
+  if (open_.size() < (IsIn(kBlocks, kind) ? kMostOpenElements : kMostInLines)) return open_.push_back({name, kind});
   if (IsIn(kBlocks, kind)) ++too_deep_;
 }
 

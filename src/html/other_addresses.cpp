@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "html/characters.h"
 #include "html/local_name.h"
 #include "html/unquoted_path.h"
 #include "platform/text.h"
@@ -11,27 +12,25 @@
 namespace quillcast::html {
 namespace {
 
-constexpr std::string_view kBlanks = " \n\t\r\f";
-
-enum class Holds : std::uint8_t { kAddress, kAddresses, kCandidates, kParameter, kRefresh };
+enum class OtherValue : std::uint8_t { kAddress, kAddresses, kCandidates, kParameter, kRefresh };
 
 // An empty element stands for every one.
 struct OtherAttribute {
   std::string_view element;
   std::string_view attribute;
-  Holds holds;
+  OtherValue holds;
 };
 constexpr auto kOtherAttributes = std::to_array<OtherAttribute>({
-    {"", "href", Holds::kAddress},         {"", "src", Holds::kAddress},
-    {"", "longdesc", Holds::kAddress},     {"", "lowsrc", Holds::kAddress},
-    {"", "dynsrc", Holds::kAddress},       {"", "action", Holds::kAddress},
-    {"", "formaction", Holds::kAddress},   {"", "data", Holds::kAddress},
-    {"", "cite", Holds::kAddress},         {"", "codebase", Holds::kAddress},
-    {"", "archive", Holds::kAddress},      {"", "manifest", Holds::kAddress},
-    {"", "classid", Holds::kAddress},      {"", "profile", Holds::kAddress},
-    {"", "xlink:href", Holds::kAddress},   {"", "o:href", Holds::kAddress},
-    {"", "ping", Holds::kAddresses},       {"", "imagesrcset", Holds::kCandidates},
-    {"param", "value", Holds::kParameter}, {"meta", "content", Holds::kRefresh},
+    {"", "href", OtherValue::kAddress},         {"", "src", OtherValue::kAddress},
+    {"", "longdesc", OtherValue::kAddress},     {"", "lowsrc", OtherValue::kAddress},
+    {"", "dynsrc", OtherValue::kAddress},       {"", "action", OtherValue::kAddress},
+    {"", "formaction", OtherValue::kAddress},   {"", "data", OtherValue::kAddress},
+    {"", "cite", OtherValue::kAddress},         {"", "codebase", OtherValue::kAddress},
+    {"", "archive", OtherValue::kAddress},      {"", "manifest", OtherValue::kAddress},
+    {"", "classid", OtherValue::kAddress},      {"", "profile", OtherValue::kAddress},
+    {"", "xlink:href", OtherValue::kAddress},   {"", "o:href", OtherValue::kAddress},
+    {"", "ping", OtherValue::kAddresses},       {"", "imagesrcset", OtherValue::kCandidates},
+    {"param", "value", OtherValue::kParameter}, {"meta", "content", OtherValue::kRefresh},
 });
 
 void Take(std::string_view written, const TakePicture& take) {
@@ -42,9 +41,9 @@ void Take(std::string_view written, const TakePicture& take) {
 void EachBetweenBlanks(std::string_view value, const TakePicture& take) {
   if (AddressesNameLocalFile(DecodeCharacterReferences(value, true))) return;
   while (true) {
-    const std::size_t begin = value.find_first_not_of(kBlanks);
+    const std::size_t begin = value.find_first_not_of(kSpaces);
     if (begin == std::string_view::npos) return;
-    const std::size_t end = std::min(value.find_first_of(kBlanks, begin), value.size());
+    const std::size_t end = std::min(value.find_first_of(kSpaces, begin), value.size());
     Take(value.substr(begin, end - begin), take);
     value.remove_prefix(end);
   }
@@ -86,11 +85,11 @@ void EachOtherAddressOf(const HtmlTokenizer& page, const HtmlToken& tag, const T
     });
     if (row == kOtherAttributes.end() || NamesPictures(tag.name, name)) continue;
     const std::string_view value = platform::Trim(WholeValue(page, tag, attribute));
-    if (row->holds == Holds::kAddress) Take(value, take);
-    if (row->holds == Holds::kAddresses) EachBetweenBlanks(value, take);
-    if (row->holds == Holds::kCandidates) EachCandidate(value, take);
-    if (row->holds == Holds::kParameter && IsAddress(page.Value(tag, "name"))) Take(value, take);
-    if (row->holds == Holds::kRefresh && IsRefresh(page.Value(tag, "http-equiv"))) TakeRefresh(value, take);
+    if (row->holds == OtherValue::kAddress) Take(value, take);
+    if (row->holds == OtherValue::kAddresses) EachBetweenBlanks(value, take);
+    if (row->holds == OtherValue::kCandidates) EachCandidate(value, take);
+    if (row->holds == OtherValue::kParameter && IsAddress(page.Value(tag, "name"))) Take(value, take);
+    if (row->holds == OtherValue::kRefresh && IsRefresh(page.Value(tag, "http-equiv"))) TakeRefresh(value, take);
   }
 }
 

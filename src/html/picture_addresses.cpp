@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "html/characters.h"
 #include "html/unquoted_path.h"
 #include "platform/text.h"
 
@@ -13,20 +14,25 @@ namespace {
 // More candidates than this in one srcset are passed over; memory stays small on hostile input.
 constexpr std::size_t kMostCandidates = 1000;
 
-enum class Holds : std::uint8_t { kAddress, kCandidates, kCss };
+enum class PictureValue : std::uint8_t { kAddress, kCandidates, kCss };
 
 // Which attributes hold pictures; an empty element stands for every one.
 struct PictureAttribute {
   std::string_view element;
   std::string_view attribute;
-  Holds holds;
+  PictureValue holds;
 };
 constexpr std::array kPictureAttributes = {
-    PictureAttribute{"img", "src", Holds::kAddress},         PictureAttribute{"input", "src", Holds::kAddress},
-    PictureAttribute{"v:fill", "src", Holds::kAddress},      PictureAttribute{"v:image", "src", Holds::kAddress},
-    PictureAttribute{"v:imagedata", "src", Holds::kAddress}, PictureAttribute{"video", "poster", Holds::kAddress},
-    PictureAttribute{"img", "srcset", Holds::kCandidates},   PictureAttribute{"source", "srcset", Holds::kCandidates},
-    PictureAttribute{"", "background", Holds::kAddress},     PictureAttribute{"", "style", Holds::kCss},
+    PictureAttribute{"img", "src", PictureValue::kAddress},
+    PictureAttribute{"input", "src", PictureValue::kAddress},
+    PictureAttribute{"v:fill", "src", PictureValue::kAddress},
+    PictureAttribute{"v:image", "src", PictureValue::kAddress},
+    PictureAttribute{"v:imagedata", "src", PictureValue::kAddress},
+    PictureAttribute{"video", "poster", PictureValue::kAddress},
+    PictureAttribute{"img", "srcset", PictureValue::kCandidates},
+    PictureAttribute{"source", "srcset", PictureValue::kCandidates},
+    PictureAttribute{"", "background", PictureValue::kAddress},
+    PictureAttribute{"", "style", PictureValue::kCss},
 };
 
 const PictureAttribute* FindRow(std::string_view element, std::string_view attribute) {
@@ -35,8 +41,6 @@ const PictureAttribute* FindRow(std::string_view element, std::string_view attri
   });
   return row == kPictureAttributes.end() ? nullptr : row;
 }
-
-bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
 std::string_view Trimmed(std::string_view text) {
   while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
@@ -57,7 +61,7 @@ bool IsDescription(std::string_view word) {
 std::string_view WithoutDescriptions(std::string_view candidate) {
   for (;;) {
     candidate = Trimmed(candidate);
-    const std::size_t blank = candidate.find_last_of(" \n\t\r\f");
+    const std::size_t blank = candidate.find_last_of(kSpaces);
     if (blank == std::string_view::npos || !IsDescription(candidate.substr(blank + 1))) return candidate;
     candidate = candidate.substr(0, blank);
   }
@@ -87,9 +91,9 @@ void EachPictureOf(const HtmlTokenizer& page, const HtmlToken& tag, const TakePi
     const PictureAttribute* const row = FindRow(tag.name, page.RawName(attribute));
     if (row == nullptr || page.Find(tag, row->attribute) != &attribute) continue;  // the first of a name counts
     const std::string_view value = Trimmed(WholeValue(page, tag, attribute));
-    if (row->holds == Holds::kAddress) take(value, DecodeCharacterReferences(value, true));
-    if (row->holds == Holds::kCandidates) EachCandidate(value, take);
-    if (row->holds == Holds::kCss) EachPictureInStyles(value, CssPlace::kAttribute, take);
+    if (row->holds == PictureValue::kAddress) take(value, DecodeCharacterReferences(value, true));
+    if (row->holds == PictureValue::kCandidates) EachCandidate(value, take);
+    if (row->holds == PictureValue::kCss) EachPictureInStyles(value, CssPlace::kAttribute, take);
   }
 }
 

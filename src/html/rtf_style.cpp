@@ -47,16 +47,18 @@ constexpr std::array kLetters = {
 };
 
 std::optional<RtfAlignment> AlignmentOf(std::string_view value) {
-  struct Row {
+  struct NamedAlignment {
     std::string_view name;
     RtfAlignment alignment;
   };
-  constexpr std::array kRows = {Row{"left", RtfAlignment::kLeft}, Row{"center", RtfAlignment::kCentred},
-                                Row{"middle", RtfAlignment::kCentred}, Row{"right", RtfAlignment::kRight},
-                                Row{"justify", RtfAlignment::kJustified}};
-  const auto* const row = std::ranges::find_if(
-      kRows, [&](const Row& candidate) { return platform::EqualsIgnoringAsciiCase(candidate.name, value); });
-  return row == kRows.end() ? std::nullopt : std::optional(row->alignment);
+  constexpr std::array kAlignments = {
+      NamedAlignment{"left", RtfAlignment::kLeft}, NamedAlignment{"center", RtfAlignment::kCentred},
+      NamedAlignment{"middle", RtfAlignment::kCentred}, NamedAlignment{"right", RtfAlignment::kRight},
+      NamedAlignment{"justify", RtfAlignment::kJustified}};
+  const auto* const row = std::ranges::find_if(kAlignments, [&](const NamedAlignment& candidate) {
+    return platform::EqualsIgnoringAsciiCase(candidate.name, value);
+  });
+  return row == kAlignments.end() ? std::nullopt : std::optional(row->alignment);
 }
 
 template <typename Value>

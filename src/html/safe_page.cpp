@@ -14,7 +14,7 @@ namespace {
 
 // The elements and attributes that are kept, in their order for a search; "style", "title", "href", "src" and
 // "background" have rules of their own.
-constexpr auto kElements = std::to_array<std::string_view>(
+constexpr auto kSafeElements = std::to_array<std::string_view>(
     {"a",          "abbr",    "acronym", "address", "article", "aside",   "b",     "bdi",  "bdo",    "big",
      "blockquote", "body",    "br",      "button",  "caption", "center",  "cite",  "code", "col",    "colgroup",
      "dd",         "del",     "details", "dfn",     "dir",     "div",     "dl",    "dt",   "em",     "fieldset",
@@ -26,7 +26,7 @@ constexpr auto kElements = std::to_array<std::string_view>(
      "tr",         "tt",      "u",       "ul",      "var",     "wbr"});
 // Their content is no markup, and goes with them.
 constexpr auto kDropped = std::to_array<std::string_view>({"iframe", "noembed", "noframes", "script", "textarea"});
-constexpr auto kAttributes = std::to_array<std::string_view>(
+constexpr auto kSafeAttributes = std::to_array<std::string_view>(
     {"abbr",   "align",   "alink",  "alt",     "bgcolor",  "border",  "cellpadding", "cellspacing", "class",
      "clear",  "color",   "cols",   "colspan", "datetime", "dir",     "face",        "height",      "hidden",
      "hspace", "id",      "lang",   "link",    "name",     "noshade", "nowrap",      "open",        "reversed",
@@ -34,11 +34,11 @@ constexpr auto kAttributes = std::to_array<std::string_view>(
      "title",  "type",    "valign", "value",   "vlink",    "vspace",  "width"});
 
 template <std::size_t kSize>
-bool IsAmong(const std::array<std::string_view, kSize>& names, std::string_view name) {
+bool IsListed(const std::array<std::string_view, kSize>& names, std::string_view name) {
   return std::ranges::binary_search(names, name);
 }
-static_assert(std::ranges::is_sorted(kElements) && std::ranges::is_sorted(kDropped) &&
-              std::ranges::is_sorted(kAttributes));
+static_assert(std::ranges::is_sorted(kSafeElements) && std::ranges::is_sorted(kDropped) &&
+              std::ranges::is_sorted(kSafeAttributes));
 
 constexpr std::string_view kCharset = "<meta charset=\"utf-8\">";
 constexpr std::string_view kPolicy =
@@ -46,7 +46,7 @@ constexpr std::string_view kPolicy =
     "style-src 'unsafe-inline'\">";
 
 // What is not kept says nothing any more of whether it is displayed.
-bool IsLeftOut(std::string_view name) { return name != "style" && !IsAmong(kElements, name); }
+bool IsLeftOut(std::string_view name) { return name != "style" && !IsListed(kSafeElements, name); }
 
 class Copy {
  public:
@@ -82,9 +82,9 @@ class Copy {
 
   void Start(const HtmlToken& token) {
     special_.clear();
-    if (token.name == "style" || token.name == "title" || IsAmong(kDropped, token.name)) {
+    if (token.name == "style" || token.name == "title" || IsListed(kDropped, token.name)) {
       special_ = token.name;
-    } else if (IsAmong(kElements, token.name)) {
+    } else if (IsListed(kSafeElements, token.name)) {
       AddTag(token);
     } else if (is_in_paragraph_ && IsBlock(RoleOf(token.name))) {
       End("p");
@@ -93,14 +93,14 @@ class Copy {
 
   void End(const std::string& name) {
     special_.clear();
-    if (!IsAmong(kElements, name) || HasNoContent(name)) return;
+    if (!IsListed(kSafeElements, name) || HasNoContent(name)) return;
     if (IsBlock(RoleOf(name))) is_in_paragraph_ = false;
     AddHead();
     out_.append("</").append(name) += '>';
   }
 
   void AddText(std::string_view text, bool is_raw) {
-    if (IsAmong(kDropped, special_) || (is_before_head_ && platform::Trim(text).empty())) return;
+    if (IsListed(kDropped, special_) || (is_before_head_ && platform::Trim(text).empty())) return;
     AddHead();
     if (special_ == "style") {
       const std::string css = SafeCss(text);
@@ -131,7 +131,7 @@ class Copy {
       value = *place;
     } else if (name == "href") {
       if (element != "a" || !MayBeFollowed(value)) return;
-    } else if (!IsAmong(kAttributes, name)) {
+    } else if (!IsListed(kSafeAttributes, name)) {
       return;
     }
     out_.append(" ").append(name).append("=\"").append(EscapedForHtml(value)) += '"';

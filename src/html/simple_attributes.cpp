@@ -18,46 +18,47 @@ namespace quillcast::html {
 namespace {
 
 // A property or attribute, and up to what number its value is one that people mean.
-struct Known {
+struct LimitedName {
   std::string_view name;
   int most;
 };
 
 constexpr int kPage = 2000;  // pixels
-constexpr auto kAttributes = std::to_array<Known>({{"align", 0},
-                                                   {"alt", kPage},
-                                                   {"bgcolor", kPage},
-                                                   {"border", 20},
-                                                   {"cellpadding", 100},
-                                                   {"cellspacing", 100},
-                                                   {"color", kPage},
-                                                   {"colspan", 1000},
-                                                   {"face", kPage},
-                                                   {"height", kPage},
-                                                   {"rowspan", 1000},
-                                                   {"size", 7},
-                                                   {"start", kPage},
-                                                   {"type", 0},
-                                                   {"valign", 0},
-                                                   {"width", kPage}});
-constexpr auto kProperties = std::to_array<Known>({{"background-color", kPage},
-                                                   {"color", kPage},
-                                                   {"font-family", kPage},
-                                                   {"font-style", 0},
-                                                   {"font-weight", 900},
-                                                   {"list-style-type", 0},
-                                                   {"margin-bottom", 100},
-                                                   {"margin-left", 200},
-                                                   {"margin-right", 200},
-                                                   {"margin-top", 100},
-                                                   {"text-align", 0},
-                                                   {"text-decoration", 0},
-                                                   {"text-indent", 200},
-                                                   {"vertical-align", 0}});
+constexpr auto kSimpleAttributes = std::to_array<LimitedName>({{"align", 0},
+                                                               {"alt", kPage},
+                                                               {"bgcolor", kPage},
+                                                               {"border", 20},
+                                                               {"cellpadding", 100},
+                                                               {"cellspacing", 100},
+                                                               {"color", kPage},
+                                                               {"colspan", 1000},
+                                                               {"face", kPage},
+                                                               {"height", kPage},
+                                                               {"rowspan", 1000},
+                                                               {"size", 7},
+                                                               {"start", kPage},
+                                                               {"type", 0},
+                                                               {"valign", 0},
+                                                               {"width", kPage}});
+constexpr auto kSimpleProperties = std::to_array<LimitedName>({{"background-color", kPage},
+                                                               {"color", kPage},
+                                                               {"font-family", kPage},
+                                                               {"font-style", 0},
+                                                               {"font-weight", 900},
+                                                               {"list-style-type", 0},
+                                                               {"margin-bottom", 100},
+                                                               {"margin-left", 200},
+                                                               {"margin-right", 200},
+                                                               {"margin-top", 100},
+                                                               {"text-align", 0},
+                                                               {"text-decoration", 0},
+                                                               {"text-indent", 200},
+                                                               {"vertical-align", 0}});
 
 template <typename Table>
-const Known* FindIn(const Table& table, std::string_view name) {
-  const auto found = std::find_if(table.begin(), table.end(), [&](const Known& known) { return known.name == name; });
+const LimitedName* FindIn(const Table& table, std::string_view name) {
+  const auto found =
+      std::find_if(table.begin(), table.end(), [&](const LimitedName& known) { return known.name == name; });
   return found == table.end() ? nullptr : &*found;
 }
 
@@ -118,7 +119,7 @@ std::string SimpleDeclaration(std::string_view property, std::string_view given,
     value = pixels ? fmt::format("{:.0f}px", *pixels) : std::string();
   }
   std::replace(value.begin(), value.end(), '"', '\'');
-  const Known* known = FindIn(kProperties, name);
+  const LimitedName* known = FindIn(kSimpleProperties, name);
   if (known == nullptr || value.empty() || !IsPlainValue(value) || !IsWithin(value, known->most)) return {};
   return std::string(name) + ":" + value;
 }
@@ -145,14 +146,14 @@ std::optional<std::string> SimpleAddress(const HtmlTokenizer& page, const HtmlTo
   return address;
 }
 
-constexpr auto kFewSpans = std::to_array<Known>({{"colspan", 12}, {"rowspan", 4}});
+constexpr auto kFewSpans = std::to_array<LimitedName>({{"colspan", 12}, {"rowspan", 4}});
 
 }  // namespace
 
 std::string ColourInWords(std::uint32_t colour) { return fmt::format("#{:06x}", colour); }
 
 bool IsLongSpan(const HtmlTokenizer& page, const HtmlAttribute& attribute) {
-  const Known* known = FindIn(kFewSpans, platform::AsciiLower(page.RawName(attribute)));
+  const LimitedName* known = FindIn(kFewSpans, platform::AsciiLower(page.RawName(attribute)));
   return known != nullptr && !IsWithin(page.RawValue(attribute), known->most);
 }
 
@@ -217,9 +218,9 @@ std::string SimpleAttributes(const HtmlTokenizer& page, const HtmlToken& tag, st
       if (!style.empty()) Append(kept, name, style);
     } else if (name == "alt") {
       Append(kept, name, std::string_view(value).substr(0, kLongestAddress));
-    } else if (const Known* known = FindIn(kAttributes, name); known != nullptr &&
-                                                               !(tag.name == "img" && name == "align") &&
-                                                               IsPlainValue(value) && IsWithin(value, known->most)) {
+    } else if (const LimitedName* known = FindIn(kSimpleAttributes, name);
+               known != nullptr && !(tag.name == "img" && name == "align") && IsPlainValue(value) &&
+               IsWithin(value, known->most)) {
       Append(kept, name, value);
     }
   }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "html/characters.h"
 #include "html/hidden_words.h"
 #include "html/html_elements.h"
 #include "html/html_tokenizer.h"
@@ -18,9 +19,9 @@
 namespace quillcast::html {
 namespace {
 
-constexpr std::size_t kMostOpen = 100;    // elements
-constexpr std::size_t kMostTables = 3;    // within each other
-constexpr std::size_t kMostItems = 1000;  // of a list; more are another list
+constexpr std::size_t kMostOpenInSimplePage = 100;  // elements
+constexpr std::size_t kMostTables = 3;              // within each other
+constexpr std::size_t kMostItems = 1000;            // of a list; more are another list
 constexpr std::size_t kMostPictures = 500;
 constexpr std::size_t kLongestWord = 100;  // bytes without a place to break
 
@@ -35,11 +36,6 @@ constexpr auto kKept = std::to_array<std::string_view>(
     {"a",    "b",  "big",  "blockquote", "center", "cite",   "code", "dd",  "dfn", "dl", "dt", "em",
      "font", "h1", "h2",   "h3",         "h4",     "h5",     "h6",   "i",   "kbd", "li", "ol", "p",
      "pre",  "s",  "samp", "small",      "span",   "strong", "sub",  "sup", "tt",  "u",  "ul", "var"});
-
-template <typename Names>
-bool IsAmong(std::string_view name, const Names& names) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 bool IsCell(std::string_view written) { return written == "td" || written == "th"; }
 
@@ -183,7 +179,7 @@ bool SimpleWriter::IsInGrid() const {
 
 void SimpleWriter::StartTable(const HtmlToken& token) {
   const bool is_grid = shapes_[tables_++].is_grid && open_grids_ < kMostTables;
-  if (open_.size() >= kMostOpen) return;
+  if (open_.size() >= kMostOpenInSimplePage) return;
   ComeIntoCell();
   CloseBefore("p");
   CloseLoose();
@@ -200,7 +196,7 @@ bool SimpleWriter::HasLook(const HtmlToken& token) const {
 // Never a head, which the view would print anew on each page.
 void SimpleWriter::StartRows(const HtmlToken& token) {
   CloseTo(Last("table") + 1);
-  if (HasLook(token) && open_.size() < kMostOpen) Push("tbody", IsInGrid() ? "tbody" : "div", &token);
+  if (HasLook(token) && open_.size() < kMostOpenInSimplePage) Push("tbody", IsInGrid() ? "tbody" : "div", &token);
 }
 
 void SimpleWriter::StartRow(const HtmlToken* token) {
@@ -245,7 +241,7 @@ void SimpleWriter::CloseBefore(const std::string& name) {
 // paint no ground behind them.
 void SimpleWriter::LeaveBlock(bool is_text) {
   const bool goes_on = is_text && behind_ != "div" && !Ground();
-  if (behind_.empty() || goes_on || open_.size() >= kMostOpen) return;
+  if (behind_.empty() || goes_on || open_.size() >= kMostOpenInSimplePage) return;
   Push(std::string(kLoose), "div", nullptr);
 }
 
@@ -291,7 +287,7 @@ void SimpleWriter::Start(const HtmlToken& token) {
   }
   if (!is_block) LeaveBlock(false);
   if (name == "li") StartItem();
-  if (open_.size() >= kMostOpen) return;
+  if (open_.size() >= kMostOpenInSimplePage) return;
   const auto kept = std::find(kKept.begin(), kKept.end(), name);
   // The view paints the ground of what is a body in its eyes behind all of the page, tables too.
   const std::string_view block = name == "body" && open_.empty() && !has_body_ ? "body" : "div";
@@ -309,7 +305,7 @@ void SimpleWriter::Text(std::string_view text) {
     if (text.starts_with('\r')) text.remove_prefix(1);
     if (text.starts_with('\n')) text.remove_prefix(1);
   }
-  const bool is_blank = text.find_first_not_of(" \t\r\n\f") == std::string_view::npos;
+  const bool is_blank = text.find_first_not_of(kSpaces) == std::string_view::npos;
   if (is_blank && IsBetweenCells()) return;
   ComeIntoCell();
   if (!is_blank) LeaveBlock(true);

@@ -13,7 +13,7 @@
 namespace quillcast::html {
 namespace {
 
-constexpr double kMostPoints = 75;  // that people mean
+constexpr double kMostPointsMeant = 75;  // that people mean
 
 struct Step {
   std::string_view name;
@@ -46,7 +46,7 @@ LetterSize SizeWithin(const HtmlTokenizer& page, const HtmlToken& tag, const Let
   LetterSize size = around;
   const auto step = StepOf(page, tag, around.points);
   const auto set = [&](double points, std::string value) {
-    if (points <= kMostPoints) size = {points, std::move(value)};
+    if (points <= kMostPointsMeant) size = {points, std::move(value)};
   };
   if (step) set(*step, around.value.empty() ? "" : InWords(*step));
   EachDeclaration(page.Value(tag, "style"), [&](std::string_view property, std::string_view value) {

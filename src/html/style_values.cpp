@@ -5,7 +5,9 @@
 #include <charconv>
 #include <cmath>
 
+#include "html/characters.h"
 #include "html/colour_names.h"
+#include "html/html_css.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
@@ -27,7 +29,7 @@ constexpr std::array kFamilies = {Family{"sans-serif", "Arial"}, Family{"serif",
                                   Family{"monospace", "Courier New"}};
 
 constexpr double kLeastPoints = 1;
-constexpr double kMostPoints = 400;
+constexpr double kMostPointsRead = 400;
 constexpr double kStep = 1.2;  // from a size to a larger one
 constexpr double kPixelsOfPoint = 4.0 / 3;
 constexpr double kPixelsOfInch = 96;
@@ -42,9 +44,8 @@ constexpr std::array kUnits = {Unit{"px", 1},
                                Unit{"mm", kPixelsOfInch / 25.4},
                                Unit{"pc", kPixelsOfInch / 6}};
 constexpr std::string_view kUnitsOfHue = "d, ";  // degrees, by name or none
-constexpr std::string_view kBlanks = " \t\r\n\f";
-constexpr std::size_t kLongestGround = 4000;  // bytes
-constexpr double kLeastCover = 0.5;           // of what is behind
+constexpr std::size_t kLongestGround = 4000;     // bytes
+constexpr double kLeastCover = 0.5;              // of what is behind
 
 // A number at the beginning, and what follows it; nothing where there is none.
 std::optional<double> TakeNumber(std::string_view& text) {
@@ -123,7 +124,7 @@ using TakeDeclaration = std::function<void(std::string_view property, std::strin
 // Up to the next blank, which it takes away with the piece.
 std::string_view TakePiece(std::string_view& value) {
   value = platform::Trim(value);
-  const std::string_view piece = value.substr(0, value.find_first_of(kBlanks));
+  const std::string_view piece = value.substr(0, value.find_first_of(kSpaces));
   value.remove_prefix(piece.size());
   value = platform::Trim(value);
   return piece;
@@ -201,7 +202,7 @@ std::string_view GroundIn(std::string_view value) {
   value = value.substr(0, kLongestGround);
   while (!value.empty()) {
     std::size_t end = 0;
-    for (int depth = 0; end < value.size() && (depth > 0 || kBlanks.find(value[end]) == kBlanks.npos); ++end)
+    for (int depth = 0; end < value.size() && (depth > 0 || kSpaces.find(value[end]) == kSpaces.npos); ++end)
       depth += value[end] == '(' ? 1 : value[end] == ')' ? -1 : 0;
     if (ReadColour(value.substr(0, end))) return value.substr(0, end);
     value.remove_prefix(std::min(end + 1, value.size()));
@@ -211,14 +212,14 @@ std::string_view GroundIn(std::string_view value) {
 
 bool NamesPicture(std::string_view value) {
   const std::string lower = platform::AsciiLower(value.substr(0, kLongestGround));
-  return lower.find("url(") != std::string::npos || lower.find("gradient(") != std::string::npos;
+  return lower.find(kUrl) != std::string::npos || lower.find("gradient(") != std::string::npos;
 }
 
 std::optional<double> ReadPoints(std::string_view value, double current, double usual) {
   const std::string lower = platform::AsciiLower(platform::Trim(value.substr(0, 100)));
   const auto* const named = std::ranges::find(kSizes, std::string_view(lower), &Size::name);
   if (named != kSizes.end()) return usual * named->half_points / kUsualHalfPoints;
-  if (lower == "larger") return std::min(current * kStep, kMostPoints);
+  if (lower == "larger") return std::min(current * kStep, kMostPointsRead);
   if (lower == "smaller") return std::max(current / kStep, kLeastPoints);
   std::string_view unit = lower;
   const auto number = TakeNumber(unit);
@@ -227,7 +228,7 @@ std::optional<double> ReadPoints(std::string_view value, double current, double 
   if (unit == "em" || unit == "rem") points = *number * (unit == "em" ? current : usual);
   if (unit == "%") points = *number * current / 100;
   if (points == 0) return {};
-  return std::clamp(points, kLeastPoints, kMostPoints);
+  return std::clamp(points, kLeastPoints, kMostPointsRead);
 }
 
 std::optional<int> ReadLetterSize(std::string_view value, int current) {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 
+#include "html/characters.h"
 #include "html/line_wrap.h"
 #include "platform/text.h"
 #include "platform/utf8.h"
@@ -18,7 +19,7 @@ constexpr std::size_t kDrawnLevels = 12;
 constexpr std::size_t kMostPrefixColumns = 28;
 constexpr std::size_t kMostLineEnds = 3;  // two blank lines
 constexpr std::size_t kMostPreformattedLineEnds = 50;
-constexpr std::size_t kTabColumns = 4;
+constexpr std::size_t kBlanksOfTab = 4;
 constexpr std::string_view kNoBreakSpace = "\u00A0";
 constexpr std::size_t kFewestColumns = 24;  // are left beside prefixes, however narrow the text
 
@@ -41,9 +42,6 @@ constexpr SpecialRow kSpecials[] = {
     {"\u202F", "\u202F", Special::kNoBreak},   {"\u205F", "\u205F", Special::kBlank},
     {"\u2060", "\u2060", Special::kInvisible}, {"\uFEFF", "\uFEFF", Special::kInvisible},
 };
-
-bool IsSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
-bool IsControl(char c) { return static_cast<std::uint8_t>(c) < 0x20 || c == 0x7F; }
 
 // What the bytes begin that may begin something else than ordinary text.
 constexpr auto kOrdinary = [] {
@@ -129,7 +127,7 @@ void TextLayout::AddPreformatted(std::string_view text) {
       breaks_ = std::min(breaks_ + 1, kMostPreformattedLineEnds);
       blanks_ = 0;
     } else if (text.front() == '\t') {
-      blanks_ += kTabColumns;
+      blanks_ += kBlanksOfTab;
     } else if (text.front() == ' ' || IsBlank(special)) {
       ++blanks_;
     }

@@ -4,13 +4,13 @@
 #include <array>
 
 #include "html/address_reach.h"
+#include "html/characters.h"
+#include "html/html_css.h"
 #include "html/local_pictures_address.h"
 #include "platform/text.h"
 
 namespace quillcast::html {
 namespace {
-
-constexpr std::string_view kSlashes = "/\\";
 
 bool HasSlash(std::string_view text) { return text.find_first_of(kSlashes) != std::string_view::npos; }
 bool HasValue(const HtmlAttribute& attribute) { return attribute.value_begin > attribute.name_end; }
@@ -37,7 +37,6 @@ std::ptrdiff_t OpenBrackets(std::string_view text) {
 }
 
 bool HoldsUrl(std::string_view style) {
-  constexpr std::string_view kUrl = "url(";
   return std::search(style.begin(), style.end(), kUrl.begin(), kUrl.end(),
                      [](char one, char other) { return platform::AsciiLower(one) == other; }) != style.end();
 }
