@@ -1,10 +1,12 @@
 #include "mail_file/bin_hex.h"
 
+#include "mail_file/blanks.h"
+
 namespace quillcast::mail_file {
 namespace {
 
 constexpr unsigned char kRunMark = 0x90;
-constexpr std::string_view kDigits = "!\"#$%&'()*+,-012345689@ABCDEFGHIJKLMNPQRSTUVXYZ[`abcdefhijklmpqr";
+constexpr std::string_view kBinHexDigits = "!\"#$%&'()*+,-012345689@ABCDEFGHIJKLMNPQRSTUVXYZ[`abcdefhijklmpqr";
 constexpr std::uint64_t kMostGrowth = 16;
 constexpr std::uint64_t kFreeGrowth = std::uint64_t{1024} * 1024;
 constexpr unsigned kForeign = 64;
@@ -12,11 +14,9 @@ constexpr unsigned kForeign = 64;
 constexpr std::array<unsigned char, 256> kValues = [] {
   std::array<unsigned char, 256> values{};
   values.fill(kForeign);
-  for (std::size_t i = 0; i < kDigits.size(); ++i) values[static_cast<unsigned char>(kDigits[i])] = i;
+  for (std::size_t i = 0; i < kBinHexDigits.size(); ++i) values[static_cast<unsigned char>(kBinHexDigits[i])] = i;
   return values;
 }();
-
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 // CRC-16 of CCITT, x^16 + x^12 + x^5 + 1, from 0 on.
 constexpr std::array<std::uint16_t, 256> kCrcTable = [] {
@@ -29,7 +29,7 @@ constexpr std::array<std::uint16_t, 256> kCrcTable = [] {
   return table;
 }();
 
-std::uint32_t BigEndian(const unsigned char* bytes) {
+std::uint32_t BigEndian32(const unsigned char* bytes) {
   return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];
 }
 
@@ -50,9 +50,9 @@ void BinHexDecoder::TakeCrcByte(unsigned char byte, Field next) {
   if (stated_crc_ != crc_) has_wrong_crc_ = true;
   switch (next) {
     case Field::kData:
-      return BeginFork(next, BigEndian(header_.data() + 11));
+      return BeginFork(next, BigEndian32(header_.data() + 11));
     case Field::kResource:
-      return BeginFork(next, BigEndian(header_.data() + 15));
+      return BeginFork(next, BigEndian32(header_.data() + 15));
     default:
       field_ = Field::kEnd;
   }

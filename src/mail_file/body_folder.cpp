@@ -22,9 +22,9 @@ std::string PictureName(const Part& part, std::size_t place, const std::string& 
   return name;
 }
 
-class Writer {
+class FolderWriter {
  public:
-  Writer(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options)
+  FolderWriter(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options)
       : message_(message), folder_(folder), options_(options), embedded_(message) {}
 
   Result<BodyFolder> Run() {
@@ -88,7 +88,7 @@ class Writer {
 }  // namespace
 
 Result<BodyFolder> WriteBodyFolder(const MailMessage& message, ChosenFolder& folder, const BodyFolderOptions& options) {
-  return WithinMemory([&] { return Writer(message, folder, options).Run(); });
+  return WithinMemory([&] { return FolderWriter(message, folder, options).Run(); });
 }
 
 Result<void> WritePart(const MailMessage& message, const Part& part, int fd, const std::filesystem::path& file,

@@ -23,7 +23,7 @@ std::string WithoutBlanks(std::string_view text) {
 }
 
 // A name that is decoded may hold no NUL; a picture does.
-std::optional<std::string> BytesOf(std::string_view text) {
+std::optional<std::string> UnescapedBytes(std::string_view text) {
   constexpr std::string_view kNul = "%00";
   std::string bytes;
   for (;;) {
@@ -45,7 +45,7 @@ std::optional<DataPicture> PictureInAddress(std::string_view address) {
   const std::size_t comma = address.find(',');
   if (comma == std::string_view::npos) return {};
   const std::string head = platform::AsciiLower(WithoutBlanks(address.substr(0, comma)));
-  auto bytes = BytesOf(address.substr(comma + 1));
+  auto bytes = UnescapedBytes(address.substr(comma + 1));
   if (bytes && head.ends_with(kBase64)) bytes = platform::DecodeBase64(WithoutBlanks(*bytes));
   if (!bytes) return {};
   std::string type(document::PictureType(*bytes));

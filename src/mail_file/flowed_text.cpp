@@ -6,7 +6,7 @@ namespace quillcast::mail_file {
 namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
-constexpr std::string_view kSignature = "-- ";
+constexpr std::string_view kSignatureLine = "-- ";
 
 struct Line {
   std::size_t depth = 0;  // of quotation
@@ -18,7 +18,7 @@ Line ReadLine(std::string_view line) {
   const std::size_t depth = std::min(line.find_first_not_of('>'), line.size());
   line.remove_prefix(depth);
   if (line.starts_with(' ')) line.remove_prefix(1);  // which keeps a ">" or a "From" that is the text's own
-  return {depth, line, line.ends_with(' ') && line != kSignature};
+  return {depth, line, line.ends_with(' ') && line != kSignatureLine};
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ std::string Unflowed(std::string_view text, Flow flow) {
     const bool has_end = end < text.size();
     text.remove_prefix(has_end ? end + kLineEnd.size() : end);
     // An empty line is a paragraph's end to whoever wrote a blank before it.
-    if (is_open && (line.depth != depth || line.text == kSignature || line.text.empty())) {
+    if (is_open && (line.depth != depth || line.text == kSignatureLine || line.text.empty())) {
       out += kLineEnd;
       is_open = false;
     }

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "charset/charset.h"
+#include "mail_file/blanks.h"
 #include "mail_file/limits.h"
 #include "mime/read_header.h"
 #include "mime/uuencode.h"
@@ -19,7 +20,6 @@ namespace {
 
 constexpr std::size_t kLongestStructured = std::size_t{8} * 1024;  // bytes; the work on parameters is their square
 constexpr std::size_t kLongestQuick = std::size_t{4} * 1024;  // bytes; the work on what only begins encoded words, too
-constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 struct FreeText {

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kPage = "index.htm";
+constexpr const char* kPageName = "index.htm";
 
 Result<fs::path> CopyFolder(const fs::path& from, const BodyFolder& body, const fs::path& target) {
   fs::path to = target / from.filename();
@@ -33,7 +33,7 @@ Result<ImportedBody> ImportPage(const MailMessage& message, const WorkingFolder&
   if (!folder) return folder.error();
   auto body = WriteBodyFolder(
       message, *folder,
-      {.page_name = kPage, .forbids_loading = false, .text_as_html = document::HtmlFromText, .cancel = cancel});
+      {.page_name = kPageName, .forbids_loading = false, .text_as_html = document::HtmlFromText, .cancel = cancel});
   if (!body) return body.error();
   auto page = document::ReadBodyFile(working.path() / body->page);
   if (!page) return page.error();

@@ -12,7 +12,6 @@ namespace {
 
 constexpr int kMostBlankLines = 100;  // before a mailbox
 constexpr int kLinesBetweenChecks = 4096;
-constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
 
 // Hears lines go by, and what boundaries their Content-Type fields name.
 class NamedBoundaries {
@@ -82,7 +81,7 @@ Result<bool> MailboxBorder::LookAtBeginning() {
     const auto more = lines.Next(line);
     if (!more) return more.error();
     if (!*more) break;
-    if (line.begin == 0 && line.text.starts_with(kMark)) line.text.remove_prefix(kMark.size());
+    if (line.begin == 0 && line.text.starts_with(kUtf8Mark)) line.text.remove_prefix(kUtf8Mark.size());
     if (MailboxLineOf(line.text) != MailboxLine::kNone) {
       begin_ = line.begin;
       return true;

@@ -14,9 +14,9 @@ using Words = std::vector<std::string_view>;
 constexpr std::array<std::string_view, 7> kWeekdays = {"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
 constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-constexpr std::size_t kLongestLine = 1000;  // bytes
-constexpr std::size_t kDateWords = 6;       // behind the weekday, with the time zone
-constexpr std::size_t kZoneWords = 2;       // "MET DST"
+constexpr std::size_t kLongestFromLine = 1000;  // bytes
+constexpr std::size_t kDateWords = 6;           // behind the weekday, with the time zone
+constexpr std::size_t kZoneWords = 2;           // "MET DST"
 
 // Whether a word is of that shape: "0" stands for a digit, and anything else for itself.
 bool HasShape(std::string_view word, std::string_view shape) {
@@ -75,7 +75,7 @@ bool IsSender(const Words& words, std::size_t count, bool has_seconds) {
 
 MailboxLine MailboxLineOf(std::string_view line) {
   constexpr std::string_view kFrom = "From ";
-  if (!line.starts_with(kFrom) || line.size() > kLongestLine) return MailboxLine::kNone;
+  if (!line.starts_with(kFrom) || line.size() > kLongestFromLine) return MailboxLine::kNone;
   const Words words = WordsOf(line.substr(kFrom.size()));
   if (words.empty() || (words.size() == 1 && words[0] == "-")) return MailboxLine::kMaybe;
   for (std::size_t at = 0; at < words.size(); ++at) {

@@ -9,13 +9,13 @@
 namespace quillcast::mail_file {
 namespace {
 
-constexpr std::size_t kLongestMailbox = 4096;  // bytes
-constexpr std::size_t kLongestWord = 255;      // of an encoded word
+constexpr std::size_t kLongestMailbox = 4096;     // bytes
+constexpr std::size_t kLongestEncodedWord = 255;  // of an encoded word
 
 // The length of the encoded word (RFC 2047) that the text begins with, whose text may hold commas; 0 for none.
 std::size_t WordLength(std::string_view text) {
   if (!text.starts_with("=?")) return 0;
-  text = text.substr(0, kLongestWord);
+  text = text.substr(0, kLongestEncodedWord);
   const std::size_t charset = text.find('?', 2);
   if (charset == std::string_view::npos || text.substr(0, charset).find_first_of(" \t,") != std::string_view::npos)
     return 0;

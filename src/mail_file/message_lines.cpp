@@ -6,13 +6,13 @@
 namespace quillcast::mail_file {
 namespace {
 
-constexpr std::size_t kBlock = 2 * kLongestLineText;
+constexpr std::size_t kLinesBlock = 2 * kLongestLineText;
 
 }  // namespace
 
 MessageLines::MessageLines(const MessageFile& file, ByteRange range)
     : file_(file), end_(range.end), offset_(range.begin) {
-  buffer_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kBlock, range.size())));
+  buffer_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kLinesBlock, range.size())));
 }
 
 // More of the file behind what is still to be read; false where there is none, or no room for it.

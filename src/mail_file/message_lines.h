@@ -9,6 +9,7 @@
 
 namespace quillcast::mail_file {
 
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";  // that a file may begin with
 inline constexpr std::size_t kLongestLineText = std::size_t{128} * 1024;
 
 struct MessageLine {

@@ -18,8 +18,8 @@ constexpr std::array kMargins = {
     Rule{&PrintForm::right, "margin", PrintControl::kRight, 1, 99, document::Digits::kWithFraction},
 };
 
-constexpr std::size_t kLongestLine = std::size_t{32} * 1024;  // bytes
-constexpr std::size_t kLongestWord = std::size_t{4} * 1024;   // characters
+constexpr std::size_t kLongestPrintedLine = std::size_t{32} * 1024;  // bytes
+constexpr std::size_t kLongestPrintedWord = std::size_t{4} * 1024;   // characters
 
 // Whether a line may end beside the character that begins with this byte: one of Chinese, Japanese or Korean, or a sign
 // that is no letter.
@@ -33,11 +33,11 @@ class LineBreaker {
     std::string out;
     for (const char c : piece) {
       const bool begins = (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // a character
-      if (begins && (word_ >= kLongestWord || line_ >= 2 * kLongestLine)) Break(out);
+      if (begins && (word_ >= kLongestPrintedWord || line_ >= 2 * kLongestPrintedLine)) Break(out);
       if (begins) word_ = MayEndALine(c) ? 0 : word_ + 1;
       line_ = c == '\n' ? 0 : line_ + 1;
       out += c;
-      if (c == ' ' && line_ >= kLongestLine) Break(out);
+      if (c == ' ' && line_ >= kLongestPrintedLine) Break(out);
     }
     return out;
   }

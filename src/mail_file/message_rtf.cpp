@@ -43,9 +43,9 @@ void AppendHexadecimal(std::string& out, std::string_view bytes) {
   }
 }
 
-class Writer {
+class RtfWriter {
  public:
-  Writer(const MailMessage& message, const WriteText& write) : message_(message), write_(write), embedded_(message) {
+  RtfWriter(const MailMessage& message, const WriteText& write) : message_(message), write_(write), embedded_(message) {
     for (const Part& part : message.parts()) room_ += part.holds_parts ? 0 : 2 * part.source.bytes.size();
   }
 
@@ -151,6 +151,6 @@ class Writer {
 
 }  // namespace
 
-Result<void> WriteAsRtf(const MailMessage& message, const WriteText& write) { return Writer(message, write).Run(); }
+Result<void> WriteAsRtf(const MailMessage& message, const WriteText& write) { return RtfWriter(message, write).Run(); }
 
 }  // namespace quillcast::mail_file

@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::size_t kGuessBudget = std::size_t{16} * 1024 * 1024;  // bytes that are looked at twice
 constexpr int kLinesBetweenLooks = 4096;
-constexpr std::string_view kMark = "\xEF\xBB\xBF";  // of UTF-8
 
 }  // namespace
 
@@ -91,9 +90,9 @@ std::size_t MessageStructure::AddPart(std::uint64_t begin) {
 // What the file's first header begins behind: a mark of UTF-8, and the blank lines before the first of a mailbox.
 bool MessageStructure::PassBy(MessageLine& line) {
   ByteRange& header = parts_.front().header;
-  if (line.begin == 0 && line.text.starts_with(kMark)) {
-    line.text.remove_prefix(kMark.size());
-    header.begin = kMark.size();
+  if (line.begin == 0 && line.text.starts_with(kUtf8Mark)) {
+    line.text.remove_prefix(kUtf8Mark.size());
+    header.begin = kUtf8Mark.size();
   }
   if (line.begin >= border_.begin()) return false;
   header.begin = line.next;

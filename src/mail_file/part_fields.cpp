@@ -42,14 +42,14 @@ std::string FirstWord(std::string_view value) {
   return platform::AsciiLower(BoundedPartText(platform::Trim(value.substr(0, value.find_first_of(" \t;(")))));
 }
 
-std::string WithoutAngles(std::string_view value) {
+std::string BetweenAngles(std::string_view value) {
   value = platform::Trim(value);
   if (value.starts_with('<')) value.remove_prefix(1);
   return BoundedPartText(value.substr(0, value.find('>')));
 }
 
 // A long address is folded anywhere.
-std::string WithoutBlanks(std::string text) {
+std::string UnfoldedAddress(std::string text) {
   std::erase_if(text, [](char c) { return c == ' ' || c == '\t'; });
   return BoundedPartText(text);
 }
@@ -117,16 +117,16 @@ PartMeaning ReadPartFields(const PartFields& fields, Part& part) {
   if (part.encoding.empty()) part.encoding = "7bit";
   part.name = BoundedPartText(disposition.Parameter("filename"));
   if (part.name.empty()) part.name = BoundedPartText(type.Parameter("name"));
-  part.content_id = WithoutAngles(DecodeHeaderText(fields.id));
-  part.location = WithoutBlanks(DecodeHeaderText(fields.location));
-  part.base = WithoutBlanks(DecodeHeaderText(fields.base));
+  part.content_id = BetweenAngles(DecodeHeaderText(fields.id));
+  part.location = UnfoldedAddress(DecodeHeaderText(fields.location));
+  part.base = UnfoldedAddress(DecodeHeaderText(fields.base));
   part.is_picture = part.type.starts_with("image/") && disposition.value != "attachment";
   meaning.is_multipart = part.type.starts_with("multipart/");
   meaning.is_message = IsMessageType(part.type) && part.source.encoding == TransferEncoding::kIdentity;
   if (meaning.is_multipart) {
     meaning.boundary = type.Parameter("boundary");
     meaning.has_two_boundaries = HoldsTwo(type, "boundary");
-    meaning.start = WithoutAngles(type.Parameter("start"));
+    meaning.start = BetweenAngles(type.Parameter("start"));
   } else {
     part.marker = MarkerOf(part, disposition.value);
     meaning.is_to_be_saved = disposition.value == "attachment";

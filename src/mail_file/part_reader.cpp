@@ -9,7 +9,7 @@
 namespace quillcast::mail_file {
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{64} * 1024;
+constexpr std::size_t kContentBlock = std::size_t{64} * 1024;
 constexpr std::size_t kSmallBlock = std::size_t{4} * 1024;
 
 struct FreeDigest {
@@ -22,7 +22,7 @@ PartReader::PartReader(std::shared_ptr<const MessageFile> file, const PartSource
     : file_(std::move(file)),
       source_(source),
       decoder_(source.from ? source.from->decoder : TransferDecoder(source.encoding)),
-      block_size_(kBlock),
+      block_size_(kContentBlock),
       at_(source.from ? source.from->encoded : source.bytes.begin),
       decoded_(source.from ? source.from->decoded : 0) {}
 

@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <array>
 
+#include "mail_file/blanks.h"
 #include "mail_file/gmime_border.h"
 #include "mail_file/part_fields.h"
 #include "platform/text.h"
 
 namespace quillcast::mail_file {
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n";
 
 struct Clause {
   std::string_view word;

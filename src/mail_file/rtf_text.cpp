@@ -12,9 +12,9 @@
 namespace quillcast::mail_file {
 namespace {
 
-constexpr std::size_t kDeepest = 200;  // groups in each other
+constexpr std::size_t kDeepestGroup = 200;  // groups in each other
 constexpr std::size_t kMostFonts = 1000;
-constexpr std::size_t kLongestWord = 32;  // letters; a longer one is none that is known
+constexpr std::size_t kLongestControlWord = 32;  // letters; a longer one is none that is known
 constexpr std::size_t kLongestNumber = 11;
 // Bytes that are held back at most, where a character ends there and where none does.
 constexpr std::size_t kMostBytes = 4096;
@@ -78,7 +78,7 @@ void RtfTextDecoder::Take(char c, std::string& out) {
       return;
     case State::kWord:
       if (IsLetter(c)) {
-        if (word_.size() <= kLongestWord) word_ += c;
+        if (word_.size() <= kLongestControlWord) word_ += c;
         return;
       }
       state_ = State::kNumber;
@@ -147,7 +147,7 @@ void RtfTextDecoder::TakeHex(char c, std::string& out) {
 void RtfTextDecoder::BeginGroup() {
   is_ignorable_ = false;
   skipped_ = 0;
-  if (groups_.size() == kDeepest) {
+  if (groups_.size() == kDeepestGroup) {
     ++too_deep_;
   } else {
     groups_.push_back(group());

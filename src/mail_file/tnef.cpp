@@ -13,9 +13,9 @@
 namespace quillcast::mail_file {
 namespace {
 
-constexpr std::uint32_t kSignature = 0x223E9F78;
+constexpr std::uint32_t kTnefSignature = 0x223E9F78;
 constexpr std::size_t kLongestText = 4096;   // bytes of a name
-constexpr int kDeepest = 20;                 // attached messages in each other
+constexpr int kDeepestMessage = 20;          // attached messages in each other
 constexpr std::size_t kRtfBeginning = 4096;  // bytes in which rich text tells what it was made of
 // What an attached object begins with that is a message.
 constexpr std::string_view kMessageMark("\x07\x03\x02\0\0\0\0\0\xC0\0\0\0\0\0\0\x46", 16);
@@ -44,7 +44,7 @@ class TnefSearch {
 
   // Goes on to that place, or the end of the content. False where no such message begins.
   bool Read(std::uint64_t end) {
-    if (stream_.Number32() != kSignature) return false;
+    if (stream_.Number32() != kTnefSignature) return false;
     stream_.Number16();
     while (stream_.position() < end && !stream_.is_ended() && !found_.is_cancelled() &&
            (!is_damaged_ || found_.mode == LoadMode::kExtended)) {
@@ -190,7 +190,7 @@ class TnefSearch {
 
   // An attached message. Nothing else can open one, so what is in it is attached one by one.
   void TakeObject(std::uint64_t end) {
-    if (stream_.Take(kMessageMark.size(), kMessageMark.size()) != kMessageMark || depth_ == kDeepest) return;
+    if (stream_.Take(kMessageMark.size(), kMessageMark.size()) != kMessageMark || depth_ == kDeepestMessage) return;
     const std::size_t message = Add({}, PieceUntil(end));
     if (message == kNoPart) return;
     found_.parts[message].type = "application/ms-tnef";
