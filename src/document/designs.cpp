@@ -18,15 +18,15 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uint64_t kLongestDesign = std::uint64_t{1024} * 1024;
-constexpr std::size_t kLongestShown = 100;
+constexpr std::size_t kLongestShownValue = 100;
 constexpr std::size_t kNeverWrapped = 1'000'000;  // columns
 
-struct Rule {
+struct DesignRule {
   const std::string DesignChoice::*field;
   const char* message;
   DesignBox box;
 };
-constexpr auto kRules = std::to_array<Rule>({
+constexpr auto kDesignRules = std::to_array<DesignRule>({
     {&DesignChoice::design, "Please select a template.", DesignBox::kList},
     {&DesignChoice::company, "Please enter your company name.", DesignBox::kCompany},
     {&DesignChoice::web_site, "Please enter your web site.", DesignBox::kWebSite},
@@ -36,7 +36,7 @@ constexpr auto kRules = std::to_array<Rule>({
 
 std::string PictureName(std::size_t design) { return fmt::format("Template{}.jpg", design + 1); }
 
-std::string Shown(std::string_view value) { return platform::Printable(value, kLongestShown); }
+std::string ShownValue(std::string_view value) { return platform::Printable(value, kLongestShownValue); }
 
 // As readers show it, where that is not what was typed.
 std::optional<Sentence> NoteOnCompany(const std::string& company) {
@@ -46,7 +46,7 @@ std::optional<Sentence> NoteOnCompany(const std::string& company) {
   if (seen == platform::Trim(company)) return {};
   return Say(
       R"(The company name reads as "{}" in the letter. "<" and "&" that are meant as such are written &lt; and &amp;.)",
-      Shown(seen));
+      ShownValue(seen));
 }
 
 std::optional<Sentence> NoteOnWebSite(const std::string& site) {
@@ -54,21 +54,21 @@ std::optional<Sentence> NoteOnWebSite(const std::string& site) {
     if (!platform::StartsWithIgnoringAsciiCase(site, scheme)) continue;
     return Say(
         R"(The designs write https:// before the web site themselves, so its links would lead nowhere. Enter "{}".)",
-        Shown(std::string_view(site).substr(scheme.size())));
+        ShownValue(std::string_view(site).substr(scheme.size())));
   }
   if (site.find_first_of(" \t\r\n\"<>") == std::string::npos) {
     if (!LinkTrouble("https://" + site, "web")) return {};
-    return Say(R"(The web site "{}" is no complete address. Enter it as in www.example.org.)", Shown(site));
+    return Say(R"(The web site "{}" is no complete address. Enter it as in www.example.org.)", ShownValue(site));
   }
   return Say(R"(The web site "{}" holds a blank, a quotation mark or an angle bracket, where its links would end.)",
-             Shown(site));
+             ShownValue(site));
 }
 
 std::optional<Sentence> NoteOnAddress(const std::string& address) {
   if (recipients::CheckEmail(address) && address.find_first_of(" \t\r\n\"<>?&#%,;:") == std::string::npos) return {};
   return Say(
       R"("{}" is not one bare mail address, so that the link to unsubscribe may not work. Enter it as in news@example.org.)",
-      Shown(address));
+      ShownValue(address));
 }
 
 // What stands in a link's query as it is, or is written for it already (RFC 6068 2).
@@ -90,7 +90,7 @@ bool FitsIntoLink(std::string_view subject) {
 std::optional<Sentence> NoteOnSubject(const std::string& subject) {
   if (FitsIntoLink(subject)) return {};
   return Say(R"(The unsubscribe subject stands in a link, where some programs read only a part of "{}". Enter "{}".)",
-             Shown(subject), Shown(platform::PercentEncoded(subject)));
+             ShownValue(subject), ShownValue(platform::PercentEncoded(subject)));
 }
 
 // A folder's name can mean something in an address.
@@ -98,7 +98,7 @@ std::optional<Sentence> NoteOnPicture(const fs::path& picture) {
   const auto found = html::FindLocalPictures(fmt::format("<img src=\"{}\">", picture.string()));
   if (!found.empty() && found.front().path == picture.string()) return {};
   return Say("The letter cannot name its picture {}: a folder on the way has a character that addresses use otherwise.",
-             Shown(picture.string()));
+             ShownValue(picture.string()));
 }
 
 }  // namespace
@@ -117,7 +117,7 @@ std::vector<Sentence> SamplesLeft(std::string_view letter) {
 }
 
 std::optional<Complaint<DesignBox>> CheckDesign(const DesignChoice& choice) {
-  for (const Rule& rule : kRules) {
+  for (const DesignRule& rule : kDesignRules) {
     if ((choice.*rule.field).empty()) return Complaint<DesignBox>{rule.message, rule.box};
   }
   return {};
@@ -149,7 +149,7 @@ std::string FilledDesign(std::string html, std::size_t design, const fs::path& p
 Result<std::string> LetterFrom(const DesignChoice& choice, const fs::path& program_folder) {
   const auto design = FindDesign(choice.design);
   if (!design) {
-    return Error{Failure::kUsage, Say("There is no design \"{}\".", Shown(choice.design)),
+    return Error{Failure::kUsage, Say("There is no design \"{}\".", ShownValue(choice.design)),
                  "They are Government, Health, Legal, Sports and Travel."};
   }
   auto html = ReadDesign(*design, program_folder);

@@ -8,7 +8,7 @@
 namespace quillcast::document {
 namespace {
 
-constexpr auto kRules = std::to_array<NumberRule<LineChoice, LineBox>>({
+constexpr auto kLineRules = std::to_array<NumberRule<LineChoice, LineBox>>({
     {&LineChoice::width, "width", LineBox::kWidth, 0, 100, Digits::kWhole},
     {&LineChoice::height, "height", LineBox::kHeight, 0, 100, Digits::kWithFraction},
 });
@@ -16,7 +16,7 @@ constexpr auto kRules = std::to_array<NumberRule<LineChoice, LineBox>>({
 }  // namespace
 
 std::optional<Complaint<LineBox>> CheckLine(const LineChoice& choice) {
-  return CheckNumbers<LineChoice, LineBox>(choice, kRules);
+  return CheckNumbers<LineChoice, LineBox>(choice, kLineRules);
 }
 
 std::string LineHtml(const LineChoice& choice) {

@@ -129,27 +129,28 @@ bool BelongTogether(std::string_view one, std::string_view other) {
   return is_part(one, other) || is_part(other, one);
 }
 
-std::string Shown(std::string_view address) { return platform::Printable(address, kLongestAddress); }
+std::string ShownAddress(std::string_view address) { return platform::Printable(address, kLongestAddress); }
 
 // How a sentence calls the link: by its words, or else by where it leads.
 std::string NameOf(std::string_view text, std::string_view target) {
-  return text.empty() ? Shown(target) : platform::Printable(text, kLongestText);
+  return text.empty() ? ShownAddress(target) : platform::Printable(text, kLongestText);
 }
 
 std::optional<Sentence> WebTrouble(const Address& address, std::string_view target, std::string_view text) {
   const std::string name = NameOf(text, target);
   const std::string host = HostOf(address.rest);
   if (address.rest.starts_with("//http://") || address.rest.starts_with("//https://")) {
-    return Say("The link “{}” leads to “{}”, which begins twice. Take the first https:// out.", name, Shown(target));
+    return Say("The link “{}” leads to “{}”, which begins twice. Take the first https:// out.", name,
+               ShownAddress(target));
   }
   if (!IsHost(host)) {
     return Say("The link “{}” leads to “{}”, which is no complete address. Write https://, the server and the page.",
-               name, Shown(target));
+               name, ShownAddress(target));
   }
   if (IsOfThisNetwork(host)) {
     return Say(
         "The link “{}” leads to “{}”, which only this network knows. Give it an address that everybody can reach.",
-        name, Shown(target));
+        name, ShownAddress(target));
   }
   const std::string said = HostSaid(text);
   if (said.empty() || BelongTogether(said, host)) return std::nullopt;
@@ -157,7 +158,7 @@ std::optional<Sentence> WebTrouble(const Address& address, std::string_view targ
       "The link “{}” shows another address than it leads to, “{}”, and filters take that for fraud. Show where it "
       "leads, "
       "or words in its place.",
-      name, Shown(target));
+      name, ShownAddress(target));
 }
 
 constexpr bool IsScript(std::string_view scheme) { return scheme == "javascript" || scheme == "vbscript"; }
@@ -187,13 +188,13 @@ std::optional<Sentence> MailTrouble(const Address& address, std::string_view tar
   for (const auto part : platform::Split(list, ',')) {
     if (IsMailAddress(platform::Trim(part))) continue;
     return Say("The link “{}” writes to “{}”, which is no mail address. Correct it.", NameOf(text, target),
-               Shown(part));
+               ShownAddress(part));
   }
   const std::string_view said = platform::Trim(text);
   if (!IsMailAddress(said) || EqualsIgnoringAsciiCase(said, list)) return std::nullopt;
   return Say(
       "The link “{}” shows another address than it writes to, “{}”. Show the one it writes to, or words in its place.",
-      NameOf(text, target), Shown(list));
+      NameOf(text, target), ShownAddress(list));
 }
 
 }  // namespace
@@ -224,29 +225,29 @@ std::optional<Sentence> LinkTrouble(std::string_view given_target, std::string_v
     return Say(
         "The link “{}” leads to “{}”, a file of this computer, which nobody else can open. Put it on a web server, or "
         "attach it.",
-        name, Shown(target));
+        name, ShownAddress(target));
   }
   if (text.empty()) {
     return Say("The link to “{}” has no words to press or to hear. Give it some, or its picture an alternative text.",
-               Shown(target));
+               ShownAddress(target));
   }
   if (IsScript(address.scheme)) {
     return Say("The link “{}” is a script, which no mail reader runs. Give it a web address.", name);
   }
   if (IsBlocked(address.scheme)) {
     return Say("The link “{}” leads to “{}”, which no mail reader follows. Give it a web address.", name,
-               Shown(target));
+               ShownAddress(target));
   }
   if (target.starts_with('#') || target.find(kTagBegin) != std::string::npos) return std::nullopt;
   if (address.scheme == "http" || address.scheme == "https") return WebTrouble(address, target, text);
   if (address.scheme == "mailto") return MailTrouble(address, target, text);
   if (IsMistyped(address.scheme)) {
-    return Say("The link “{}” leads to “{}”, which begins with “{}:”. Write https: there.", name, Shown(target),
+    return Say("The link “{}” leads to “{}”, which begins with “{}:”. Write https: there.", name, ShownAddress(target),
                address.scheme);
   }
   if (!address.scheme.empty()) return std::nullopt;
   return Say("The link “{}” leads to “{}”, which is no complete address. Write https://, the server and the page.",
-             name, Shown(target));
+             name, ShownAddress(target));
 }
 
 }  // namespace quillcast::document

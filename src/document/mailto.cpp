@@ -8,7 +8,7 @@ namespace quillcast::document {
 namespace {
 
 constexpr std::string_view kScheme = "mailto:";
-constexpr std::size_t kLongestShown = 60;  // bytes of what is left out
+constexpr std::size_t kLongestLeftOut = 60;  // bytes of what is left out
 constexpr std::size_t kMostShown = 6;
 
 std::string OneLine(std::string_view text, std::size_t longest) {
@@ -30,7 +30,7 @@ std::string Lines(std::string_view text) {
 void LeaveOut(MailtoMessage& message, std::string_view what) {
   auto& all = message.left_out;
   if (all.size() > kMostShown) return;
-  std::string shown = OneLine(platform::Trim(what), kLongestShown);
+  std::string shown = OneLine(platform::Trim(what), kLongestLeftOut);
   if (shown.empty() || std::find(all.begin(), all.end(), shown) != all.end()) return;
   all.push_back(all.size() < kMostShown ? std::move(shown) : "...");
 }

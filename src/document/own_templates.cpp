@@ -24,7 +24,7 @@ constexpr std::size_t kLongestName = 100;  // bytes; names of files end at 255
 constexpr const char* kEnding = ".htm";
 constexpr const char* kPictures = "Pictures";
 
-std::string Shown(std::string_view name) { return platform::Printable(name, kLongestName); }
+std::string ShownName(std::string_view name) { return platform::Printable(name, kLongestName); }
 
 bool IsDesign(std::string_view name) {
   return std::any_of(kDesigns.begin(), kDesigns.end(),
@@ -46,12 +46,12 @@ std::optional<Error> SomethingElse(const fs::path& path, Failure failure = Failu
 
 Error NoSuch(std::string_view name, const fs::path& file) {
   if (auto other = SomethingElse(file, Failure::kNoInput)) return *std::move(other);
-  return {Failure::kNoInput, Say("There is no template \"{}\".", Shown(name)), "Choose one that is listed."};
+  return {Failure::kNoInput, Say("There is no template \"{}\".", ShownName(name)), "Choose one that is listed."};
 }
 
 Error IsTaken(std::string_view name, const fs::path& file) {
   if (auto other = SomethingElse(file)) return *std::move(other);
-  return {Failure::kNotPermitted, Say("There is a template \"{}\" already.", Shown(name)),
+  return {Failure::kNotPermitted, Say("There is a template \"{}\" already.", ShownName(name)),
           "Take another name, or say that it is to be replaced."};
 }
 
@@ -111,7 +111,7 @@ std::optional<Complaint<TemplateNameBox>> CheckTemplateName(std::string_view nam
 
 Result<fs::path> OwnTemplates::FileOf(std::string_view name) const {
   if (const auto complaint = CheckTemplateName(name)) {
-    return Error{Failure::kUsage, complaint->reason, Say("The name was \"{}\".", Shown(name))};
+    return Error{Failure::kUsage, complaint->reason, Say("The name was \"{}\".", ShownName(name))};
   }
   return folder_ / (std::string(name) + kEnding);
 }
@@ -139,7 +139,7 @@ bool OwnTemplates::Has(std::string_view name) const {
 
 Result<std::string> OwnTemplates::ReadAsKept(std::string_view name) const {
   if (IsDesign(name)) {
-    return Error{Failure::kUsage, Say("\"{}\" is a design, not a template of your own.", Shown(name)),
+    return Error{Failure::kUsage, Say("\"{}\" is a design, not a template of your own.", ShownName(name)),
                  "Designs are Government, Health, Legal, Sports and Travel, in this spelling."};
   }
   const auto file = FileOf(name);

@@ -11,7 +11,7 @@
 namespace quillcast::document {
 namespace {
 
-struct Rule {
+struct PictureRule {
   const std::string PictureChoice::*field;
   std::int64_t lowest;
   std::int64_t highest;
@@ -19,7 +19,7 @@ struct Rule {
   PictureBox box;
 };
 
-constexpr auto kRules = std::to_array<Rule>({
+constexpr auto kPictureRules = std::to_array<PictureRule>({
     {&PictureChoice::width, 1, kLongestSide, "width", PictureBox::kWidth},
     {&PictureChoice::height, 1, kLongestSide, "height", PictureBox::kHeight},
     {&PictureChoice::border, 0, 99, "border", PictureBox::kBorder},
@@ -44,7 +44,7 @@ std::string AlternativeFrom(const std::filesystem::path& file) {
 }
 
 std::optional<Complaint<PictureBox>> CheckPicture(const PictureChoice& choice) {
-  for (const Rule& rule : kRules) {
+  for (const PictureRule& rule : kPictureRules) {
     const std::string& text = choice.*rule.field;
     if (text.empty()) return Complaint<PictureBox>{fmt::format("Please enter your {}.", rule.name), rule.box};
     if (!platform::WholeNumberBetween(text, rule.lowest, rule.highest)) {

@@ -35,7 +35,7 @@ bool AreAlike(const fs::path& one, const fs::path& other) {
          std::equal(std::istreambuf_iterator<char>(first), {}, std::istreambuf_iterator<char>(second), {});
 }
 
-fs::path NameOf(const fs::path& wanted, int number) {
+fs::path NumberedName(const fs::path& wanted, int number) {
   if (number == 1) return wanted;
   return fmt::format("{} ({}){}", wanted.stem().string(), number, wanted.extension().string());
 }
@@ -94,7 +94,7 @@ Result<fs::path> PictureCopies::Place(const Wanted& wanted) {
     if (IsStopped(cancel_)) return Stopped();
     auto found = Find(wanted, same);
     if (!found || !found->empty()) return found;
-    const fs::path place = folder_ / NameOf(wanted.name, same.next);
+    const fs::path place = folder_ / NumberedName(wanted.name, same.next);
     const auto put = wanted.put(place);
     if (!put) return put.error();
     ++same.next;

@@ -16,7 +16,7 @@ constexpr const char* kSection = "RecentDocuments";
 std::string KeyOf(std::size_t place) { return "Document" + std::to_string(place + 1); }
 
 // One name for a file, as far as that is to be known without asking the disk.
-fs::path NameOf(const fs::path& file) {
+fs::path PlainName(const fs::path& file) {
   const fs::path absolute = fs::absolute(file, IgnoreErrors());  // the current folder is gone: as it was given
   return (absolute.empty() ? file : absolute).lexically_normal();
 }
@@ -59,15 +59,15 @@ Result<void> AddRecentDocument(profile::SettingsStore& settings, const fs::path&
   if (file.empty()) return {};  // never saved
   auto files = ReadList(settings);
   if (!files) return files.error();
-  std::erase(*files, NameOf(file));
-  files->insert(files->begin(), NameOf(file));
+  std::erase(*files, PlainName(file));
+  files->insert(files->begin(), PlainName(file));
   return WriteList(settings, *files);
 }
 
 Result<void> ForgetRecentDocument(profile::SettingsStore& settings, const fs::path& file) {
   auto files = ReadList(settings);
   if (!files) return files.error();
-  if (std::erase(*files, NameOf(file)) == 0) return {};
+  if (std::erase(*files, PlainName(file)) == 0) return {};
   return WriteList(settings, *files);
 }
 

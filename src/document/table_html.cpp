@@ -9,7 +9,7 @@ namespace quillcast::document {
 namespace {
 
 constexpr std::int64_t kHighest = 99;
-constexpr auto kRules = std::to_array<NumberRule<TableChoice, TableBox>>({
+constexpr auto kTableRules = std::to_array<NumberRule<TableChoice, TableBox>>({
     {&TableChoice::border, "border", TableBox::kBorder, 1, kHighest, Digits::kWithFraction},
     {&TableChoice::spacing, "spacing", TableBox::kSpacing, 0, kHighest, Digits::kWithFraction},
     {&TableChoice::padding, "padding", TableBox::kPadding, 0, kHighest, Digits::kWithFraction},
@@ -26,7 +26,7 @@ std::string Repeated(const std::string& text, const std::string& times) {
 }  // namespace
 
 std::optional<Complaint<TableBox>> CheckTable(const TableChoice& choice) {
-  return CheckNumbers<TableChoice, TableBox>(choice, kRules);
+  return CheckNumbers<TableChoice, TableBox>(choice, kTableRules);
 }
 
 std::string TableHtml(const TableChoice& choice) {
