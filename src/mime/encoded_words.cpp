@@ -13,7 +13,7 @@
 namespace quillcast::mime {
 namespace {
 
-constexpr std::size_t kLongestWord = 75;
+constexpr std::size_t kLongestWrittenWord = 75;
 constexpr std::size_t kLettersLess = 5;
 constexpr std::size_t kMostMarks = 30;  // on one letter (UAX 15, stream-safe text)
 
@@ -74,7 +74,7 @@ class WordForm {
   // The length of a beginning, of whole letters, whose word fits into `room`; 0 when none does. The longest, but a few
   // letters less where base64 then needs no padding: some readers decode neighbouring words as one, and stop at it.
   std::size_t LongestFit(std::string_view utf8, std::size_t room, bool with_marks) {
-    std::array<std::size_t, kLongestWord> ends{};  // a letter takes a column at least
+    std::array<std::size_t, kLongestWrittenWord> ends{};  // a letter takes a column at least
     std::size_t count = 0;
     for (std::size_t at = 0; at < utf8.size() && count < ends.size(); ends[count++] = at) {
       at += LetterLength(utf8.substr(at), with_marks);
@@ -135,14 +135,14 @@ std::size_t FirstWordColumns(std::string_view utf8, const charset::Charset& char
   WordForm form(letter, charset, encoding);
   const std::size_t longest =
       encoding == HeaderEncoding::kNone ? form.ColumnsInEitherEncoding(letter) : form.Columns(letter);
-  return std::min(longest, kLongestWord);
+  return std::min(longest, kLongestWrittenWord);
 }
 
 void AppendEncodedWords(std::string& out, std::string_view utf8, const charset::Charset& charset,
                         HeaderEncoding encoding, std::size_t& column) {
   WordForm form(utf8, charset, encoding);
   while (!utf8.empty()) {
-    const std::size_t room = std::min(kLongestWord, kHeaderColumns - std::min(column, kHeaderColumns));
+    const std::size_t room = std::min(kLongestWrittenWord, kHeaderColumns - std::min(column, kHeaderColumns));
     std::size_t length = form.LongestFit(utf8, room, true);
     if (length == 0) length = form.LongestFit(utf8, room, false);
     if (length == 0) length = LetterLength(utf8, false);

@@ -29,7 +29,7 @@ std::string PercentEncoded(char c) {
   return {'%', kUpperHex[byte >> 4], kUpperHex[byte & 15]};
 }
 
-void AppendLine(std::string& out, std::string_view line) {
+void AppendParameterLine(std::string& out, std::string_view line) {
   out += ";\r\n ";
   out += line;
 }
@@ -39,7 +39,7 @@ void AppendExtended(std::string& out, std::string_view attribute, std::string_vi
   std::string whole = std::string(attribute) + "*=utf-8''";
   for (const char c : value) whole += PercentEncoded(c);
   if (whole.size() + 2 <= kLongestLine) {
-    AppendLine(out, whole);
+    AppendParameterLine(out, whole);
     return;
   }
   std::size_t number = 0;
@@ -47,12 +47,12 @@ void AppendExtended(std::string& out, std::string_view attribute, std::string_vi
   for (const char c : value) {
     const std::string octet = PercentEncoded(c);
     if (piece.size() + octet.size() + 2 > kLongestLine) {
-      AppendLine(out, piece);
+      AppendParameterLine(out, piece);
       piece = std::string(attribute) + '*' + std::to_string(++number) + "*=";
     }
     piece += octet;
   }
-  AppendLine(out, piece);
+  AppendParameterLine(out, piece);
 }
 
 // A quoted name cannot be folded, and readers that know no other form show it as it stands, however long its line is.
@@ -102,7 +102,7 @@ std::string AsciiFileName(std::string_view utf8) {
 void AppendParameter(std::string& out, std::string_view attribute, std::string_view file_name) {
   const std::string name = SafeFileName(file_name);
   if (StandsAsItIs(name)) {
-    AppendLine(out, std::string(attribute) + '=' + Quoted(name));
+    AppendParameterLine(out, std::string(attribute) + '=' + Quoted(name));
   } else {
     AppendExtended(out, attribute, name);
   }
@@ -111,13 +111,13 @@ void AppendParameter(std::string& out, std::string_view attribute, std::string_v
 void AppendNameParameter(std::string& out, std::string_view file_name) {
   const std::string name = SafeFileName(file_name);
   if (StandsAsItIs(name)) {
-    AppendLine(out, "name=" + Quoted(name));
+    AppendParameterLine(out, "name=" + Quoted(name));
     return;
   }
   std::string words;
   std::size_t column = 8;  // ` name="` and the closing quote
   AppendEncodedWords(words, name, charset::Charset::Utf8(), HeaderEncoding::kNone, column);
-  AppendLine(out, "name=\"" + words + '"');
+  AppendParameterLine(out, "name=\"" + words + '"');
 }
 
 std::string FormatDate(const std::tm& local, long utc_offset_seconds) {

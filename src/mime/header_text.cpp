@@ -17,19 +17,19 @@ constexpr std::size_t kShortestRoom = 24;       // columns below which an encode
 constexpr char32_t kReplacement = 0xFFFD;
 
 // A word of the value, with the blanks before it. Offsets into the value.
-struct Word {
+struct PlacedWord {
   std::size_t gap;
   std::size_t begin;
   std::size_t end;
 };
 
-Word NextWord(std::string_view text, std::size_t from) {
-  Word word{from, std::min(text.find_first_not_of(' ', from), text.size()), 0};
+PlacedWord NextWord(std::string_view text, std::size_t from) {
+  PlacedWord word{from, std::min(text.find_first_not_of(' ', from), text.size()), 0};
   word.end = std::min(text.find(' ', word.begin), text.size());
   return word;
 }
 
-bool MustEncode(std::string_view text, const Word& word) {
+bool MustEncode(std::string_view text, const PlacedWord& word) {
   const std::string_view letters = text.substr(word.begin, word.end - word.begin);
   return letters.size() > kLongestPlainWord || word.begin - word.gap > kLongestGap || NeedsEncodedWord(letters);
 }
@@ -131,11 +131,11 @@ void AppendUnstructured(std::string& out, FieldName name, const HeaderText& valu
   out += ": ";
   std::size_t column = name.text().size() + 2;
   for (std::size_t at = 0; at < text.size();) {
-    const Word first = NextWord(text, at);
-    Word last = first;
+    const PlacedWord first = NextWord(text, at);
+    PlacedWord last = first;
     const bool encoded = MustEncode(text, first);
     // Readers drop the blanks between two encoded words, so neighbours are encoded as one text with its blanks.
-    for (Word next = last; encoded && next.end < text.size(); last = next) {
+    for (PlacedWord next = last; encoded && next.end < text.size(); last = next) {
       next = NextWord(text, last.end);
       if (!MustEncode(text, next)) break;
     }

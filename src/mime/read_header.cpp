@@ -11,7 +11,7 @@
 namespace quillcast::mime {
 namespace {
 
-constexpr std::size_t kLongestWord = 255;  // octets; the RFC allows 75, and others write more
+constexpr std::size_t kLongestReadWord = 255;  // octets; the RFC allows 75, and others write more
 constexpr std::string_view kBlanks = " \t\r\n";
 
 // The next line without its end, taken off the front.
@@ -23,7 +23,7 @@ std::string_view TakeLine(std::string_view& text) {
   return line;
 }
 
-struct Word {
+struct DecodedWord {
   std::string text;
   std::size_t size;  // of the encoded one
 };
@@ -70,7 +70,7 @@ struct Shape {
 
 // Of that which `text`, beginning with "=?", begins with.
 std::optional<Shape> ShapeOf(std::string_view text) {
-  text = text.substr(0, kLongestWord);
+  text = text.substr(0, kLongestReadWord);
   const std::size_t charset_end = text.find('?', 2);
   if (charset_end == std::string_view::npos || text.size() < charset_end + 5 || text[charset_end + 2] != '?') return {};
   const std::size_t end = text.find("?=", charset_end + 3);
@@ -79,13 +79,13 @@ std::optional<Shape> ShapeOf(std::string_view text) {
                text.substr(charset_end + 3, end - charset_end - 3), end + 2};
 }
 
-std::optional<Word> WordIn(std::string_view text) {
+std::optional<DecodedWord> WordIn(std::string_view text) {
   const auto shape = ShapeOf(text);
   if (!shape) return {};
   const auto charset = charset::FindCharset(shape->charset.substr(0, shape->charset.find('*')));  // RFC 2231 5
   const auto bytes = DecodeText(shape->encoding, shape->text);
   if (!charset || !bytes) return {};
-  return Word{charset->Decode(*bytes), shape->size};
+  return DecodedWord{charset->Decode(*bytes), shape->size};
 }
 
 }  // namespace

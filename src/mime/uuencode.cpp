@@ -9,7 +9,7 @@ namespace {
 
 char Digit(std::uint32_t bits) { return (bits & 63) == 0 ? '`' : static_cast<char>(' ' + (bits & 63)); }
 
-void AppendLine(std::string& out, std::string_view bytes) {
+void AppendEncodedLine(std::string& out, std::string_view bytes) {
   const auto byte_at = [bytes](std::size_t at) -> std::uint32_t {
     return at < bytes.size() ? static_cast<std::uint8_t>(bytes[at]) : 0;
   };
@@ -35,15 +35,15 @@ void Uuencoder::Encode(std::string_view bytes, std::string& out) {
     pending_size_ += taken;
     bytes.remove_prefix(taken);
     if (pending_size_ < kLineBytes) return;
-    AppendLine(out, {pending_.data(), kLineBytes});
+    AppendEncodedLine(out, {pending_.data(), kLineBytes});
     pending_size_ = 0;
   }
 }
 
 void Uuencoder::Finish(std::string& out) {
-  if (pending_size_ > 0) AppendLine(out, {pending_.data(), pending_size_});
+  if (pending_size_ > 0) AppendEncodedLine(out, {pending_.data(), pending_size_});
   pending_size_ = 0;
-  AppendLine(out, {});
+  AppendEncodedLine(out, {});
   out += "end\r\n";
 }
 
