@@ -15,8 +15,6 @@ namespace {
 using platform::DecodeUtf8;
 using platform::kNotUtf8;
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 // Writers have the members of ShiftedWriter.
 class Utf8Writer {
  public:
@@ -67,7 +65,7 @@ std::size_t EncodeWith(Writer writer, std::string_view utf8, Unmapped unmapped) 
     const auto [code, length] = DecodeUtf8(utf8);
     utf8.remove_prefix(length);
     const bool broken = code == kNotUtf8;
-    const char32_t written = broken ? kReplacement : code;
+    const char32_t written = broken ? platform::kReplacement : code;
     const bool held = writer.Put(written);
     if (held && !broken) continue;
     ++lost;
@@ -89,13 +87,13 @@ std::string DecodePlain(std::string_view bytes, const CodedCharacters& character
     bytes.remove_prefix(run);
     std::uint32_t packed = 0;
     std::size_t size = 0;
-    char32_t code = kReplacement;
-    while (size < std::min<std::size_t>(bytes.size(), 3) && code == kReplacement) {
+    char32_t code = platform::kReplacement;
+    while (size < std::min<std::size_t>(bytes.size(), 3) && code == platform::kReplacement) {
       packed = packed << 8 | static_cast<std::uint8_t>(bytes[size++]);
       code = characters.CharacterOf(packed);
     }
     if (size == 0) break;
-    if (code == kReplacement) size = 1;
+    if (code == platform::kReplacement) size = 1;
     platform::AppendUtf8(out, code);
     bytes.remove_prefix(size);
   }

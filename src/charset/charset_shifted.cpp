@@ -17,7 +17,6 @@ struct ShiftSequences {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
 constexpr std::string_view kControls = "\x0E\x0F\x1B";  // in a text they would shift by themselves
 
 constexpr auto kSequences = std::to_array<ShiftSequences>({
@@ -86,7 +85,7 @@ class ShiftedReader {
     const auto first = static_cast<std::uint8_t>(bytes[0]);
     if (first == '\n') state_ = State::kAscii;
     if (state_ != State::kDouble || first <= 0x20) {
-      char32_t code = first < 0x80 ? first : kReplacement;
+      char32_t code = first < 0x80 ? first : platform::kReplacement;
       if (state_ == State::kRoman && first == '\\') code = kYen;
       if (state_ == State::kRoman && first == '~') code = kOverline;
       platform::AppendUtf8(out, code);
@@ -94,7 +93,8 @@ class ShiftedReader {
     }
     const auto second = static_cast<std::uint8_t>(bytes.size() > 1 ? bytes[1] : 0);
     const bool pair = first < 0x80 && second > 0x20 && second < 0x80;
-    platform::AppendUtf8(out, pair ? CharactersOf(row_).CharacterOf(0x8080U | first << 8 | second) : kReplacement);
+    platform::AppendUtf8(out,
+                         pair ? CharactersOf(row_).CharacterOf(0x8080U | first << 8 | second) : platform::kReplacement);
     return pair ? 2 : 1;
   }
 

@@ -8,7 +8,6 @@
 namespace quillcast::charset {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
 constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 constexpr std::array<bool, 256> kDirect = [] {
@@ -38,11 +37,11 @@ class Utf16Reader {
     if (IsHighSurrogate(unit)) {
       high_ = unit;
     } else {
-      platform::AppendUtf8(out_, IsLowSurrogate(unit) ? kReplacement : unit);
+      platform::AppendUtf8(out_, IsLowSurrogate(unit) ? platform::kReplacement : unit);
     }
   }
   void Finish() {
-    if (high_ != 0) platform::AppendUtf8(out_, kReplacement);
+    if (high_ != 0) platform::AppendUtf8(out_, platform::kReplacement);
     high_ = 0;
   }
 
@@ -121,7 +120,8 @@ std::string DecodeUtf7(std::string_view bytes) {
   while (!bytes.empty()) {
     const std::size_t plain = std::min(bytes.find('+'), bytes.size());
     for (const char c : bytes.substr(0, plain)) {
-      platform::AppendUtf8(out, static_cast<std::uint8_t>(c) < 0x80 ? static_cast<char32_t>(c) : kReplacement);
+      platform::AppendUtf8(out,
+                           static_cast<std::uint8_t>(c) < 0x80 ? static_cast<char32_t>(c) : platform::kReplacement);
     }
     bytes.remove_prefix(plain);
     if (!bytes.empty()) bytes.remove_prefix(1 + ReadShifted(bytes.substr(1), out));

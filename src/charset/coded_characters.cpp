@@ -8,11 +8,10 @@
 #include <string_view>
 
 #include "charset/converter.h"
+#include "platform/utf8.h"
 
 namespace quillcast::charset {
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
 
 // Where a converter departs from the standard of the set, or readers disagree about the bytes: these are left out (0).
 struct Correction {
@@ -53,7 +52,7 @@ char32_t Converted(UConverter* converter, std::string_view name, std::uint32_t b
   const int length = ucnv_toUChars(converter, text.data(), text.size(), packed.data(), static_cast<int>(size), &status);
   const char32_t code = text[0];
   const bool is_private = code >= 0xE000 && code < 0xF900;
-  if (U_FAILURE(status) || length != 1 || code < 0xA0 || is_private || code == kReplacement) return 0;
+  if (U_FAILURE(status) || length != 1 || code < 0xA0 || is_private || code == platform::kReplacement) return 0;
   return code;
 }
 
@@ -136,7 +135,7 @@ void CodedCharacters::AddSpelling(std::uint32_t bytes, char32_t code) {
 
 char32_t CodedCharacters::CharacterOf(std::uint32_t bytes) const {
   const auto found = std::ranges::lower_bound(by_bytes_, bytes, {}, &Coded::bytes);
-  return found != by_bytes_.end() && found->bytes == bytes ? found->code : kReplacement;
+  return found != by_bytes_.end() && found->bytes == bytes ? found->code : platform::kReplacement;
 }
 
 CodedCharacters ReadCharacters(const CharacterSource& source) {

@@ -14,11 +14,11 @@ namespace {
 
 // What browsers take in place of a set (the encoding standard of the WHATWG), and which of the library's tables of one
 // name they mean.
-struct Row {
+struct PageSet {
   std::string_view label;
   const char* converter;
 };
-constexpr auto kRows = std::to_array<Row>({
+constexpr auto kPageSets = std::to_array<PageSet>({
     {"ascii", "ibm-5348_P100-1997"},        {"us-ascii", "ibm-5348_P100-1997"},
     {"iso-8859-1", "ibm-5348_P100-1997"},   {"latin1", "ibm-5348_P100-1997"},
     {"iso-8859-9", "ibm-5350_P100-1998"},   {"latin5", "ibm-5350_P100-1998"},
@@ -57,9 +57,9 @@ bool HoldsAscii(UConverter* converter) {
 
 Converter Open(std::string_view label) {
   if (!IsPlainName(label)) return nullptr;
-  const auto* const row =
-      std::ranges::find_if(kRows, [&](const Row& one) { return platform::EqualsIgnoringAsciiCase(one.label, label); });
-  Converter converter = OpenConverter(row == kRows.end() ? label : row->converter);
+  const auto* const row = std::ranges::find_if(
+      kPageSets, [&](const PageSet& one) { return platform::EqualsIgnoringAsciiCase(one.label, label); });
+  Converter converter = OpenConverter(row == kPageSets.end() ? label : row->converter);
   return converter && HoldsAscii(converter.get()) ? std::move(converter) : nullptr;
 }
 

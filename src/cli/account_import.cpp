@@ -18,7 +18,7 @@ using account::AccountKey;
 using account::FoundAccount;
 using account::FoundAccounts;
 
-struct ImportOptions {
+struct AccountImportOptions {
   std::string account;  // its number or name; empty for a list
   std::string home;     // in place of one's own
   account::TakenBeside beside;
@@ -27,7 +27,7 @@ struct ImportOptions {
 // An empty word is a variable of a script that holds nothing.
 std::string NamesSomething(const std::string& given) { return given.empty() ? "it is empty" : ""; }
 
-FoundAccounts FindWith(const Context& context, const ImportOptions& options) {
+FoundAccounts FindWith(const Context& context, const AccountImportOptions& options) {
   const auto roots = options.home.empty() ? account::AccountRoots(context.environment)
                                           : account::AccountRoots(std::filesystem::path(options.home));
   return account::FindAccounts(roots, context.cancel);
@@ -45,7 +45,7 @@ void TellPassedOver(const Context& context, const FoundAccounts& found) {
     context.output.Note(fmt::format("And {} more of the same kind.", platform::WithThousands(found.also_passed_over)));
 }
 
-int List(const Context& context, const FoundAccounts& found) {
+int ListAccounts(const Context& context, const FoundAccounts& found) {
   std::size_t number = 0;
   for (const FoundAccount& account : found.accounts) {
     ++number;
@@ -95,7 +95,7 @@ int Take(Context& context, const FoundAccount& found, const account::TakenBeside
   return 0;
 }
 
-int RunImport(Context& context, const ImportOptions& options) {
+int RunAccountImport(Context& context, const AccountImportOptions& options) {
   std::error_code failed;
   if (!options.home.empty() && !std::filesystem::is_directory(options.home, failed)) {
     return context.output.Fail({Failure::kNoInput,
@@ -104,7 +104,7 @@ int RunImport(Context& context, const ImportOptions& options) {
   }
   const FoundAccounts found = FindWith(context, options);
   if (context.cancel.Requested() != platform::Stop::kNone) return ExitCode(Failure::kTryAgain);
-  if (options.account.empty()) return List(context, found);
+  if (options.account.empty()) return ListAccounts(context, found);
   const auto chosen = account::ChooseAccount(found.accounts, options.account);
   if (chosen) return Take(context, *chosen, options.beside);
   TellPassedOver(context, found);
@@ -115,8 +115,9 @@ int RunImport(Context& context, const ImportOptions& options) {
 
 void AddAccountImport(CLI::App& account, Context& context) {
   auto* command = account.add_subcommand(
-      "import", "List the accounts of Thunderbird, Evolution and Claws Mail, or take one over; never a password");
-  auto options = std::make_shared<ImportOptions>();
+      "import",
+      "ListAccounts the accounts of Thunderbird, Evolution and Claws Mail, or take one over; never a password");
+  auto options = std::make_shared<AccountImportOptions>();
   command->add_option("ACCOUNT", options->account, "Its number in the list, or its name; without it the list is shown")
       ->check(NamesSomething);
   command->add_flag("--port", options->beside.port, "Take its port too, in place of 25");
@@ -126,7 +127,7 @@ void AddAccountImport(CLI::App& account, Context& context) {
       ->type_name("DIR")
       ->check(NamesSomething);
   command->footer("Example:\n  quillcast account import\n  quillcast account import 1 --port --security --user-name");
-  OnRun(*command, context, [options](Context& c) { return RunImport(c, *options); });
+  OnRun(*command, context, [options](Context& c) { return RunAccountImport(c, *options); });
 }
 
 }  // namespace quillcast::cli

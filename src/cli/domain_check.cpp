@@ -41,7 +41,7 @@ Result<domain::SenderQuestion> QuestionOf(const Context& context, const CheckOpt
   return question;
 }
 
-int RunCheck(Context& context, const CheckOptions& options) {
+int RunDomainCheck(Context& context, const CheckOptions& options) {
   const auto servers = domain::ChosenDnsServers(options.dns);
   if (!servers) return context.output.Fail(servers.error());
   const auto question = QuestionOf(context, options);
@@ -74,7 +74,7 @@ void AddDomainCheck(CLI::App& domain, Context& context) {
       "Exit codes: 0 nothing bad was found; 1 something is bad; 69 no question was answered.");
   OnRun(command, context, [options, named](Context& c) {
     options->is_named = named->count() > 0;
-    return RunCheck(c, *options);
+    return RunDomainCheck(c, *options);
   });
 }
 

@@ -25,7 +25,6 @@ using recipients::ExportRequest;
 using recipients::RecipientStore;
 
 constexpr std::string_view kStandardOutput = "-";
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 
 struct ExportOptions {
   std::string group;
@@ -120,7 +119,7 @@ std::string_view PrintRecords(const Context& context, std::string_view text, pla
 Result<void> PrintFile(Context& context, int fd, const std::filesystem::path& folder, platform::Stop end,
                        bool has_quotes) {
   if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", folder, errno);
-  std::string block(kBlock, '\0');
+  std::string block(platform::kFileBlock, '\0');
   std::string records;
   while (std::ferror(stdout) == 0 && context.cancel.Requested() < end) {
     const auto got = platform::ReadSome(fd, folder, block.data(), block.size());

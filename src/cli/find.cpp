@@ -68,7 +68,7 @@ void Show(Context& context, const RecipientGroup& group, const StoredRecipient& 
                          showing.groups == Groups::kSeveral ? group.name : std::string());
   }
   nlohmann::ordered_json object = {{"group", group.name}};
-  object.update(AsObject(found.recipient, showing.all_fields));
+  object.update(RecipientObject(found.recipient, showing.all_fields));
   context.output.Object(object);
 }
 

@@ -16,7 +16,7 @@ struct OpenOptions {
   bool message = false;
 };
 
-int RunList(Context& context) {
+int RunHistoryList(Context& context) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   const auto rows = run::ListHistory(folders->History());
@@ -102,7 +102,7 @@ void AddHistoryCommand(CLI::App& app, Context& context) {
 
   auto* list = history->add_subcommand("list", "The runs, in the order in which the folder holds them");
   list->footer("Example:\n  quillcast history list");
-  OnRun(*list, context, RunList);
+  OnRun(*list, context, RunHistoryList);
 
   auto* open = history->add_subcommand("open", "Open a run's report with the desktop's program for it");
   auto options = std::make_shared<OpenOptions>();

@@ -11,7 +11,7 @@
 namespace quillcast::cli {
 namespace {
 
-constexpr std::size_t kLongestShown = 200;  // bytes of a heading
+constexpr std::size_t kLongestShownHeading = 200;  // bytes of a heading
 
 // Which headings stand too far back, and how they are mapped all the same.
 std::string LeftOut(const recipients::ProposedMapping& found) {
@@ -19,7 +19,7 @@ std::string LeftOut(const recipients::ProposedMapping& found) {
   std::string named;
   for (const std::size_t column : found.beyond) {
     named += fmt::format("{}\"{}\" (column {})", named.empty() ? "" : ", ",
-                         platform::Printable(found.headings[column - 1], kLongestShown), column);
+                         platform::Printable(found.headings[column - 1], kLongestShownHeading), column);
   }
   return fmt::format(
       "Left out, for only the first eighteen columns are mapped: {}. Reorder the columns, or take these: --take {}.",
@@ -29,7 +29,7 @@ std::string LeftOut(const recipients::ProposedMapping& found) {
 Error NoAddressAmong(const std::vector<std::string>& headings) {
   return {Failure::kBadData,
           Say("The heading line names no field for the address: {}.",
-              platform::Printable(fmt::format("{}", fmt::join(headings, ", ")), kLongestShown)),
+              platform::Printable(fmt::format("{}", fmt::join(headings, ", ")), kLongestShownHeading)),
           "`--preview` shows the fields by number, `--map` takes them by it; `--skip` leaves lines before the "
           "headings out, and `--delimiter` says how they are parted."};
 }

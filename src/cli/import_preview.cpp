@@ -11,7 +11,7 @@ using recipients::ImportMode;
 using recipients::ImportRequest;
 
 constexpr std::size_t kPreviewLines = 5;
-constexpr std::size_t kLongestShown = 200;  // bytes of a field
+constexpr std::size_t kLongestShownValue = 200;  // bytes of a field
 constexpr const char* kHowToTake =
     "--map takes the first eighteen fields. --take makes others the ones that it takes: with --take 25,1,2, "
     "Field 25 is number 1.";
@@ -22,7 +22,7 @@ std::string MappedHeadings(const ImportPlan& plan) {
     const int source = plan.request.mapping.source[field];
     if (source == recipients::kIgnore || static_cast<std::size_t>(source) > plan.headings.size()) continue;
     mapped += fmt::format("{}{} = \"{}\"", mapped.empty() ? "" : ", ", recipients::kFields[field].label,
-                          platform::Printable(plan.headings[static_cast<std::size_t>(source) - 1], kLongestShown));
+                          platform::Printable(plan.headings[static_cast<std::size_t>(source) - 1], kLongestShownValue));
   }
   return mapped;
 }
@@ -62,7 +62,7 @@ void TellFile(Context& context, const recipients::FileFacts& facts, const Import
   context.output.Line(fmt::format("Format: {}", recipients::NameOf(facts.format)));
   if (!facts.sheet.empty()) {
     object["sheet"] = facts.sheet;
-    context.output.Line(fmt::format("Sheet: {}", platform::Printable(facts.sheet, kLongestShown)));
+    context.output.Line(fmt::format("Sheet: {}", platform::Printable(facts.sheet, kLongestShownValue)));
   }
   if (facts.format == recipients::FileFormat::kDelimited && plan.request.mode == ImportMode::kDelimited) {
     const auto name = recipients::NameOf(plan.request.reading.delimiter);
@@ -104,7 +104,7 @@ int PreviewImport(Context& context, const ImportPlan& plan, const std::string& c
       object["fault"] = NameOf(line.fault);
     }
     for (const auto& [name, text] : Shown(line, request)) {
-      context.output.Line(fmt::format("  {} = {}", name, platform::Printable(text, kLongestShown)));
+      context.output.Line(fmt::format("  {} = {}", name, platform::Printable(text, kLongestShownValue)));
       object[name] = text;
     }
     context.output.Object(object);

@@ -10,13 +10,13 @@
 namespace quillcast::cli {
 namespace {
 
-struct ExportOptions {
+struct MessageExportOptions {
   DocumentOptions document;
   std::string file;
   bool draft = false;
 };
 
-int RunExport(Context& context, const ExportOptions& options) {
+int RunMessageExport(Context& context, const MessageExportOptions& options) {
   if (const auto named = CheckNamesAFile(options.file); !named) return context.output.Fail(named.error());
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
@@ -35,7 +35,7 @@ int RunExport(Context& context, const ExportOptions& options) {
 
 void AddMessageExport(CLI::App& message, Context& context) {
   CLI::App& command = *message.add_subcommand("export", "Write the message into a file (.eml), without sending it");
-  const auto options = std::make_shared<ExportOptions>();
+  const auto options = std::make_shared<MessageExportOptions>();
   AddDocumentOptions(command, options->document, BodyIs::kFirst);
   command.add_option("-o,--output", options->file, "The file; what is there is replaced")
       ->required()
@@ -44,7 +44,7 @@ void AddMessageExport(CLI::App& message, Context& context) {
   command.footer(
       "The merge tags are left as they are, and the message is addressed to nobody.\n"
       "Example:\n  quillcast message export letter.html --subject 'Hello' -o letter.eml");
-  OnRun(command, context, [options](Context& ctx) { return RunExport(ctx, *options); });
+  OnRun(command, context, [options](Context& ctx) { return RunMessageExport(ctx, *options); });
 }
 
 }  // namespace quillcast::cli

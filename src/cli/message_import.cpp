@@ -17,7 +17,7 @@
 namespace quillcast::cli {
 namespace {
 
-struct ImportOptions {
+struct MessageImportOptions {
   MessageFiles files;
   std::string document;
 };
@@ -53,7 +53,7 @@ int ImportOne(Context& context, const std::string& name, const mail_file::MailMe
   return 0;
 }
 
-int RunImport(Context& context, const ImportOptions& options) {
+int RunMessageImport(Context& context, const MessageImportOptions& options) {
   if (options.files.names.size() > 1)
     return context.output.Complain("One message becomes one document: name one file.");
   if (platform::EqualsIgnoringAsciiCase(std::filesystem::path(options.document).extension().string(), ".txt"))
@@ -72,7 +72,7 @@ int RunImport(Context& context, const ImportOptions& options) {
 
 void AddMessageImport(CLI::App& message, Context& context) {
   CLI::App& command = *message.add_subcommand("import", "Make the body of a message file a document to go on writing");
-  const auto options = std::make_shared<ImportOptions>();
+  const auto options = std::make_shared<MessageImportOptions>();
   AddMessageFiles(command, options->files);
   command.add_option("-o,--output", options->document, "The document (HTML); what is there is replaced")
       ->required()
@@ -81,7 +81,7 @@ void AddMessageImport(CLI::App& message, Context& context) {
       "Scripts, forms and references to elsewhere are left out; embedded pictures go into a folder beside the "
       "document.\n"
       "Example:\n  quillcast message import letter.eml -o letter.htm");
-  OnRun(command, context, [options](Context& ctx) { return RunImport(ctx, *options); });
+  OnRun(command, context, [options](Context& ctx) { return RunMessageImport(ctx, *options); });
 }
 
 }  // namespace quillcast::cli

@@ -41,8 +41,8 @@ void OnGroup(CLI::App& command, Context& context, const std::shared_ptr<Recipien
   });
 }
 
-Result<int> List(Context& context, RecipientStore& store, const RecipientGroup& group,
-                 const RecipientOptions& options) {
+Result<int> ListRecipients(Context& context, RecipientStore& store, const RecipientGroup& group,
+                           const RecipientOptions& options) {
   // A pager may hold the list for hours, and writers are not to wait for it.
   auto cursor = store.ListRecipients(group.id, group.sort_sql, recipients::Reading::kCopy);
   if (!cursor) return cursor.error();
@@ -81,7 +81,8 @@ int Tell(Context& context, const RecipientGroup& group, std::string_view address
   return 0;
 }
 
-Result<int> Add(Context& context, RecipientStore& store, const RecipientGroup& group, const RecipientOptions& options) {
+Result<int> AddRecipient(Context& context, RecipientStore& store, const RecipientGroup& group,
+                         const RecipientOptions& options) {
   Recipient recipient;
   if (const auto set = SetFields(options.fields, recipient); !set) return set.error();
   if (options.email) recipient.values[recipients::kEmail] = *options.email;
@@ -91,8 +92,8 @@ Result<int> Add(Context& context, RecipientStore& store, const RecipientGroup& g
   return Tell(context, group, recipient.email(), "added");
 }
 
-Result<int> Modify(Context& context, RecipientStore& store, const RecipientGroup& group,
-                   const RecipientOptions& options) {
+Result<int> ModifyRecipient(Context& context, RecipientStore& store, const RecipientGroup& group,
+                            const RecipientOptions& options) {
   auto stored = Require(store, group, options.address);
   if (!stored) return stored.error();
   Recipient& recipient = stored->recipient;
@@ -117,20 +118,20 @@ void AddRecipientCommand(CLI::App& app, Context& context) {
   CLI::App& list = *recipient.add_subcommand("list", "Show address, first and last name of every recipient");
   list.add_flag("--fields", options->all_fields, "Show all eighteen fields");
   list.footer("Example: quillcast --json recipient list --group Readers --fields");
-  OnGroup(list, context, options, List);
+  OnGroup(list, context, options, ListRecipients);
 
-  CLI::App& add = *recipient.add_subcommand("add", "Add one recipient");
+  CLI::App& add = *recipient.add_subcommand("add", "AddRecipient one recipient");
   add.add_option("-e,--email", options->email, "The address")->required();
   add.add_option("-f,--field", options->fields, kFieldHelp)->allow_extra_args(false);
   add.footer("Example: quillcast recipient add -g Readers -e ada@example.org -f \"First Name=Ada\" -f City=London");
-  OnGroup(add, context, options, Add);
+  OnGroup(add, context, options, AddRecipient);
 
   CLI::App& modify = *recipient.add_subcommand("modify", "Change fields of one recipient; the others stay");
   modify.add_option("ADDRESS", options->address, "The recipient")->required();
   modify.add_option("-e,--email", options->email, "The new address");
   modify.add_option("-f,--field", options->fields, kFieldHelp)->allow_extra_args(false);
   modify.footer("Example: quillcast recipient modify -g Readers ada@example.org -f \"City=St Albans\"");
-  OnGroup(modify, context, options, Modify);
+  OnGroup(modify, context, options, ModifyRecipient);
 
   AddRecipientEdits(recipient, context);
 }

@@ -115,7 +115,7 @@ void ShowRow(const Context& context, const run::JournalRow& row) {
   context.output.Object(object);
 }
 
-int RunShow(Context& context, const ShowOptions& options) {
+int RunRunsShow(Context& context, const ShowOptions& options) {
   const auto choice = ChoiceFrom(options.whom);
   if (!choice) return context.output.Fail(choice.error());
   const auto folders = context.PreparedFolders();
@@ -195,7 +195,7 @@ void AddRunsCommand(CLI::App& app, Context& context) {
   show->footer(
       "\"unknown\": the message was out and no answer came, so it may have arrived.\n"
       "Example:\n  quillcast runs show 12 --state refused,deferred");
-  OnRun(*show, context, [shown](Context& c) { return RunShow(c, *shown); });
+  OnRun(*show, context, [shown](Context& c) { return RunRunsShow(c, *shown); });
 
   AddGoOnCommands(*runs, context);
   AddTakeOutCommands(*runs, context);

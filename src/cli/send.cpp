@@ -115,7 +115,7 @@ int RunProof(Context& context, const SendOptions& options, run::PreparedRun& pre
   return outcome->code == smtp::ResultCode::kCancelled ? ExitCode(Failure::kTryAgain) : 1;
 }
 
-Result<void> CheckOptions(const SendOptions& options) {
+Result<void> CheckSendOptions(const SendOptions& options) {
   const auto wrong = [](const char* what) { return Error{Failure::kUsage, what, "See quillcast send --help."}; };
   if (!options.to_file.empty() && options.as.empty()) return wrong("--to-file needs --as ADDRESS.");
   if (!options.as.empty() && options.to_file.empty() && options.proof.empty()) {
@@ -143,7 +143,7 @@ Result<void> CheckOptions(const SendOptions& options) {
 }
 
 int RunSend(Context& context, const SendOptions& options) {
-  const auto usable = CheckOptions(options);
+  const auto usable = CheckSendOptions(options);
   if (!usable) return context.output.Fail(usable.error());
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());

@@ -40,7 +40,7 @@ Result<std::string> HtmlFrom(const std::string& file, const profile::Folders& fo
                                 {folders.Pictures(), document::FileAddress(folders.Pictures())}, &cancel);
 }
 
-int RunSet(Context& context, const SignatureOptions& options) {
+int RunSignatureSet(Context& context, const SignatureOptions& options) {
   if (options.file.empty() && !options.on && !options.off) {
     return context.output.Complain("There is nothing to set. Name a file, --on or --off.");
   }
@@ -66,7 +66,7 @@ int RunSet(Context& context, const SignatureOptions& options) {
   return 0;
 }
 
-int RunReset(Context& context) {
+int RunSignatureReset(Context& context) {
   profile::SettingsStore settings(context.Folders().settings);
   const auto reset = document::ResetSignature(settings, context.prompts);
   if (!reset) return context.output.Fail(reset.error());
@@ -95,11 +95,11 @@ void AddSignatureCommand(CLI::App& app, Context& context) {
   auto* on = set->add_flag("--on", options->on, "New messages start with it");
   set->add_flag("--off", options->off, "New messages start empty")->excludes(on);
   set->footer("Example:\n  quillcast signature set signature.html --on");
-  OnRun(*set, context, [options](Context& c) { return RunSet(c, *options); });
+  OnRun(*set, context, [options](Context& c) { return RunSignatureSet(c, *options); });
 
   auto* reset = signature->add_subcommand("reset", "Back to the built-in signature, switched off");
   reset->footer("Example:\n  quillcast signature reset --yes");
-  OnRun(*reset, context, RunReset);
+  OnRun(*reset, context, RunSignatureReset);
 }
 
 }  // namespace quillcast::cli

@@ -6,10 +6,10 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/file.h"
+
 namespace quillcast::cli {
 namespace {
-
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 
 // Until there is something to read, or the end.
 Result<void> WaitForInput(const platform::CancelToken& cancel) {
@@ -24,7 +24,7 @@ Result<void> WaitForInput(const platform::CancelToken& cancel) {
 
 Result<void> ReadStandardInput(const platform::CancelToken& cancel,
                                const std::function<Result<void>(std::string_view piece)>& take) {
-  std::string block(kBlock, '\0');
+  std::string block(platform::kFileBlock, '\0');
   for (;;) {
     if (auto waited = WaitForInput(cancel); !waited) return waited;
     const ssize_t count = ::read(STDIN_FILENO, block.data(), block.size());

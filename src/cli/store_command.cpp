@@ -27,7 +27,7 @@ recipients::OnProgress ShowProgress(Context& context) {
   };
 }
 
-nlohmann::ordered_json AsObject(const Recipient& recipient, bool all_fields) {
+nlohmann::ordered_json RecipientObject(const Recipient& recipient, bool all_fields) {
   nlohmann::ordered_json object;
   for (std::size_t field = 0; field < recipients::kFieldCount; ++field) {
     const bool always =
@@ -56,7 +56,7 @@ std::vector<std::string> AsColumns(const Recipient& recipient, bool all_fields) 
 }  // namespace
 
 void ShowRecipient(Context& context, const Recipient& recipient, bool all_fields, std::string_view group) {
-  if (context.output.json) return context.output.Object(AsObject(recipient, all_fields));
+  if (context.output.json) return context.output.Object(RecipientObject(recipient, all_fields));
   auto columns = AsColumns(recipient, all_fields);
   if (!group.empty()) columns.push_back(fmt::format("{}{}", all_fields ? "Group=" : "", group));
   context.output.Columns(columns);

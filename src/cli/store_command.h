@@ -31,7 +31,7 @@ Error NoSuchRecipient(std::string_view address, std::string_view group);
 recipients::OnProgress ShowProgress(Context& context);
 
 // Every field of the list that was asked for, also the empty ones: programs look for fixed names.
-nlohmann::ordered_json AsObject(const recipients::Recipient& recipient, bool all_fields);
+nlohmann::ordered_json RecipientObject(const recipients::Recipient& recipient, bool all_fields);
 // `group` where the list is of several groups.
 void ShowRecipient(Context& context, const recipients::Recipient& recipient, bool all_fields,
                    std::string_view group = {});

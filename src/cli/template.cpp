@@ -32,7 +32,7 @@ int Conclude(Context& context, const Result<void>& done, const std::string& told
   return 0;
 }
 
-int RunList(Context& context) {
+int RunTemplateList(Context& context) {
   const auto own = OwnOf(context).List();
   if (!own) return context.output.Fail(own.error());
   for (const std::string_view design : document::kDesigns) {
@@ -48,7 +48,7 @@ int RunList(Context& context) {
   return 0;
 }
 
-int RunShow(Context& context, const TemplateOptions& options) {
+int RunTemplateShow(Context& context, const TemplateOptions& options) {
   const auto design = document::FindDesign(options.name);
   const auto html =
       design ? document::ReadDesign(*design, context.Folders().program) : OwnOf(context).Read(options.name);
@@ -80,7 +80,7 @@ int KeepAs(Context& context, const std::string& name, const TemplateOptions& opt
 
 int RunSave(Context& context, const TemplateOptions& options) { return KeepAs(context, options.name, options); }
 
-int RunImport(Context& context, const TemplateOptions& options) {
+int RunTemplateImport(Context& context, const TemplateOptions& options) {
   return KeepAs(context, options.name.empty() ? fs::path(options.file).stem().string() : options.name, options);
 }
 
@@ -105,7 +105,7 @@ int RunRemove(Context& context, const TemplateOptions& options) {
                   {{"template", options.name}, {"done", "remove"}});
 }
 
-int RunExport(Context& context, const TemplateOptions& options) {
+int RunTemplateExport(Context& context, const TemplateOptions& options) {
   const profile::Folders folders = context.Folders();
   const fs::path file = fs::absolute(options.file, IgnoreErrors());
   if (fs::exists(file, IgnoreErrors())) {
@@ -145,12 +145,12 @@ void AddTemplateCommand(CLI::App& app, Context& context) {
   group->footer("Example: quillcast template save Monthly letter.html");
   auto* list = group->add_subcommand("list", "The designs and your own");
   list->footer("Example:\n  quillcast template list");
-  OnRun(*list, context, RunList);
+  OnRun(*list, context, RunTemplateList);
   for (const Row& row : std::initializer_list<Row>{
            {"show",
             "The HTML of a design, as it is before anything is filled in, or of one of yours",
             {"NAME"},
-            RunShow,
+            RunTemplateShow,
             "show Travel"},
            {"save",
             "Keep a letter, and copies of the pictures in its folder, under a name",
@@ -162,12 +162,12 @@ void AddTemplateCommand(CLI::App& app, Context& context) {
            {"export",
             "Write one of yours to a file, its pictures beside it",
             {"NAME", "FILE"},
-            RunExport,
+            RunTemplateExport,
             "export Monthly monthly.html"},
            {"import",
             "Keep a file that came from elsewhere",
             {"FILE", "--name"},
-            RunImport,
+            RunTemplateImport,
             "import monthly.html --name Monthly"},
        }) {
     auto* command = group->add_subcommand(row.command, row.what);

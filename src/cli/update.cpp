@@ -16,7 +16,7 @@ struct ProxyRequest {
   bool off = false;
 };
 
-int RunCheck(Context& context) {
+int RunUpdateCheck(Context& context) {
   const auto settings = UpdateSettings::Load(profile::SettingsStore(context.Folders().settings));
   if (!settings) return context.output.Fail(settings.error());
   if (const auto complaint = update::CheckSettings(*settings)) return context.output.Complain(complaint->message);
@@ -84,7 +84,7 @@ void AddUpdateCommand(CLI::App& app, Context& context) {
   check->footer(
       "Exit code 0 when there was an answer, whichever; with --json \"standing\" is newer, same or older.\n"
       "Example:\n  quillcast update check");
-  OnRun(*check, context, RunCheck);
+  OnRun(*check, context, RunUpdateCheck);
   auto* proxy = command->add_subcommand("proxy", "Show or set how the web is reached for that");
   const auto request = std::make_shared<ProxyRequest>();
   auto* named = proxy->add_option("PROXY", request->proxy, "The proxy to ask through, with its port");

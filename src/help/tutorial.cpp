@@ -11,9 +11,9 @@ struct Person {
 
 constexpr std::size_t kCity = 6;  // in recipients::kFields
 
-constexpr std::array<Person, 3> kPeople = {{{"ada@example.org", "Ada", "London"},
-                                            {"grace@example.net", "Grace", "New York"},
-                                            {"hedy@example.com", "Hedy", "Vienna"}}};
+constexpr std::array<Person, 3> kInvented = {{{"ada@example.org", "Ada", "London"},
+                                              {"grace@example.net", "Grace", "New York"},
+                                              {"hedy@example.com", "Hedy", "Vienna"}}};
 
 }  // namespace
 
@@ -70,7 +70,7 @@ Result<void> MakeTutorialGroup(recipients::RecipientStore& store) {
   if (!made) return made.error();
   const auto group = store.RequireGroup(kTutorialGroup);
   if (!group) return group.error();
-  for (const Person& person : kPeople) {
+  for (const Person& person : kInvented) {
     recipients::Recipient recipient;
     recipient.values[recipients::kEmail] = person.address;
     recipient.values[recipients::kFirstName] = person.first_name;

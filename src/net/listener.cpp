@@ -15,24 +15,24 @@
 namespace quillcast::net {
 namespace {
 
-union SocketAddress {
+union ListenAddress {
   sockaddr any;
   sockaddr_in v4;
   sockaddr_in6 v6;
 };
 
-socklen_t SizeOf(const SocketAddress& address) {
+socklen_t SizeOf(const ListenAddress& address) {
   return address.any.sa_family == AF_INET6 ? sizeof address.v6 : sizeof address.v4;
 }
 
-std::optional<SocketAddress> ParseAddress(std::string_view text) {
+std::optional<ListenAddress> ParseAddress(std::string_view text) {
   const auto colon = text.rfind(':');
   if (colon == std::string_view::npos) return {};
   const auto port = platform::ParseWholeNumber(text.substr(colon + 1));
   if (!port || *port > 65535) return {};
   std::string host(text.substr(0, colon));
 
-  SocketAddress address{};
+  ListenAddress address{};
   if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
     host = host.substr(1, host.size() - 2);
     address.v6.sin6_family = AF_INET6;
@@ -46,7 +46,7 @@ std::optional<SocketAddress> ParseAddress(std::string_view text) {
   return address;
 }
 
-std::string Format(const SocketAddress& address) {
+std::string Format(const ListenAddress& address) {
   std::array<char, INET6_ADDRSTRLEN> host{};
   if (address.any.sa_family == AF_INET6) {
     ::inet_ntop(AF_INET6, &address.v6.sin6_addr, host.data(), host.size());
@@ -56,7 +56,7 @@ std::string Format(const SocketAddress& address) {
   return fmt::format("{}:{}", host.data(), ntohs(address.v4.sin_port));
 }
 
-bool IsLoopback(const SocketAddress& address) {
+bool IsLoopback(const ListenAddress& address) {
   if (address.any.sa_family == AF_INET) return (ntohl(address.v4.sin_addr.s_addr) >> 24) == 127;
   const in6_addr& v6 = address.v6.sin6_addr;
   return IN6_IS_ADDR_LOOPBACK(&v6) || (IN6_IS_ADDR_V4MAPPED(&v6) && v6.s6_addr[12] == 127);
@@ -109,7 +109,7 @@ Result<Listener> Listener::Open(std::string_view address_and_port) {
 
 Result<std::optional<Listener::Accepted>> Listener::Accept() {
   while (true) {
-    SocketAddress peer{};
+    ListenAddress peer{};
     socklen_t size = sizeof peer;
     platform::UniqueFd fd(::accept4(fd_.get(), &peer.any, &size, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (fd) return std::optional<Accepted>(Accepted{std::move(fd), Format(peer), IsLoopback(peer)});

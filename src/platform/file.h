@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -13,6 +14,9 @@
 #include "platform/result.h"
 
 namespace quillcast::platform {
+
+// As much of a file as is read or written at a time, in bytes.
+inline constexpr std::size_t kFileBlock = std::size_t{256} * 1024;
 
 class CancelToken;
 

@@ -22,8 +22,8 @@ using Milliseconds = std::chrono::milliseconds;
 constexpr const char* kOwner = "entry";
 constexpr const char* kServer = "server";
 constexpr const char* kUser = "user";
-constexpr int kUntilNextLook = 200;  // milliseconds; a cancel may come without waking anybody
-constexpr Milliseconds kGrace{500};  // for what was cancelled to come back by itself
+constexpr int kUntilCancelIsSeen = 200;  // milliseconds; a cancel may come without waking anybody
+constexpr Milliseconds kGrace{500};      // for what was cancelled to come back by itself
 constexpr const char* kTheWayOn =
     "Unlock it and try once more, or let the account have its password from the settings or from a command.";
 
@@ -283,7 +283,8 @@ bool WaitFor(const CancelToken& done, Milliseconds most, const CancelToken* canc
     if (left <= 0 || (cancel != nullptr && cancel->Requested() != Stop::kNone)) return false;
     std::array<pollfd, 2> waits = {
         {{done.PollFd(), POLLIN, 0}, {cancel == nullptr ? -1 : cancel->PollFd(), POLLIN, 0}}};
-    IgnoreErrors(::poll(waits.data(), waits.size(), static_cast<int>(std::min<decltype(left)>(left, kUntilNextLook))));
+    IgnoreErrors(
+        ::poll(waits.data(), waits.size(), static_cast<int>(std::min<decltype(left)>(left, kUntilCancelIsSeen))));
   }
   return true;
 }

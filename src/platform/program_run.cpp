@@ -22,7 +22,7 @@ extern char** environ;
 namespace quillcast::platform {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::size_t kLongestComplaint = 4096;
 constexpr int kUntilNextLook = 100;  // milliseconds; where the kernel gives no handle of a process
@@ -146,7 +146,7 @@ class Waiting {
         limits_(limits),
         output_(output),
         complaint_(complaint),
-        until_(Clock::now() + limits.patience) {}
+        until_(SteadyClock::now() + limits.patience) {}
 
   ProgramEnd Wait() {
     const UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, child_, 0)));
@@ -157,7 +157,7 @@ class Waiting {
       if (output_.is_full()) return ProgramEnd::kPrintedTooMuch;
       if (has_ended) return ProgramEnd::kExited;
       if (limits_.cancel != nullptr && limits_.cancel->Requested() != Stop::kNone) return ProgramEnd::kCancelled;
-      const auto left = std::chrono::ceil<std::chrono::milliseconds>(until_ - Clock::now()).count();
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(until_ - SteadyClock::now()).count();
       if (left <= 0) return ProgramEnd::kTimedOut;
       const int cancel = limits_.cancel == nullptr ? -1 : limits_.cancel->PollFd();
       std::array<pollfd, 4> waits = {
@@ -187,7 +187,7 @@ class Waiting {
   const ProgramLimits& limits_;
   Drain& output_;
   Drain& complaint_;
-  const Clock::time_point until_;
+  const SteadyClock::time_point until_;
   int status_ = 0;
   bool ended_ = false;
 };

@@ -9,6 +9,8 @@ namespace quillcast::platform {
 
 // What DecodeUtf8 gives for a byte that starts no well-formed sequence.
 inline constexpr char32_t kNotUtf8 = 0xFFFFFFFF;
+// What stands for bytes that are no character.
+inline constexpr char32_t kReplacement = 0xFFFD;
 
 // A step through a text goes on by `length`, whatever was found.
 struct DecodedUtf8 {

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 constexpr PixelSize kSmallestScreen{800, 600};
 
-bool Exists(const fs::path& path) { return fs::exists(path, IgnoreErrors()); }
+bool IsThere(const fs::path& path) { return fs::exists(path, IgnoreErrors()); }
 
 using Check = std::optional<Refusal> (*)(const StartupFacts&, const Folders&);
 
@@ -44,7 +44,7 @@ std::optional<Refusal> RefuseSmallScreen(const StartupFacts& facts, const Folder
 }
 
 std::optional<Refusal> RefuseMissingTemplate(const StartupFacts&, const Folders& folders) {
-  if (Exists(folders.DatabaseTemplate())) return {};
+  if (IsThere(folders.DatabaseTemplate())) return {};
   return Refusal{
       "Quillcast has failed to start because Group.mdb was not found.\r\n"
       "Re-installing the application may fix this problem."};

@@ -22,8 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
-
 // Calls `take` with each piece of the message.
 Result<void> EachPiece(smtp::MessageSource& message, const std::function<Result<void>(std::string_view)>& take) {
   for (;;) {
@@ -73,7 +71,7 @@ class Mbox {
     block_ = FromLine(letter.envelope.sender, std::chrono::system_clock::to_time_t(clock_.Now()));
     auto written = EachPiece(*letter.message, [&](std::string_view piece) {
       lines.Append(piece, block_);
-      return block_.size() < kBlock ? Result<void>() : Flush();
+      return block_.size() < platform::kFileBlock ? Result<void>() : Flush();
     });
     if (!written) return written;
     lines.End(block_);

@@ -14,7 +14,7 @@
 namespace quillcast::run {
 namespace {
 
-constexpr std::size_t kLongestSubject = 60;
+constexpr std::size_t kLongestShownSubject = 60;
 
 std::int64_t CountOf(const MailingEntry& mailing, ResultState state) {
   return mailing.counts[static_cast<std::size_t>(state)];
@@ -159,7 +159,7 @@ std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
 }
 
 Sentence ForgetQuestion(const MailingEntry& mailing) {
-  const std::string subject = platform::Printable(mailing.subject, kLongestSubject);
+  const std::string subject = platform::Printable(mailing.subject, kLongestShownSubject);
   Sentence which = StandingOf(mailing) == MailingStanding::kCanResume
                        ? Say("\"{}\" to {} can be resumed.", subject, mailing.group)
                        : Say("\"{}\" to {} is finished.", subject, mailing.group);
@@ -222,7 +222,7 @@ std::optional<Sentence> WhatWentOf(const Forgotten& forgotten) {
 std::vector<Sentence> WhatStayed(const Forgotten& forgotten) {
   std::vector<Sentence> sentences;
   for (const MailingEntry& mailing : forgotten.kept) {
-    const std::string subject = platform::Printable(mailing.subject, kLongestSubject);
+    const std::string subject = platform::Printable(mailing.subject, kLongestShownSubject);
     sentences.push_back(StandingOf(mailing) == MailingStanding::kCanResume
                             ? Say("The run \"{}\" to {} was kept, for it can be resumed.", subject, mailing.group)
                             : Say("The run \"{}\" to {} was kept, for it goes on.", subject, mailing.group));

@@ -12,7 +12,7 @@
 namespace quillcast::run {
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{64} * 1024;
+constexpr std::size_t kListBlock = std::size_t{64} * 1024;
 
 recipients::ExportFormat WholeRows() {
   recipients::ExportFormat format;
@@ -59,7 +59,7 @@ Result<std::int64_t> WriteList(RunJournal& journal, MailingId mailing, const Rec
     std::copy(row.recipient.values.begin(), row.recipient.values.end(), values.begin());
     lines.Append(values, block);
     ++rows;
-    if (block.size() < kBlock) return true;
+    if (block.size() < kListBlock) return true;
     auto written = write(block);
     block.clear();
     if (!written) return written.error();

@@ -12,10 +12,10 @@ namespace quillcast::run {
 namespace {
 
 constexpr const char* kOthers = "others";
-constexpr std::string_view kOther = "\xE2\x80\xA6";  // "…"
+constexpr std::string_view kOtherWord = "\xE2\x80\xA6";  // "…"
 constexpr std::string_view kOtherBehind = " \xE2\x80\xA6";
 
-std::string DomainOf(const recipients::Recipient& recipient) {
+std::string DomainOfRow(const recipients::Recipient& recipient) {
   const auto address = smtp::EnvelopeAddress(recipient.email());
   if (!address) return "no address";
   return platform::AsciiLower(address->text().substr(address->text().rfind('@') + 1));
@@ -43,11 +43,11 @@ std::string InCommon(std::string_view one, std::string_view other) {
   const std::size_t last = std::min(is_same_from(words.rbegin(), others.rbegin()), shorter - first);
   std::string text;
   const auto add = [&](std::string_view word) {
-    if (word == kOther && (text == kOther || text.ends_with(kOtherBehind))) return;
+    if (word == kOtherWord && (text == kOtherWord || text.ends_with(kOtherBehind))) return;
     text += (text.empty() ? "" : " ") + std::string(word);
   };
-  for (std::size_t n = 0; n < first; ++n) add(words[n] == others[n] ? words[n] : kOther);
-  if (words.size() != others.size()) add(kOther);
+  for (std::size_t n = 0; n < first; ++n) add(words[n] == others[n] ? words[n] : kOtherWord);
+  if (words.size() != others.size()) add(kOtherWord);
   for (std::size_t n = words.size() - last; n < words.size(); ++n) add(words[n]);
   return text;
 }
@@ -102,7 +102,7 @@ MailingTally::Counted& MailingTally::Count(Names& names, std::string name, Fate 
 
 void MailingTally::Add(const JournalRow& row) {
   const Fate fate = FateOf(row.state);
-  Count(domains_, DomainOf(row.recipient), fate);
+  Count(domains_, DomainOfRow(row.recipient), fate);
   Counted& reply = Count(replies_, ReplyOf(row), fate);
   const std::string& words = row.reply.code == 0 ? row.reason : row.reply.text;
   if (reply.tally.all() == 1) {

@@ -10,7 +10,7 @@ namespace quillcast::run {
 namespace {
 
 constexpr std::size_t kLongestLine = std::size_t{64} * 1024;
-constexpr std::size_t kBlock = std::size_t{64} * 1024;
+constexpr std::size_t kReportBlock = std::size_t{64} * 1024;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ Result<ReportLines> ReportLines::Open(const std::filesystem::path& file) {
 
 Result<bool> ReportLines::Update() {
   const std::size_t before = ends_.size();
-  std::array<char, kBlock> block;  // NOLINT: filled below
+  std::array<char, kReportBlock> block;  // NOLINT: filled below
   for (;;) {
     const auto got = platform::ReadSome(fd_.get(), file_, block.data(), block.size());
     if (!got) return got.error();

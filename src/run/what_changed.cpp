@@ -16,14 +16,13 @@ using account::AccountSettings;
 using document::MessageDocument;
 
 constexpr std::size_t kMostListed = 20;
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 
 // What cannot be read through counts as other.
-bool IsSame(int one, int other, const std::filesystem::path& file) {
-  std::array<std::string, 2> blocks{std::string(kBlock, '\0'), std::string(kBlock, '\0')};
+bool HaveSameBytes(int one, int other, const std::filesystem::path& file) {
+  std::array<std::string, 2> blocks{std::string(platform::kFileBlock, '\0'), std::string(platform::kFileBlock, '\0')};
   for (;;) {
-    const auto got = platform::ReadSome(one, file, blocks[0].data(), kBlock);
-    const auto got_too = platform::ReadSome(other, file, blocks[1].data(), kBlock);
+    const auto got = platform::ReadSome(one, file, blocks[0].data(), platform::kFileBlock);
+    const auto got_too = platform::ReadSome(other, file, blocks[1].data(), platform::kFileBlock);
     if (!got || !got_too || *got != *got_too || blocks[0].compare(0, *got, blocks[1], 0, *got) != 0) return false;
     if (*got == 0) return true;
   }
@@ -37,7 +36,7 @@ Now LookAt(const std::string& file, const Content& content, const KeptFiles& kep
   if (!was_there || !present) return was_there ? Now::kGone : present ? Now::kOther : Now::kSame;
   const auto frozen = kept.Open(content);
   const auto* fd = std::get_if<platform::UniqueFd>(&frozen);
-  return fd != nullptr && IsSame(fd->get(), present->get(), file) ? Now::kSame : Now::kOther;
+  return fd != nullptr && HaveSameBytes(fd->get(), present->get(), file) ? Now::kSame : Now::kOther;
 }
 
 std::vector<Sentence> ChangesOfFiles(const KeptFiles& kept) {

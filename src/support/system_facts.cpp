@@ -15,7 +15,7 @@ namespace quillcast::support {
 namespace {
 
 constexpr std::uint64_t kLongestUsers = std::uint64_t{4} * 1024 * 1024;  // bytes
-constexpr std::size_t kLongestName = 200;
+constexpr std::size_t kLongestFact = 200;
 constexpr const char* kUsers = "/etc/passwd";
 
 // The address that this computer would speak from to that one. To connect a datagram socket sends nothing.
@@ -38,7 +38,7 @@ std::string LocalAddress() {
 std::string HostName() {
   std::array<char, 256> name{};
   if (::gethostname(name.data(), name.size() - 1) != 0) return {};
-  return platform::Printable(name.data(), kLongestName);
+  return platform::Printable(name.data(), kLongestFact);
 }
 
 }  // namespace
@@ -49,7 +49,7 @@ std::string FullNameIn(std::string_view users, uid_t user) {
   for (const auto line : platform::Split(users, '\n')) {
     const auto fields = platform::Split(line, ':');
     if (fields.size() <= kFullName || platform::ParseWholeNumber(fields[kUser]) != std::int64_t{user}) continue;
-    return platform::Printable(platform::Trim(platform::Split(fields[kFullName], ',').front()), kLongestName);
+    return platform::Printable(platform::Trim(platform::Split(fields[kFullName], ',').front()), kLongestFact);
   }
   return {};
 }

@@ -9,7 +9,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // One section of the file, as it stands there.
-struct Section {
+struct ClawsSection {
   FoundAccount account;
   std::string incoming_user;
   std::string sending_user;
@@ -18,32 +18,32 @@ struct Section {
   bool signs_in = false;
 };
 
-std::string SecurityFrom(std::string_view ssl_smtp) {
+std::string SecurityOfNumber(std::string_view ssl_smtp) {
   constexpr std::array<std::string_view, 3> kMeanings = {"None", "TLS", "STARTTLS"};
   const bool is_known = ssl_smtp.size() == 1 && ssl_smtp >= "0" && ssl_smtp <= "2";
   return is_known ? std::string(kMeanings.at(static_cast<std::size_t>(ssl_smtp.front() - '0'))) : std::string();
 }
 
-struct AccountKeyOfTheirs {
+struct ClawsKey {
   std::string_view key;
-  void (*take)(Section& section, std::string_view value);
+  void (*take)(ClawsSection& section, std::string_view value);
 };
 
-constexpr auto kKeys = std::to_array<AccountKeyOfTheirs>({
-    {"account_name", [](Section& s, std::string_view v) { s.account.account_name = v; }},
-    {"name", [](Section& s, std::string_view v) { s.account.name = v; }},
-    {"address", [](Section& s, std::string_view v) { s.account.email = v; }},
-    {"smtp_server", [](Section& s, std::string_view v) { s.account.server = v; }},
-    {"set_smtpport", [](Section& s, std::string_view v) { s.has_own_port = v == "1"; }},
-    {"smtp_port", [](Section& s, std::string_view v) { s.port = PortFrom(v); }},
-    {"ssl_smtp", [](Section& s, std::string_view v) { s.account.security = SecurityFrom(v); }},
-    {"use_smtp_auth", [](Section& s, std::string_view v) { s.signs_in = v == "1"; }},
-    {"user_id", [](Section& s, std::string_view v) { s.incoming_user = v; }},
-    {"smtp_user_id", [](Section& s, std::string_view v) { s.sending_user = v; }},
+constexpr auto kClawsKeys = std::to_array<ClawsKey>({
+    {"account_name", [](ClawsSection& s, std::string_view v) { s.account.account_name = v; }},
+    {"name", [](ClawsSection& s, std::string_view v) { s.account.name = v; }},
+    {"address", [](ClawsSection& s, std::string_view v) { s.account.email = v; }},
+    {"smtp_server", [](ClawsSection& s, std::string_view v) { s.account.server = v; }},
+    {"set_smtpport", [](ClawsSection& s, std::string_view v) { s.has_own_port = v == "1"; }},
+    {"smtp_port", [](ClawsSection& s, std::string_view v) { s.port = PortFrom(v); }},
+    {"ssl_smtp", [](ClawsSection& s, std::string_view v) { s.account.security = SecurityOfNumber(v); }},
+    {"use_smtp_auth", [](ClawsSection& s, std::string_view v) { s.signs_in = v == "1"; }},
+    {"user_id", [](ClawsSection& s, std::string_view v) { s.incoming_user = v; }},
+    {"smtp_user_id", [](ClawsSection& s, std::string_view v) { s.sending_user = v; }},
 });
 
 // Whoever signs in for sending and names nobody is the one who fetches the mail.
-FoundAccount AccountFrom(Section section) {
+FoundAccount AccountOf(ClawsSection section) {
   FoundAccount account = std::move(section.account);
   if (section.has_own_port) account.port = std::move(section.port);
   if (section.signs_in)
@@ -56,9 +56,9 @@ FoundAccount AccountFrom(Section section) {
 
 void AddClawsAccounts(std::string_view accountrc, const fs::path& file, FoundAccountList& found) {
   const char* current = nullptr;  // where the name of the section stands, which tells those of one name apart
-  Section section;
+  ClawsSection section;
   const auto end_section = [&] {
-    if (current != nullptr) found.Add(AccountFrom(std::exchange(section, {})));
+    if (current != nullptr) found.Add(AccountOf(std::exchange(section, {})));
     current = nullptr;
   };
   ReadKeyFile(accountrc, [&](const KeyLine& line) {
@@ -66,7 +66,7 @@ void AddClawsAccounts(std::string_view accountrc, const fs::path& file, FoundAcc
     if (!line.section.starts_with("Account") || found.is_over()) return;
     current = line.section.data();
     section.account.file = file;
-    for (const auto& row : kKeys) {
+    for (const auto& row : kClawsKeys) {
       if (row.key == line.key) row.take(section, line.value.substr(0, kLongestText + 1));
     }
   });

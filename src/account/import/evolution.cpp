@@ -23,7 +23,7 @@ struct Source {
   std::string transport;
 };
 
-std::string SecurityFrom(std::string_view method) {
+std::string SecurityOfMethod(std::string_view method) {
   if (method == "ssl-on-alternate-port") return "TLS";
   if (method == "starttls-on-standard-port") return "STARTTLS";
   return method == "none" ? "None" : "";
@@ -35,7 +35,7 @@ struct SourceKey {
   void (*take)(Source& source, std::string_view value);
 };
 
-constexpr auto kKeys = std::to_array<SourceKey>({
+constexpr auto kSourceKeys = std::to_array<SourceKey>({
     {"Data Source", "DisplayName", [](Source& s, std::string_view v) { s.display_name = v; }},
     {"Data Source", "Enabled", [](Source& s, std::string_view v) { s.is_enabled = v != "false"; }},
     {"Mail Identity", "Name", [](Source& s, std::string_view v) { s.account.name = v; }},
@@ -44,14 +44,14 @@ constexpr auto kKeys = std::to_array<SourceKey>({
     {"Authentication", "Host", [](Source& s, std::string_view v) { s.account.server = v; }},
     {"Authentication", "Port", [](Source& s, std::string_view v) { s.account.port = PortFrom(v); }},
     {"Authentication", "User", [](Source& s, std::string_view v) { s.account.user_name = v; }},
-    {"Security", "Method", [](Source& s, std::string_view v) { s.account.security = SecurityFrom(v); }},
+    {"Security", "Method", [](Source& s, std::string_view v) { s.account.security = SecurityOfMethod(v); }},
 });
 
 Source SourceFrom(std::string_view content) {
   Source source;
   ReadKeyFile(content, [&](const KeyLine& line) {
     if (line.section == "Mail Identity") source.is_identity = true;
-    for (const auto& row : kKeys) {
+    for (const auto& row : kSourceKeys) {
       if (row.section == line.section && row.key == line.key)
         row.take(source, KeyFileText(line.value.substr(0, 2 * kLongestText + 2)));
     }

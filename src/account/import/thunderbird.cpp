@@ -31,7 +31,7 @@ std::vector<std::string> NamesIn(std::string_view list) {
   return names;
 }
 
-std::string SecurityFrom(std::string_view try_ssl) {
+std::string SecurityOfTrySsl(std::string_view try_ssl) {
   constexpr std::array<std::string_view, 4> kMeanings = {"None", "Automatic", "STARTTLS", "TLS"};
   const auto number = platform::WholeNumberBetween(try_ssl, 0, static_cast<std::int64_t>(kMeanings.size()) - 1);
   return number ? std::string(kMeanings.at(static_cast<std::size_t>(*number))) : std::string();
@@ -60,7 +60,7 @@ FoundAccount AccountFrom(const Preferences& preferences, const std::string& acco
   found.email = of_identity("useremail");
   found.server = of_server("hostname");
   found.port = PortFrom(of_server("port"));
-  found.security = SecurityFrom(of_server("try_ssl"));
+  found.security = SecurityOfTrySsl(of_server("try_ssl"));
   if (of_server("authMethod") != kNoSignIn) found.user_name = of_server("username");
   found.program = kProgram;
   return found;

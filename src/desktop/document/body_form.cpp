@@ -21,12 +21,12 @@ namespace {
 using document::BodyColours;
 
 // In the order of document::BodyBox.
-struct Row {
+struct ColourRow {
   const char* name;
   const char* label;
   std::string BodyColours::*field;
 };
-constexpr auto kRows = std::to_array<Row>({
+constexpr auto kColourRows = std::to_array<ColourRow>({
     {"TextColourTextBox", QT_TRANSLATE_NOOP("BodyForm", "&Text:"), &BodyColours::text},
     {"LinkColourTextBox", QT_TRANSLATE_NOOP("BodyForm", "&Links:"), &BodyColours::link},
     {"VisitedColourTextBox", QT_TRANSLATE_NOOP("BodyForm", "&Visited links:"), &BodyColours::visited},
@@ -35,7 +35,7 @@ constexpr auto kRows = std::to_array<Row>({
 });
 
 constexpr int kSampleSize = 18;  // pixels
-constexpr int kWidth = 440;
+constexpr int kFormWidth = 440;
 
 // What a reader takes the text for; none for one that names no colour.
 QColor ColourIn(const QString& text) {
@@ -76,15 +76,15 @@ BodyForm::BodyForm(platform::Prompts& prompts, std::filesystem::path pictures, B
 void BodyForm::BuildWindow() {
   auto* column = new FormColumn(this);
   FormGrid* grid = column->AddGrid();
-  for (std::size_t i = 0; i < kRows.size(); ++i) {
-    auto* box = new QLineEdit(ToQt(found_.*kRows[i].field), this);
+  for (std::size_t i = 0; i < kColourRows.size(); ++i) {
+    auto* box = new QLineEdit(ToQt(found_.*kColourRows[i].field), this);
     box->setPlaceholderText(tr("As the reader's program has it"));
     auto* sample = new QPushButton(this);
-    const QString label = tr(kRows[i].label).remove('&').remove(':');
+    const QString label = tr(kColourRows[i].label).remove('&').remove(':');
     sample->setAccessibleName(tr("Pick a colour: %1").arg(label));
     sample->setToolTip(tr("Pick a colour"));
-    sample->setObjectName(QString(kRows[i].name).replace("TextBox", "Button"));
-    colours_.push_back(grid->Add(kRows[i].name, tr(kRows[i].label), box, {sample}));
+    sample->setObjectName(QString(kColourRows[i].name).replace("TextBox", "Button"));
+    colours_.push_back(grid->Add(kColourRows[i].name, tr(kColourRows[i].label), box, {sample}));
     samples_.push_back(sample);
     connect(box, &QLineEdit::textChanged, this, [this, i] { ShowSample(i); });
     connect(sample, &QPushButton::clicked, this, [this, i] { PickColour(i); });
@@ -105,13 +105,13 @@ void BodyForm::BuildWindow() {
   SayWhatIsWanted();
   ok_ = column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel)->button(QDialogButtonBox::Ok);
   colours_.front()->setFocus();
-  resize(kWidth, sizeHint().height());
+  resize(kFormWidth, sizeHint().height());
 }
 
 void BodyForm::ShowSample(std::size_t row) {
   const auto typed = FromQt(colours_.at(row)->text());
   BodyColours one = found_;
-  one.*kRows.at(row).field = typed;
+  one.*kColourRows.at(row).field = typed;
   const bool is_taken = !document::CheckBodyColours(one, found_);
   samples_.at(row)->setIcon(Sample(is_taken ? ColourIn(ToQt(typed)) : QColor(), palette()));
 }
@@ -156,7 +156,7 @@ void BodyForm::SetBusy(bool busy) {
 
 BodyColours BodyForm::Choice() const {
   BodyColours choice;
-  for (std::size_t i = 0; i < kRows.size(); ++i) choice.*kRows[i].field = FromQt(colours_[i]->text());
+  for (std::size_t i = 0; i < kColourRows.size(); ++i) choice.*kColourRows[i].field = FromQt(colours_[i]->text());
   choice.picture = picture_;
   return choice;
 }

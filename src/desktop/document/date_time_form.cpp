@@ -11,7 +11,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kWidth = 280;  // pixels
+constexpr int kListWidth = 280;  // pixels
 
 // Nothing is chosen at first. It is as high as its rows.
 template <std::size_t kCount>
@@ -20,7 +20,7 @@ QListWidget* Listing(const std::array<const char*, kCount>& formats, const std::
   for (const char* format : formats) list->addItem(ToQt(document::Written(moment, format)));
   list->setLayoutDirection(Qt::LeftToRight);  // they are English in every locale
   list->setUniformItemSizes(true);
-  list->setMinimumWidth(kWidth);
+  list->setMinimumWidth(kListWidth);
   list->setFixedHeight(list->sizeHintForRow(0) * static_cast<int>(kCount) + 2 * list->frameWidth() + 2);
   list->setCurrentRow(0, QItemSelectionModel::NoUpdate);
   new FirstKey(list);

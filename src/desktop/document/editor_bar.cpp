@@ -10,7 +10,7 @@
 namespace quillcast::desktop {
 namespace {
 
-struct Row {
+struct BarRow {
   EditorCommand command;
   const char* icon;
   const char* name;
@@ -19,7 +19,7 @@ struct Row {
   bool behind_line = false;
 };
 
-constexpr auto kRows = std::to_array<Row>({
+constexpr auto kBarRows = std::to_array<BarRow>({
     {EditorCommand::kUndo, "undo", QT_TRANSLATE_NOOP("EditorBar", "Undo"), nullptr, &EditorState::can_undo},
     {EditorCommand::kRedo, "redo", QT_TRANSLATE_NOOP("EditorBar", "Redo"), nullptr, &EditorState::can_redo},
     {EditorCommand::kBold, "bold", QT_TRANSLATE_NOOP("EditorBar", "Bold"), &EditorState::bold, nullptr, true},
@@ -41,7 +41,7 @@ constexpr int kIconSize = 18;  // pixels
 EditorBar::EditorBar(HtmlEditor* editor, QWidget* parent) : QToolBar(parent), editor_(editor) {
   setObjectName("EditorBar");
   setIconSize(QSize(kIconSize, kIconSize));
-  for (const Row& row : kRows) {
+  for (const BarRow& row : kBarRows) {
     if (row.behind_line) addSeparator();
     QAction* action = addAction(Icon(row.icon), tr(row.name));
     action->setCheckable(row.checked != nullptr);

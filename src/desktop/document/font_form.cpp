@@ -19,7 +19,7 @@ namespace {
 // The sizes that HTML knows, 1 to 7, in points.
 constexpr std::array<int, 7> kPoints = {8, 10, 12, 14, 18, 24, 36};
 constexpr int kSampleHeight = 80;  // pixels
-constexpr int kWidth = 420;
+constexpr int kFontFormWidth = 420;
 
 }  // namespace
 
@@ -67,7 +67,7 @@ void FontForm::MakeWindow() {
   sample_->setPalette(paper);
   column->Add(sample_);
   column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  resize(kWidth, sizeHint().height());
+  resize(kFontFormWidth, sizeHint().height());
   connect(colour_button_, &QPushButton::clicked, this, &FontForm::ChooseColour);
   connect(family_, &QComboBox::currentTextChanged, this, &FontForm::ShowSample);
   connect(size_, &QComboBox::currentIndexChanged, this, &FontForm::ShowSample);

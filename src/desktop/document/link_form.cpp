@@ -15,7 +15,7 @@ namespace {
 
 using document::LinkKind;
 
-constexpr int kWidth = 480;
+constexpr int kLinkFormWidth = 480;
 constexpr int kTextRole = Qt::UserRole + 1;  // what stands at a place
 constexpr const char* kScheme = "https://";
 
@@ -60,7 +60,7 @@ void LinkForm::MakeWindow(bool is_link, const std::vector<LinkPlace>& places) {
   grid->Add("LinkTextBox", tr("&Text:"), text_);
   status_ = column->Add(new StatusLine(this));
   auto* buttons = column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  resize(kWidth, sizeHint().height());
+  resize(kLinkFormWidth, sizeHint().height());
   if (!is_link) return;
   auto* remove = buttons->addButton(tr("&Remove the Link"), QDialogButtonBox::DestructiveRole);
   remove->setObjectName("RemoveButton");

@@ -19,13 +19,13 @@ namespace {
 
 using document::MessageProperties;
 
-struct Row {
+struct PropertyRow {
   const char* name;
   const char* label;
   const std::string MessageProperties::*text;
   bool is_theirs = false;  // what people wrote, where it is not the given text for nothing
 };
-constexpr auto kRows = std::to_array<Row>({
+constexpr auto kPropertyRows = std::to_array<PropertyRow>({
     {"LocationLabel", QT_TRANSLATE_NOOP("PropertiesForm", "Location:"), &MessageProperties::location, true},
     {"TitleLabel", QT_TRANSLATE_NOOP("PropertiesForm", "Title:"), &MessageProperties::title, true},
     {"DirectionLabel", QT_TRANSLATE_NOOP("PropertiesForm", "Direction:"), &MessageProperties::direction},
@@ -60,7 +60,7 @@ void PropertiesForm::BuildWindow() {
   resize(640, 520);
   auto* column = new FormColumn(this);
   FormGrid* grid = column->AddGrid();
-  for (const Row& row : kRows) {
+  for (const PropertyRow& row : kPropertyRows) {
     auto* label = new QLabel();
     label->setTextFormat(Qt::PlainText);
     label->setAlignment(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) | Qt::AlignVCenter);
@@ -104,13 +104,13 @@ void PropertiesForm::LookAt(document::MessageDocument document, std::filesystem:
 }
 
 void PropertiesForm::Show(const MessageProperties& properties) {
-  for (std::size_t i = 0; i < kRows.size(); ++i) {
-    const std::string& given = properties.*kRows[i].text;
-    const bool is_ours = !kRows[i].is_theirs || given == "Unsaved" || given == "Not Available";
+  for (std::size_t i = 0; i < kPropertyRows.size(); ++i) {
+    const std::string& given = properties.*kPropertyRows[i].text;
+    const bool is_ours = !kPropertyRows[i].is_theirs || given == "Unsaved" || given == "Not Available";
     const QString text = is_ours ? Translated(given) : ToQt(platform::Printable(given, kLongestShown));
     labels_[i]->setText(text);
     labels_[i]->setToolTip(PlainTip(text));
-    labels_[i]->setAccessibleName(tr(kRows[i].label) + ' ' + text);
+    labels_[i]->setAccessibleName(tr(kPropertyRows[i].label) + ' ' + text);
   }
 }
 

@@ -11,7 +11,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kWidth = 280;  // pixels
+constexpr int kNameFormWidth = 280;  // pixels
 
 }  // namespace
 
@@ -22,7 +22,7 @@ TemplateNameForm::TemplateNameForm(platform::Prompts& prompts, const document::O
   setWindowTitle(title);
   auto* column = new FormColumn(this);
   column->AddGrid()->Add("NameTextBox", tr("&Name:"), name_);
-  name_->setMinimumWidth(kWidth);
+  name_->setMinimumWidth(kNameFormWidth);
   status_ = column->Add(new StatusLine(this));
   column->AddButtons(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   name_->selectAll();

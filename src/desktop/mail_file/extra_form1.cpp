@@ -28,7 +28,6 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kMarginWidth = 60;  // pixels
-constexpr int kTick = 100;        // milliseconds
 
 QLineEdit* MakeMargin(const std::string& text, QWidget* parent) {
   auto* box = new QLineEdit(ToQt(text), parent);

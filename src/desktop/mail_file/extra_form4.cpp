@@ -23,7 +23,6 @@ namespace {
 
 using mail_file::BodyFormat;
 
-constexpr int kTick = 100;  // milliseconds
 constexpr const char* kTitle = "Extract Mail Message";
 
 }  // namespace

@@ -10,7 +10,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr std::size_t kMostShown = 1000;
+constexpr std::size_t kMostNamesShown = 1000;
 
 }  // namespace
 
@@ -44,7 +44,7 @@ Result<CapitalizeForm::Preview> CapitalizeForm::LookThrough(const recipients::Re
   Preview preview;
   std::int64_t last = 0;
   const auto done = PreviewCapitals(store, group, [&](const recipients::NameChange& change) {
-    if (preview.first.size() < kMostShown) preview.first.push_back(change);
+    if (preview.first.size() < kMostNamesShown) preview.first.push_back(change);
     ++preview.changes;
     preview.recipients += change.id == std::exchange(last, change.id) ? 0 : 1;
     return true;

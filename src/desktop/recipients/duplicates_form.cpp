@@ -13,7 +13,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr std::size_t kMostShown = 10'000;
+constexpr std::size_t kMostDuplicatesShown = 10'000;
 
 }  // namespace
 
@@ -62,7 +62,7 @@ Result<DuplicatesForm::Found> DuplicatesForm::LookThrough(const recipients::Reci
     found.entries += static_cast<std::int64_t>(set.holders.size());
     found.too_many += static_cast<std::int64_t>(set.holders.size()) - 1;
     for (const auto& holder : set.holders) {
-      if (found.first.size() < kMostShown) found.first.push_back({set.address, holder});
+      if (found.first.size() < kMostDuplicatesShown) found.first.push_back({set.address, holder});
     }
     return true;
   });

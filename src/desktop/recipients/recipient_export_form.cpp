@@ -22,11 +22,7 @@
 #include "recipients/recipient_store.h"
 
 namespace quillcast::desktop {
-namespace {
-
-constexpr int kTick = 100;  // milliseconds
-
-}  // namespace
+namespace {}  // namespace
 
 RecipientExportForm::RecipientExportForm(const profile::Program& program, const QString& group, QWidget* parent)
     : QDialog(parent),

@@ -17,7 +17,7 @@ constexpr std::size_t kBlock = recipients::kKeysAtOnce;  // rows that are fetche
 constexpr std::size_t kMostBlocks = 20;
 constexpr int kPauseAfterTrouble = 1000;  // milliseconds
 
-enum Column { kNumber, kFirstNameColumn, kLastNameColumn, kAddress };
+enum GridColumn { kNumber, kFirstNameColumn, kLastNameColumn, kAddress };
 
 QString TextOf(RecipientRows& rows, std::size_t row, int column) {
   if (column == kNumber) return QString::number(row + 1);

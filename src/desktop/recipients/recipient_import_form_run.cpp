@@ -15,11 +15,7 @@
 #include "platform/locale_codeset.h"
 
 namespace quillcast::desktop {
-namespace {
-
-constexpr int kTick = 100;  // milliseconds
-
-}  // namespace
+namespace {}  // namespace
 
 recipients::ImportForm RecipientImportForm::Form() const {
   using recipients::ImportMode;

@@ -21,7 +21,7 @@ using recipients::EditKind;
 namespace {
 
 constexpr int kDuplicatesHeight = 120;  // pixels
-constexpr int kNarrowestWindow = 460;
+constexpr int kNarrowestMoveWindow = 460;
 
 // Its own “&” is no mnemonic.
 QString InLabel(const QString& name) { return QString(name).replace('&', "&&"); }
@@ -57,7 +57,7 @@ RecipientMoveForm::RecipientMoveForm(const profile::Program& program, QString fr
 void RecipientMoveForm::MakeWindow() {
   setObjectName("RecipientMoveForm");
   setWindowTitle(tr("Move or Copy Recipients"));
-  setMinimumWidth(kNarrowestWindow);
+  setMinimumWidth(kNarrowestMoveWindow);
   new_group_->setObjectName("NewGroupButton");
   ok_->setObjectName("OKButton");
   ok_->setDefault(true);

@@ -19,7 +19,6 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kTick = 100;  // milliseconds
 constexpr int kNarrowestWindow = 420;
 
 // Where the last list was printed to, or the person's documents where they have a folder for them.

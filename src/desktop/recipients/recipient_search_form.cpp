@@ -22,7 +22,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kTick = 20;        // milliseconds
+constexpr int kSearchTick = 20;  // milliseconds
 constexpr int kAnswerTime = 50;  // milliseconds; longer, and somebody who types has to wait
 
 Result<void> SearchGroup(const recipients::RecipientStore& store, std::string_view group,
@@ -197,7 +197,7 @@ void RecipientSearchForm::Start(Kind kind, const recipients::SearchRequest& requ
                                   });
     return [this, kind, done] { End(kind, done); };
   });
-  kind == Kind::kAsked ? tick_->start(kTick) : tick_->stop();
+  kind == Kind::kAsked ? tick_->start(kSearchTick) : tick_->stop();
   answer_time_->start(kAnswerTime);
 }
 

@@ -29,7 +29,7 @@ namespace {
 
 using run::ResultState;
 
-constexpr platform::LockPatience kPatience{.lock_wait = std::chrono::seconds(5)};
+constexpr platform::LockPatience kLockPatience{.lock_wait = std::chrono::seconds(5)};
 
 // Whom the box offers, in its order, and the run that goes to them.
 struct Whom {
@@ -296,7 +296,7 @@ void KeptRunsForm::MakeGroup() {
   Work([mailing = *mailing, choice = choice_, name = FromQt(group_->text().trimmed()),
         database = program_.folders.Database()](run::RunJournal& journal,
                                                 const platform::CancelToken& cancel) -> Result<Sentence> {
-    recipients::RecipientStore store(database, {.lock_wait = kPatience.lock_wait, .cancel = &cancel});
+    recipients::RecipientStore store(database, {.lock_wait = kLockPatience.lock_wait, .cancel = &cancel});
     const auto made = run::MakeGroup(journal, mailing, choice, name, store);
     if (!made) return made.error();
     const Sentence done = made->added == 1

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kLongestSubject = 60;
 constexpr int kLookPause = 1500;  // milliseconds
 
-enum Column : int { kNumber, kBegan, kWhat, kStanding };
+enum ListColumn : int { kNumber, kBegan, kWhat, kStanding };
 
 Result<std::vector<run::MailingEntry>> Read(const profile::Program& program, const platform::CancelToken& cancel) {
   const auto journal = run::OpenJournal(program.folders, program.clock, cancel);

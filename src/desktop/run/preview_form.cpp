@@ -26,8 +26,8 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kPhoneWidth = 375;  // pixels
-constexpr int kPause = 200;       // milliseconds after the last change of the recipient
+constexpr int kPhoneWidth = 375;       // pixels
+constexpr int kPauseBeforeLook = 200;  // milliseconds after the last change of the recipient
 
 }  // namespace
 
@@ -65,7 +65,7 @@ PreviewForm::PreviewForm(const profile::Program& program, document::MessageDocum
 
 void PreviewForm::SetUpControls() {
   pause_->setSingleShot(true);
-  pause_->setInterval(kPause);
+  pause_->setInterval(kPauseBeforeLook);
   position_->setObjectName("RecipientSpinBox");
   position_->setRange(
       1, static_cast<int>(std::clamp<std::int64_t>(group_.recipients, 1, std::numeric_limits<int>::max())));

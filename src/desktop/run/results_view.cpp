@@ -20,7 +20,7 @@
 namespace quillcast::desktop {
 namespace {
 
-enum Column : int { kPosition, kAddress, kState, kDetail };
+enum ResultColumn : int { kPosition, kAddress, kState, kDetail };
 
 }  // namespace
 

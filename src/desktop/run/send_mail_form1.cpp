@@ -19,6 +19,7 @@
 #include "desktop/run/results_view.h"
 #include "desktop/run/run_heading.h"
 #include "desktop/run/shut_down_form.h"
+#include "desktop/widgets/background_task.h"
 #include "desktop/widgets/count_bar.h"
 #include "desktop/widgets/form_column.h"
 #include "desktop/widgets/note_panel.h"
@@ -33,7 +34,6 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kTick = 100;  // milliseconds between looks at the run
 constexpr int kMostNotes = 4;
 
 QString SummaryText(const run::RunSummary& summary) {

@@ -10,8 +10,8 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kGap = 6;  // pixels
-constexpr int kNarrowestBox = 140;
+constexpr int kButtonGap = 6;  // pixels
+constexpr int kNarrowestAttachments = 140;
 
 }  // namespace
 
@@ -22,9 +22,9 @@ AttachmentsField::AttachmentsField(platform::Prompts& prompts, QWidget* parent)
   total_->setToolTip(tr("Show all of them, and take several out at once"));
   total_->hide();
   setFocusProxy(box_);
-  box_->setMinimumWidth(kNarrowestBox);
+  box_->setMinimumWidth(kNarrowestAttachments);
   box_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-  auto* line = new FoldingLine(this, kGap);
+  auto* line = new FoldingLine(this, kButtonGap);
   line->addWidget(box_);
   line->addWidget(total_);
   connect(total_, &QPushButton::clicked, this, &AttachmentsField::Change);

@@ -22,9 +22,9 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kNarrowestBox = 80;  // pixels, where the window is small
+constexpr int kNarrowestField = 80;  // pixels, where the window is small
 constexpr int kSendWidth = 130;
-constexpr int kGap = 14;  // between the options
+constexpr int kOptionsGap = 14;  // between the options
 
 QPushButton* MakeButton(const char* name, const QString& text, std::string_view icon, QWidget* parent) {
   auto* button = new QPushButton(Icon(icon), text, parent);
@@ -80,8 +80,8 @@ MessageHeader::MessageHeader(const profile::Program& program, QWidget* parent)
 
 void MessageHeader::FillBoxes() {
   from_->setPlaceholderText(tr("No account yet"));
-  from_->setMinimumWidth(kNarrowestBox);
-  method_->setMinimumWidth(kNarrowestBox);
+  from_->setMinimumWidth(kNarrowestField);
+  method_->setMinimumWidth(kNarrowestField);
   method_->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
   priority_->setObjectName("PriorityComboBox");
   format_->setObjectName("FormatComboBox");
@@ -96,7 +96,7 @@ void MessageHeader::FillBoxes() {
 QWidget* MessageHeader::MakeOptions() {
   auto* options = new QWidget(this);
   options->setFocusProxy(method_);
-  auto* line = new FoldingLine(options, kGap);
+  auto* line = new FoldingLine(options, kOptionsGap);
   line->addWidget(method_);
   line->addWidget(WithLabel(tr("Priorit&y:"), priority_, options));
   line->addWidget(WithLabel(tr("Fo&rmat:"), format_, options));

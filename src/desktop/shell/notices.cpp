@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kArrivalsPause = 250;  // milliseconds
 constexpr int kWatchPause = 1000;    // milliseconds
-constexpr std::size_t kLongestShown = 100;
+constexpr std::size_t kLongestInNotice = 100;
 
 }  // namespace
 
@@ -85,8 +85,8 @@ void Notices::LookForCutOff() {
 
 void Notices::ShowCutOff() {
   QStringList sentences = {tr("The run “%1” to %2 was cut off.")
-                               .arg(ToQt(platform::Printable(cut_off_->subject, kLongestShown)),
-                                    ToQt(platform::Printable(cut_off_->group, kLongestShown)))};
+                               .arg(ToQt(platform::Printable(cut_off_->subject, kLongestInNotice)),
+                                    ToQt(platform::Printable(cut_off_->group, kLongestInNotice)))};
   for (const auto& sentence : run::WhatIsLeft(*cut_off_)) sentences << InWords(sentence);
   // Each is about the run that it stands beside, whatever is looked for meanwhile.
   const run::RunId last = cut_off_->runs.back().id;
@@ -98,7 +98,7 @@ void Notices::ShowCutOff() {
 }
 
 void Notices::ShowDraft() {
-  const QString subject = ToQt(platform::Printable(drafts_.OfferedSubject(), kLongestShown));
+  const QString subject = ToQt(platform::Printable(drafts_.OfferedSubject(), kLongestInNotice));
   QStringList sentences = {subject.isEmpty() ? tr("An unfinished message was kept.")
                                              : tr("An unfinished message was kept: “%1”.").arg(subject)};
   std::vector<NoticeBar::Offer> offers = {{tr("Restore"), "RestoreButton", [this] { emit RestorePressed(); }},

@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kMostHead = std::size_t{16} * 1024;  // bytes of a message, for its line in the list
-constexpr int kGap = 12;                                   // pixels between the list and the message
+constexpr int kSplitterGap = 12;                           // pixels between the list and the message
 
 enum Column : int { kTo, kSubject };
 
@@ -85,7 +85,7 @@ void PracticeForm::BuildWindow(MessageTools tools) {
   lines->addWidget(list_, 1);
   lines->addWidget(status_);
   auto* parts = new QSplitter(this);
-  parts->setHandleWidth(kGap);
+  parts->setHandleWidth(kSplitterGap);
   parts->addWidget(left);
   parts->addWidget(message_);
   parts->setSizes({360, 600});

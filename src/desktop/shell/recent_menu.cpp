@@ -6,7 +6,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kLongestShown = 400;  // pixels
+constexpr int kLongestEntry = 400;  // pixels
 
 }  // namespace
 
@@ -38,7 +38,7 @@ void RecentMenu::Fill() {
 // The first nine by their numbers.
 void RecentMenu::AddDocument(const std::filesystem::path& file, int number) {
   const QString path = PathToQt(file);
-  const QString name = fontMetrics().elidedText(path, Qt::ElideMiddle, kLongestShown).replace('&', "&&");
+  const QString name = fontMetrics().elidedText(path, Qt::ElideMiddle, kLongestEntry).replace('&', "&&");
   QAction* action = addAction(number < 10 ? QString("&%1  %2").arg(QString::number(number), name) : name, this,
                               [this, file] { emit Picked(file); });
   action->setToolTip(PlainTip(path));

@@ -13,7 +13,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kSteps = 500;
+constexpr int kBarSteps = 500;
 
 }  // namespace
 
@@ -39,7 +39,7 @@ SplashForm::SplashForm(std::string_view system_name)
   system->setObjectName("WindowsVersion");
   system->setTextFormat(Qt::PlainText);
   progress_->setTextVisible(false);
-  progress_->setRange(0, kSteps);
+  progress_->setRange(0, kBarSteps);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(28, 24, 28, 20);
   column->addWidget(sign);
@@ -63,7 +63,7 @@ Result<void> SplashForm::SetWanted(profile::SettingsStore& settings, bool wanted
 void SplashForm::Run() {
   show();
   repaint();
-  for (int step = 1; step <= kSteps; ++step) progress_->setValue(step);
+  for (int step = 1; step <= kBarSteps; ++step) progress_->setValue(step);
   progress_->repaint();
 }
 

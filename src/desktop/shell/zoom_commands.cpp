@@ -12,13 +12,13 @@ namespace {
 
 constexpr const char* kSection = "Window";
 constexpr const char* kKey = "Zoom";
-constexpr std::array<int, 11> kSteps = {50, 67, 75, 80, 90, 100, 110, 125, 150, 175, 200};  // per cent
+constexpr std::array<int, 11> kZoomSteps = {50, 67, 75, 80, 90, 100, 110, 125, 150, 175, 200};  // per cent
 constexpr int kActualSize = 100;
 
 // What is stored by hand may be anything.
 int Zoom(const Shell& shell) {
   const auto stored = shell.program.settings.Read(kSection, kKey, "");
-  const auto percent = platform::WholeNumberBetween(stored ? *stored : "", kSteps.front(), kSteps.back());
+  const auto percent = platform::WholeNumberBetween(stored ? *stored : "", kZoomSteps.front(), kZoomSteps.back());
   return static_cast<int>(percent.value_or(kActualSize));
 }
 
@@ -32,13 +32,13 @@ void SetZoom(Shell& shell, int percent) {
 }  // namespace
 
 void ZoomIn(Shell& shell) {
-  const auto* const next = std::upper_bound(kSteps.begin(), kSteps.end(), Zoom(shell));
-  SetZoom(shell, next == kSteps.end() ? kSteps.back() : *next);
+  const auto* const next = std::upper_bound(kZoomSteps.begin(), kZoomSteps.end(), Zoom(shell));
+  SetZoom(shell, next == kZoomSteps.end() ? kZoomSteps.back() : *next);
 }
 
 void ZoomOut(Shell& shell) {
-  const auto* const here = std::lower_bound(kSteps.begin(), kSteps.end(), Zoom(shell));
-  SetZoom(shell, here == kSteps.begin() ? kSteps.front() : *(here - 1));
+  const auto* const here = std::lower_bound(kZoomSteps.begin(), kZoomSteps.end(), Zoom(shell));
+  SetZoom(shell, here == kZoomSteps.begin() ? kZoomSteps.front() : *(here - 1));
 }
 
 void ZoomReset(Shell& shell) { SetZoom(shell, kActualSize); }

@@ -10,6 +10,9 @@
 
 namespace quillcast::desktop {
 
+// How often a window looks at how far work has come, in milliseconds.
+inline constexpr int kTick = 100;
+
 // One piece of work at a time.
 class BackgroundTask final : public QObject {
  public:

@@ -6,7 +6,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kSteps = 20;  // from the wished colour to black or white
+constexpr int kShades = 20;  // from the wished colour to black or white
 
 double Linear(double channel) {
   return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
@@ -16,7 +16,7 @@ double Luminance(const QColor& colour) {
   return 0.2126 * Linear(colour.redF()) + 0.7152 * Linear(colour.greenF()) + 0.0722 * Linear(colour.blueF());
 }
 
-int Between(int from, int to, int step) { return from + (to - from) * step / kSteps; }
+int Between(int from, int to, int step) { return from + (to - from) * step / kShades; }
 
 }  // namespace
 
@@ -27,7 +27,7 @@ double Contrast(const QColor& one, const QColor& other) {
 
 QColor Readable(const QColor& wished, const QColor& ground, double least) {
   const QColor end = Contrast(Qt::white, ground) > Contrast(Qt::black, ground) ? Qt::white : Qt::black;
-  for (int step = 0; step < kSteps; ++step) {
+  for (int step = 0; step < kShades; ++step) {
     const QColor colour(Between(wished.red(), end.red(), step), Between(wished.green(), end.green(), step),
                         Between(wished.blue(), end.blue(), step));
     if (Contrast(colour, ground) >= least) return colour;

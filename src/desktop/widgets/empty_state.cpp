@@ -7,7 +7,7 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kMargin = 16;  // pixels
+constexpr int kEmptyMargin = 16;  // pixels
 
 }  // namespace
 
@@ -16,7 +16,7 @@ EmptyState::EmptyState(QAbstractScrollArea* area, const QString& text) : QLabel(
   setTextFormat(Qt::PlainText);
   setWordWrap(true);
   setAlignment(Qt::AlignCenter);
-  setMargin(kMargin);
+  setMargin(kEmptyMargin);
   setAttribute(Qt::WA_TransparentForMouseEvents);
   area->viewport()->installEventFilter(this);
   Place();

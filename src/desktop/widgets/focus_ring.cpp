@@ -41,7 +41,7 @@ QRect PlaceIn(const QWidget& control) {
                             QRect(QPoint(), QSize(own.width(), control.height())));
 }
 
-class Watcher final : public QObject {
+class FocusWatcher final : public QObject {
  public:
   using QObject::QObject;
 
@@ -124,9 +124,9 @@ void FocusRing::paintEvent(QPaintEvent*) {
 }
 
 void ShowFocusRing() {
-  static QPointer<Watcher> watcher;
+  static QPointer<FocusWatcher> watcher;
   if (watcher) return;
-  watcher = new Watcher(qApp);
+  watcher = new FocusWatcher(qApp);
   qApp->installEventFilter(watcher);
 }
 

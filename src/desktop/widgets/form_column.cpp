@@ -12,7 +12,7 @@ namespace quillcast::desktop {
 namespace {
 
 constexpr int kMargin = 14;  // pixels
-constexpr int kSpacing = 10;
+constexpr int kColumnSpacing = 10;
 
 constexpr std::pair<QDialogButtonBox::StandardButton, const char*> kButtonNames[] = {
     {QDialogButtonBox::Ok, "OKButton"},
@@ -37,7 +37,7 @@ class ButtonRow final : public QDialogButtonBox {
 
 FormColumn::FormColumn(QWidget* window) : QVBoxLayout(window) {
   setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-  setSpacing(kSpacing);
+  setSpacing(kColumnSpacing);
 }
 
 FormGrid* FormColumn::AddGrid(int place) {

@@ -18,7 +18,7 @@ bool TakesLines(const QObject* widget) {
          widget->inherits("QQuickWidget");
 }
 
-class Watcher final : public QObject {
+class KeyWatcher final : public QObject {
  public:
   using QObject::QObject;
 
@@ -35,9 +35,9 @@ class Watcher final : public QObject {
 }  // namespace
 
 void IgnoreHeldKeys() {
-  static QPointer<Watcher> watcher;
+  static QPointer<KeyWatcher> watcher;
   if (watcher) return;
-  watcher = new Watcher(qApp);
+  watcher = new KeyWatcher(qApp);
   qApp->installEventFilter(watcher);
 }
 

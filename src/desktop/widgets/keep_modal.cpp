@@ -10,7 +10,7 @@ namespace quillcast::desktop {
 namespace {
 
 // The event comes when the new window is there and before it is shown: from then on it would be too late.
-class Watcher final : public QObject {
+class ModalWatcher final : public QObject {
  public:
   using QObject::QObject;
 
@@ -27,9 +27,9 @@ class Watcher final : public QObject {
 }  // namespace
 
 void KeepDialogsModal() {
-  static QPointer<Watcher> watcher;
+  static QPointer<ModalWatcher> watcher;
   if (watcher) return;
-  watcher = new Watcher(qApp);
+  watcher = new ModalWatcher(qApp);
   qApp->installEventFilter(watcher);
 }
 

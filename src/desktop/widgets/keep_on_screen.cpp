@@ -125,7 +125,7 @@ void BringIntoView(QWidget& control) {
 
 // Hears of a window just before it is shown, when its size is decided, and before it grows because more is to be shown
 // in it. A message box fits itself, and what has no frame follows the window that it belongs to.
-class Watcher final : public QObject {
+class ScreenWatcher final : public QObject {
  public:
   using QObject::QObject;
 
@@ -148,9 +148,9 @@ class Watcher final : public QObject {
 }  // namespace
 
 void KeepWindowsOnScreen() {
-  static QPointer<Watcher> watcher;
+  static QPointer<ScreenWatcher> watcher;
   if (watcher) return;
-  watcher = new Watcher(qApp);
+  watcher = new ScreenWatcher(qApp);
   qApp->installEventFilter(watcher);
 }
 

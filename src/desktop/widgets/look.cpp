@@ -25,7 +25,7 @@ void TakePlaceholderColour() {
   QApplication::setPalette(palette);
 }
 
-class Watcher final : public QObject {
+class LookWatcher final : public QObject {
  public:
   using QObject::QObject;
 
@@ -45,9 +45,9 @@ QColor QuietText(const QPalette& palette) {
 }
 
 void DressWindows() {
-  static QPointer<Watcher> watcher;
+  static QPointer<LookWatcher> watcher;
   if (watcher) return;
-  watcher = new Watcher(qApp);
+  watcher = new LookWatcher(qApp);
   qApp->installEventFilter(watcher);
   TakePlaceholderColour();
   ShowFocusRing();

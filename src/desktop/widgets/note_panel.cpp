@@ -12,8 +12,8 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kSign = 20;         // pixels
-constexpr int kLongestWord = 60;  // a path may be one word
+constexpr int kSign = 20;               // pixels
+constexpr int kLongestWordOfNote = 60;  // a path may be one word
 
 }  // namespace
 
@@ -40,7 +40,7 @@ NotePanel::NotePanel(NoteKind kind, const char* name, const char* label, QWidget
   TakeColours();
 }
 
-void NotePanel::SetText(const QString& sentence) { sentence_->setText(Breakable(sentence, kLongestWord)); }
+void NotePanel::SetText(const QString& sentence) { sentence_->setText(Breakable(sentence, kLongestWordOfNote)); }
 QString NotePanel::text() const { return sentence_->text(); }
 
 QPushButton* NotePanel::AddOffer(const char* name, const QString& text, std::function<void()> action) {

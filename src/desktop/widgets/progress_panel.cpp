@@ -12,8 +12,8 @@
 namespace quillcast::desktop {
 namespace {
 
-constexpr int kNarrowest = 120;   // pixels: the button keeps its place whatever it says
-constexpr int kLongestWord = 30;  // beside the buttons
+constexpr int kNarrowest = 120;        // pixels: the button keeps its place whatever it says
+constexpr int kLongestWordOfBar = 30;  // beside the buttons
 
 }  // namespace
 
@@ -55,6 +55,6 @@ void ProgressPanel::PutButtonBesideBar() {
   bars_->addWidget(button_, bars_->rowCount() - 1, 2);
 }
 
-void ProgressPanel::SayRate(const QString& rate) { rate_->Say(Breakable(rate, kLongestWord)); }
+void ProgressPanel::SayRate(const QString& rate) { rate_->Say(Breakable(rate, kLongestWordOfBar)); }
 
 }  // namespace quillcast::desktop

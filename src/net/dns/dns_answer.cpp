@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint16_t kAlias = 5;  // CNAME
 constexpr std::uint16_t kNameServer = 2;
 constexpr std::uint16_t kStartOfAuthority = 6;
-constexpr std::uint16_t kInternet = 1;  // the class
+constexpr std::uint16_t kInternetClass = 1;  // the class
 constexpr int kMostAliases = 16;
 constexpr std::uint16_t kCut = 0x0200;  // the flag of a message that is not whole
 
@@ -132,7 +132,7 @@ std::optional<AnswerSection> ReadSection(WireReader& reader, std::uint16_t count
     const std::uint16_t length = reader.Number();
     const std::size_t end = reader.position() + length;
     const bool alias = type == kAlias;
-    if (dns_class != kInternet || (!alias && type != static_cast<std::uint16_t>(wanted))) {
+    if (dns_class != kInternetClass || (!alias && type != static_cast<std::uint16_t>(wanted))) {
       reader.IgnoreOctets(length);
     } else {
       DnsRecord record = ReadRecord(reader, alias ? static_cast<std::uint16_t>(DnsType::kPtr) : type, length);

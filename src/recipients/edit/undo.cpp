@@ -11,7 +11,7 @@ namespace {
 
 using platform::Database;
 
-constexpr std::int64_t kBetweenReports = 256;
+constexpr std::int64_t kRowsBetweenReports = 256;
 
 Error NothingToUndo() {
   return {Failure::kUsage, "There is nothing to take back.",
@@ -197,7 +197,7 @@ Result<void> RestoreRows(Database& database, const platform::LockPatience& patie
     if (!restored) return restored;
     ++(*restored ? outcome.restored : outcome.left);
     const auto done = outcome.restored + outcome.left;
-    if (on_progress && done % kBetweenReports == 0) on_progress(done, outcome.step.rows);
+    if (on_progress && done % kRowsBetweenReports == 0) on_progress(done, outcome.step.rows);
     return true;
   });
 }

@@ -13,7 +13,6 @@
 namespace quillcast::recipients {
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::size_t kHeaderSize = 30;        // of a part, before its name (APPNOTE 4.3.7)
 constexpr std::uint64_t kMostInflated = 1032;  // bytes out of one, which deflate cannot do better
 constexpr std::uint16_t kStored = 0;
@@ -55,7 +54,7 @@ class Inflater {
     stream_.avail_in = static_cast<uInt>(packed.size());
     while (stream_.avail_in > 0 && !at_end_) {
       const std::size_t before = out.size();
-      out.resize(std::min(room, before + kBlock));
+      out.resize(std::min(room, before + platform::kFileBlock));
       if (out.size() == before) return true;  // it goes on beyond what the directory said
       stream_.next_out = reinterpret_cast<Bytef*>(out.data() + before);
       stream_.avail_out = static_cast<uInt>(out.size() - before);
@@ -91,7 +90,7 @@ Result<std::string> UnpackPart(const std::filesystem::path& file, const ArchiveD
   std::string block;
   for (std::uint64_t left = entry->packed; left > 0 && part.size() < entry->unpacked; left -= block.size()) {
     if (IsGivenUp(cancel)) return ReadingGivenUp(file);
-    block.resize(std::min<std::uint64_t>(left, kBlock));
+    block.resize(std::min<std::uint64_t>(left, platform::kFileBlock));
     const auto count = platform::ReadSome(fd->get(), file, block.data(), block.size());
     if (!count) return count.error();
     if (*count < block.size()) return DamagedPart(file, name);

@@ -12,7 +12,7 @@ namespace quillcast::recipients {
 namespace {
 
 constexpr std::size_t kLinesForADelimiter = 64;
-constexpr std::size_t kLongestHeading = 60;  // bytes, where it is told
+constexpr std::size_t kLongestToldHeading = 60;  // bytes, where it is told
 
 }  // namespace
 
@@ -64,7 +64,8 @@ std::optional<Sentence> DescribeBeyond(const ProposedMapping& proposed) {
   if (proposed.beyond.empty()) return {};
   std::string names;
   for (const std::size_t column : proposed.beyond)
-    names += (names.empty() ? "“" : ", “") + platform::Printable(proposed.headings[column - 1], kLongestHeading) + "”";
+    names +=
+        (names.empty() ? "“" : ", “") + platform::Printable(proposed.headings[column - 1], kLongestToldHeading) + "”";
   return SayOf(static_cast<std::int64_t>(proposed.beyond.size()),
                "{} field stands behind the eighteenth: {}. “Map by Headings” takes it, and so does {} as “Columns”.",
                "{} fields stand behind the eighteenth: {}. “Map by Headings” takes them, and so does {} as “Columns”.",

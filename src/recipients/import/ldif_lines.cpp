@@ -12,7 +12,7 @@ namespace {
 
 using platform::EqualsIgnoringAsciiCase;
 
-constexpr std::size_t kWholeName = kFieldCount;  // beside the places of kFields
+constexpr std::size_t kWholeNameOfEntry = kFieldCount;  // beside the places of kFields
 constexpr std::size_t kNoField = kFieldCount + 1;
 
 struct Attribute {
@@ -30,9 +30,9 @@ constexpr std::array<Attribute, 47> kAttributes = {{{"mail", kEmail},
                                                     {"gn", kFirstName},
                                                     {"sn", kLastName},
                                                     {"surname", kLastName},
-                                                    {"cn", kWholeName},
-                                                    {"commonName", kWholeName},
-                                                    {"displayName", kWholeName},
+                                                    {"cn", kWholeNameOfEntry},
+                                                    {"commonName", kWholeNameOfEntry},
+                                                    {"displayName", kWholeNameOfEntry},
                                                     {"c", kCountry},
                                                     {"co", kCountry},
                                                     {"countryName", kCountry},
@@ -123,7 +123,7 @@ class Entries {
     // The lines of a postal address (RFC 4517 3.3.28), and the label behind an address of the web.
     if (field == kStreet) value = platform::ReplaceAll(value, "$", ", ");
     if (field == kWebSite) value.resize(std::min(value.find(' '), value.size()));
-    if (field == kWholeName) {
+    if (field == kWholeNameOfEntry) {
       card_.PutWholeName(value);
     } else if (field == kEmail) {
       card_.PutEmail(value, false);
@@ -139,8 +139,8 @@ class Entries {
   std::int64_t number_ = 0;
 };
 
-constexpr UnfoldingRules kUnfolding = {.is_wanted = IsWanted,
-                                       .goes_on_behind_equals = [](std::string_view) { return false; }};
+constexpr UnfoldingRules kLdifUnfolding = {.is_wanted = IsWanted,
+                                           .goes_on_behind_equals = [](std::string_view) { return false; }};
 
 }  // namespace
 
@@ -152,7 +152,7 @@ Result<void> LdifLines::Read(const Take& take) {
   Entries entries(take);
   bool goes_on = true;
   auto read =
-      ReadUnfolded(source_, kUnfolding, [&](std::string_view line) { return goes_on = entries.TakeLine(line); });
+      ReadUnfolded(source_, kLdifUnfolding, [&](std::string_view line) { return goes_on = entries.TakeLine(line); });
   if (read && goes_on) entries.EndEntry();
   return read;
 }

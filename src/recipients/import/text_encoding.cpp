@@ -19,9 +19,7 @@ namespace {
 
 using platform::EqualsIgnoringAsciiCase;
 
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::size_t kLongestMark = 4;
-constexpr char32_t kReplacement = 0xFFFD;
 
 struct ByteOrderMark {
   std::string_view bytes;
@@ -122,7 +120,7 @@ Result<Utf8Census> TakeCensus(int fd, const std::filesystem::path& path, std::st
   while (!block.empty()) {
     if (IsGivenUp(cancel)) return ReadingGivenUp(path);
     census.Feed(block);
-    block.resize(kBlock);
+    block.resize(platform::kFileBlock);
     const auto count = platform::ReadSome(fd, path, block.data(), block.size());
     if (!count) return count.error();
     block.resize(*count);
@@ -137,7 +135,7 @@ Result<std::int64_t> LineAt(int fd, const std::filesystem::path& path, std::uint
   if (::lseek(fd, 0, SEEK_SET) < 0) return platform::SystemError("read", path, errno);
   std::int64_t line = 1;
   char before = '\0';
-  std::string block(kBlock, '\0');
+  std::string block(platform::kFileBlock, '\0');
   while (position > 0) {
     if (IsGivenUp(cancel)) return ReadingGivenUp(path);
     const auto count = platform::ReadSome(fd, path, block.data(), std::min<std::uint64_t>(block.size(), position));
@@ -179,7 +177,7 @@ void AppendRepairedUtf8(std::string_view text, std::string& out) {
   while (!text.empty()) {
     const auto [code, length] = platform::DecodeUtf8(text);
     if (code == platform::kNotUtf8) {
-      platform::AppendUtf8(out, kReplacement);
+      platform::AppendUtf8(out, platform::kReplacement);
     } else {
       out.append(text.substr(0, length));
     }
@@ -189,7 +187,7 @@ void AppendRepairedUtf8(std::string_view text, std::string& out) {
 
 Result<TextEncoding> FindOutEncoding(int fd, const std::filesystem::path& path, std::string_view system_code_page,
                                      const platform::CancelToken* cancel) {
-  auto block = ReadBeginning(fd, path, kBlock);
+  auto block = ReadBeginning(fd, path, platform::kFileBlock);
   if (!block) return block.error();
   const ByteOrderMark* mark = MarkOf(*block);
   if (mark != nullptr && mark->encoding != kMarks.front().encoding) return MarkedBy(*mark);

@@ -6,28 +6,26 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/file.h"
 #include "platform/utf8.h"
 #include "recipients/import/reading_given_up.h"
 
 namespace quillcast::recipients {
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
-constexpr char32_t kReplacement = 0xFFFD;
-
 void AppendUtf16(std::u16string_view units, char16_t& high_half, std::string& out) {
   for (const char16_t unit : units) {
     const bool is_low = unit >= 0xDC00 && unit < 0xE000;
     if (high_half != 0) {
       const char32_t pair = 0x10000 + ((static_cast<char32_t>(high_half) - 0xD800) << 10) + (unit - 0xDC00);
-      platform::AppendUtf8(out, is_low ? pair : kReplacement);
+      platform::AppendUtf8(out, is_low ? pair : platform::kReplacement);
       high_half = 0;
       if (is_low) continue;
     }
     if (unit >= 0xD800 && unit < 0xDC00) {
       high_half = unit;
     } else {
-      platform::AppendUtf8(out, is_low ? kReplacement : unit);
+      platform::AppendUtf8(out, is_low ? platform::kReplacement : unit);
     }
   }
 }
@@ -53,7 +51,7 @@ Result<void> TextSource::Begin(TextEncoding encoding) {
   bytes_read_ = encoding_.mark_length;
   if (::lseek(fd_.get(), static_cast<off_t>(bytes_read_), SEEK_SET) < 0)
     return platform::SystemError("read", path_, errno);
-  buffer_.resize(kBlock);
+  buffer_.resize(platform::kFileBlock);
   return {};
 }
 
@@ -87,7 +85,7 @@ void TextSource::Convert(std::string_view bytes, bool is_last, std::string& out)
     AppendUtf16({units.data(), static_cast<std::size_t>(to - units.data())}, high_half_, out);
     if (status != U_BUFFER_OVERFLOW_ERROR) break;
   }
-  if (is_last && high_half_ != 0) platform::AppendUtf8(out, kReplacement);
+  if (is_last && high_half_ != 0) platform::AppendUtf8(out, platform::kReplacement);
 }
 
 // Whole characters stay in `block`, and what may go on in the next one in split_.

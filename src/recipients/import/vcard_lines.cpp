@@ -226,7 +226,7 @@ class Cards {
   std::int64_t number_ = 0;
 };
 
-constexpr UnfoldingRules kUnfolding = {
+constexpr UnfoldingRules kVcardUnfolding = {
     .is_wanted = [](std::string_view line) { return PropertyOf(line) != Property::kOther; },
     .goes_on_behind_equals =
         [](std::string_view line) { return ParametersOf(line.substr(0, ValueAt(line))).is_quoted_printable; }};
@@ -240,7 +240,8 @@ FileFacts VCardLines::Facts() const {
 Result<void> VCardLines::Read(const Take& take) {
   Cards cards(take);
   bool goes_on = true;
-  auto read = ReadUnfolded(source_, kUnfolding, [&](std::string_view line) { return goes_on = cards.TakeLine(line); });
+  auto read =
+      ReadUnfolded(source_, kVcardUnfolding, [&](std::string_view line) { return goes_on = cards.TakeLine(line); });
   if (read && goes_on) cards.Finish();
   return read;
 }
