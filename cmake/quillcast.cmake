@@ -9,9 +9,30 @@ target_compile_definitions(quillcast_flags INTERFACE
 target_include_directories(quillcast_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
 if(QUILLCAST_SANITIZE)
   target_compile_options(quillcast_flags INTERFACE -fsanitize=${QUILLCAST_SANITIZE} -fno-sanitize-recover=all
-    -fno-omit-frame-pointer -O1)
+    -fno-omit-frame-pointer)
   target_link_options(quillcast_flags INTERFACE -fsanitize=${QUILLCAST_SANITIZE})
 endif()
+
+# What the compiler is given of a folder's sources: some files that include them, by names that are the same in every
+# checkout, for the compiler's cache. So no two sources of a folder may have one name in their unnamed namespaces.
+function(quillcast_sources out name)
+  if(NOT QUILLCAST_TOGETHER)
+    set(${out} ${ARGN} PARENT_SCOPE)
+    return()
+  endif()
+  set(at_once 16)
+  list(LENGTH ARGN count)
+  math(EXPR last "${count} - 1")
+  foreach(begin RANGE 0 ${last} ${at_once})
+    list(SUBLIST ARGN ${begin} ${at_once} some)
+    list(TRANSFORM some REPLACE "^${CMAKE_SOURCE_DIR}/src/(.*)$" "#include \"\\1\"")
+    list(JOIN some "\n" includes)
+    set(file ${CMAKE_CURRENT_BINARY_DIR}/${name}_${begin}.cpp)
+    file(CONFIGURE OUTPUT ${file} CONTENT "${includes}\n" @ONLY)
+    list(APPEND files ${file})
+  endforeach()
+  set(${out} ${files} PARENT_SCOPE)
+endfunction()
 
 # A folder of the house: every .cpp in it becomes quillcast_NAME, which may include only what USES names.
 function(quillcast_folder name)
@@ -22,8 +43,16 @@ function(quillcast_folder name)
     target_link_libraries(quillcast_${name} INTERFACE quillcast_flags ${ARG_USES})
     return()
   endif()
-  add_library(quillcast_${name} STATIC ${sources})
+  quillcast_sources(together ${name} ${sources})
+  add_library(quillcast_${name} STATIC ${together})
   target_link_libraries(quillcast_${name} PUBLIC quillcast_flags ${ARG_USES})
+endfunction()
+
+# What every test program is built with: quickly, for none of them is waited for, and what they include once.
+function(quillcast_test_build target)
+  target_compile_options(${target} PRIVATE -O0 $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+  target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE)  # which needs to optimise
+  target_precompile_headers(${target} PRIVATE ${ARGN})
 endfunction()
 
 # A test program: every .cpp below tests/NAME, or below tests/FOLDER, but for those below its folder EXCEPT, run by CTest
@@ -41,6 +70,7 @@ function(quillcast_test name)
   target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_compile_definitions(test_${name} PRIVATE QUILLCAST_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/${ARG_FOLDER}")
   target_link_libraries(test_${name} PRIVATE ${ARG_USES} GTest::gtest_main GTest::gmock)
+  quillcast_test_build(test_${name} <gmock/gmock.h> <gtest/gtest.h>)
   add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()
