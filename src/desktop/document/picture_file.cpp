@@ -29,7 +29,7 @@ constexpr std::int64_t kMostBytesOfPixel = 8;  // a PNG of 16 bits a colour
 constexpr int kShownSide = 400;                // pixels
 constexpr int kQuality = 85;                   // of a JPEG: no difference is seen
 
-QSize ToQt(profile::PixelSize size) { return {size.width, size.height}; }
+QSize QtSize(profile::PixelSize size) { return {size.width, size.height}; }
 
 // Null for a kind that is not shown. The bytes decide, before any reader sees them.
 const char* ReaderFor(std::string_view bytes) {
@@ -113,7 +113,7 @@ void MakeSmaller(PictureLook& look, const QImage& picture) {
   look.smaller_size = document::NoWiderThan(look.head.size, document::kWidestPhotograph);
   QString ending;
   look.smaller =
-      Encoded(picture.scaled(ToQt(look.smaller_size), Qt::IgnoreAspectRatio, Qt::SmoothTransformation), ending);
+      Encoded(picture.scaled(QtSize(look.smaller_size), Qt::IgnoreAspectRatio, Qt::SmoothTransformation), ending);
   if (static_cast<std::uint64_t>(look.smaller.size()) >= look.head.bytes) look.smaller.clear();
 }
 
