@@ -48,11 +48,10 @@ function(quillcast_folder name)
   target_link_libraries(quillcast_${name} PUBLIC quillcast_flags ${ARG_USES})
 endfunction()
 
-# What every test program is built with: quickly, for none of them is waited for, and what they include once.
+# What every test program is built with: quickly, for none of them is waited for.
 function(quillcast_test_build target)
-  target_compile_options(${target} PRIVATE -O0 $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
-  target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE)  # which needs to optimise
-  target_precompile_headers(${target} PRIVATE ${ARGN})
+  # Hardening needs to optimise.
+  target_compile_options(${target} PRIVATE -O0 -U_FORTIFY_SOURCE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
 endfunction()
 
 # A test program: every .cpp below tests/NAME, or below tests/FOLDER, but for those below its folder EXCEPT, run by CTest
@@ -70,7 +69,8 @@ function(quillcast_test name)
   target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_compile_definitions(test_${name} PRIVATE QUILLCAST_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/${ARG_FOLDER}")
   target_link_libraries(test_${name} PRIVATE ${ARG_USES} GTest::gtest_main GTest::gmock)
-  quillcast_test_build(test_${name} <gmock/gmock.h> <gtest/gtest.h>)
+  quillcast_test_build(test_${name})
+  target_precompile_headers(test_${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
   add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()

@@ -28,8 +28,9 @@ void Wire::Sent(std::size_t count) {
   out_at_ = 0;
 }
 
+// Where that moves no more than is out: a buffer that swings over twice its room stays in no cache.
 void Wire::Compact() {
-  if (out_at_ < kBlock) return;
+  if (out_at_ < out_.size() - out_at_) return;
   out_.erase(0, out_at_);
   base_ += out_at_;
   out_at_ = 0;
