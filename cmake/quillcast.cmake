@@ -73,5 +73,5 @@ function(quillcast_test name)
   quillcast_test_build(test_${name})
   target_precompile_headers(test_${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
   add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  set_tests_properties(${name} PROPERTIES TIMEOUT $<IF:$<CONFIG:Debug>,600,300>)  # sanitized ones take twice as long
 endfunction()

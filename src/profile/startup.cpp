@@ -14,8 +14,6 @@ namespace fs = std::filesystem;
 
 constexpr PixelSize kSmallestScreen{800, 600};
 
-bool IsThere(const fs::path& path) { return fs::exists(path, IgnoreErrors()); }
-
 using Check = std::optional<Refusal> (*)(const StartupFacts&, const Folders&);
 
 std::optional<Refusal> RefuseSecondWindow(const StartupFacts& facts, const Folders&) {
@@ -44,7 +42,7 @@ std::optional<Refusal> RefuseSmallScreen(const StartupFacts& facts, const Folder
 }
 
 std::optional<Refusal> RefuseMissingTemplate(const StartupFacts&, const Folders& folders) {
-  if (IsThere(folders.DatabaseTemplate())) return {};
+  if (fs::exists(folders.DatabaseTemplate(), IgnoreErrors())) return {};
   return Refusal{
       "Quillcast has failed to start because Group.mdb was not found.\r\n"
       "Re-installing the application may fix this problem."};

@@ -17,7 +17,6 @@ namespace {
 constexpr std::uint16_t kAlias = 5;  // CNAME
 constexpr std::uint16_t kNameServer = 2;
 constexpr std::uint16_t kStartOfAuthority = 6;
-constexpr std::uint16_t kInternetClass = 1;  // the class
 constexpr int kMostAliases = 16;
 constexpr std::uint16_t kCut = 0x0200;  // the flag of a message that is not whole
 

@@ -14,6 +14,8 @@ namespace quillcast::net {
 // With the numbers of the wire (RFC 1035 3.2.2, RFC 3596 2.1).
 enum class DnsType : std::uint16_t { kA = 1, kPtr = 12, kMx = 15, kTxt = 16, kAaaa = 28 };
 
+inline constexpr std::uint16_t kInternetClass = 1;  // RFC 1035 3.2.4
+
 // Of the addresses of a family.
 constexpr DnsType TypeFor(Family family) { return family == Family::kIpv4 ? DnsType::kA : DnsType::kAaaa; }
 

@@ -20,7 +20,6 @@ constexpr int kTcpWait = 10'000;     // milliseconds; the handshake and a long a
 constexpr int kTries = 3;            // of each server
 constexpr int kDatagram = 1232;      // octets that no network cuts into pieces
 constexpr int kMostQuestionsOn = 8;  // for one alias after the other
-constexpr int kInternet = 1;         // the class
 
 struct FreeServers {
   void operator()(ares_addr_port_node* servers) const { ares_free_data(servers); }
@@ -170,7 +169,7 @@ void DnsClient::Send(Pending& pending, const std::string& name) {
   const AresChannel& channel = pending.over_tcp ? tcp_channel_ : channel_;
   if (!channel) return pending.End(DnsOutcome::kNoSocket, ENOMEM);
   pending.question.name = *wire_name;
-  ares_query(channel.get(), wire_name->c_str(), kInternet, static_cast<int>(pending.question.type), Pending::Keep,
+  ares_query(channel.get(), wire_name->c_str(), kInternetClass, static_cast<int>(pending.question.type), Pending::Keep,
              &pending);
 }
 

@@ -14,8 +14,6 @@ namespace {
 
 using platform::Database;
 
-constexpr std::int64_t kBetweenReports = 256;
-
 constexpr std::array<std::string_view, 8> kEditWords = {"capitalise", "sort",   "move",       "copy",
                                                         "merge",      "delete", "duplicates", "group"};
 
@@ -153,7 +151,7 @@ Result<void> Edit::SetSort(const RecipientGroup& group, std::string_view sort_sq
 
 void Edit::Step() {
   ++done_;
-  if (on_progress_ && done_ % kBetweenReports == 0) on_progress_(done_, total_);
+  if (on_progress_ && done_ % kRowsBetweenReports == 0) on_progress_(done_, total_);
 }
 
 void Edit::CountRows() {

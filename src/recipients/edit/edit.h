@@ -19,6 +19,9 @@
 
 namespace quillcast::recipients {
 
+// Whoever waits for a change hears how far it is each time that so many rows are done.
+inline constexpr std::int64_t kRowsBetweenReports = 256;
+
 enum class EditKind : std::uint8_t { kCapitalise, kSort, kMove, kCopy, kMerge, kDelete, kDuplicates, kDeleteGroup };
 
 // What was done, as it is told and kept for undo.

@@ -11,8 +11,6 @@ namespace {
 
 using platform::Database;
 
-constexpr std::int64_t kRowsBetweenReports = 256;
-
 Error NothingToUndo() {
   return {Failure::kUsage, "There is nothing to take back.",
           "Only the last change of several recipients can be taken back, and only once."};

@@ -4,11 +4,15 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 #include "recipients/recipient.h"
 
 namespace quillcast::recipients {
+
+// Beside the positions in kFields: a name that is to be parted into first and last.
+inline constexpr std::size_t kWholeName = kFieldCount;
 
 // By position in kFields; names are parted by blanks.
 inline constexpr std::array<std::string_view, kFieldCount> kHeadingNames = {

@@ -12,8 +12,7 @@
 namespace quillcast::recipients {
 namespace {
 
-constexpr std::size_t kWholeName = kFieldCount;  // beside the positions in kFields
-constexpr std::size_t kLongestHeading = 256;     // bytes; a longer one names nothing
+constexpr std::size_t kLongestHeading = 256;  // bytes; a longer one names nothing
 
 // Without blanks and signs, as the names of the table are written.
 std::string Bare(std::string_view heading) {

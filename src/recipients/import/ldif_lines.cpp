@@ -5,6 +5,7 @@
 
 #include "platform/text.h"
 #include "recipients/import/contact_card.h"
+#include "recipients/import/heading_names.h"
 #include "recipients/import/unfolded_lines.h"
 
 namespace quillcast::recipients {
@@ -12,7 +13,6 @@ namespace {
 
 using platform::EqualsIgnoringAsciiCase;
 
-constexpr std::size_t kWholeNameOfEntry = kFieldCount;  // beside the places of kFields
 constexpr std::size_t kNoField = kFieldCount + 1;
 
 struct Attribute {
@@ -30,9 +30,9 @@ constexpr std::array<Attribute, 47> kAttributes = {{{"mail", kEmail},
                                                     {"gn", kFirstName},
                                                     {"sn", kLastName},
                                                     {"surname", kLastName},
-                                                    {"cn", kWholeNameOfEntry},
-                                                    {"commonName", kWholeNameOfEntry},
-                                                    {"displayName", kWholeNameOfEntry},
+                                                    {"cn", kWholeName},
+                                                    {"commonName", kWholeName},
+                                                    {"displayName", kWholeName},
                                                     {"c", kCountry},
                                                     {"co", kCountry},
                                                     {"countryName", kCountry},
@@ -123,7 +123,7 @@ class Entries {
     // The lines of a postal address (RFC 4517 3.3.28), and the label behind an address of the web.
     if (field == kStreet) value = platform::ReplaceAll(value, "$", ", ");
     if (field == kWebSite) value.resize(std::min(value.find(' '), value.size()));
-    if (field == kWholeNameOfEntry) {
+    if (field == kWholeName) {
       card_.PutWholeName(value);
     } else if (field == kEmail) {
       card_.PutEmail(value, false);

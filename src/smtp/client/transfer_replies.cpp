@@ -8,12 +8,6 @@ namespace quillcast::smtp {
 
 using Slip = ReplyHabits::Slip;
 
-namespace {
-
-constexpr const char* kSaysTooMuch = "it answered more often than it was asked";
-
-}  // namespace
-
 void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
   if (transfers_.empty()) return;  // to AskAgain
   Transfer& transfer = transfers_.front();
@@ -55,7 +49,7 @@ void Transfers::OnMessageTaken(const ServerReply& reply) {
   Transfer& transfer = transfers_.front();
   const Slip slip = transfer.verdict ? Slip::kNone : habits_.OnMessage(reply, NeighboursOf(transfer));
   if (slip == Slip::kOneTooMany || slip == Slip::kOneTooFew) {
-    end_ = OnNoSense(slip == Slip::kOneTooMany ? kSaysTooMuch : "it left something unanswered that it was asked");
+    end_ = OnNoSense(slip == Slip::kOneTooMany ? kTooOften : "it left something unanswered that it was asked");
     return;
   }
   transfer.open = false;
@@ -113,7 +107,7 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
 
 // A server that does not know RSET; or a late answer, to a message that it had seemed to take.
 void Transfers::OnAskedAgainRefused(const ServerReply& reply) {
-  if (reply.code < 500 || reply.code > 504) end_ = OnOneTooMany(kSaysTooMuch);
+  if (reply.code < 500 || reply.code > 504) end_ = OnOneTooMany(kTooOften);
 }
 
 void Transfers::SetNextAfterRefusal(Transfer& transfer, Awaited command) {

@@ -15,7 +15,6 @@ namespace {
 constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
 
 constexpr const char* kMayBeTaken = "The message may have been taken all the same.";
-constexpr const char* kTooOften = "it answered more often than it was asked";
 constexpr const char* kEndedBefore = "The connection ended before the server answered.";
 
 // Whether people would choose it as a limit: 20, 150, 1,000.

@@ -84,6 +84,8 @@ class Transfers {
   };
   using Next = Transfer::Next;
 
+  static constexpr const char* kTooOften = "it answered more often than it was asked";
+
   // transfers.cpp
   void Send(Transfer& transfer, Awaited reply, const SmtpLine& line, Next next);
   bool SendNext(Transfer& transfer);
