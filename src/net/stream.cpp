@@ -82,6 +82,13 @@ void Stream::SetWaiting(bool waiting) {
   IgnoreErrors(::fcntl(socket_.get(), F_SETFL, waiting ? 0 : O_NONBLOCK));
 }
 
+pollfd Stream::WaitsFor(bool or_to_write) const {
+  short events = to_read_;
+  if (or_to_write) events |= to_write_;
+  if (OwnIsLeft()) events |= POLLOUT;
+  return {socket_.get(), events, 0};
+}
+
 Result<std::optional<std::size_t>> Stream::ReadNow(std::span<char> buffer) {
   return tls_ ? ReadTls(buffer) : ReadWith(buffer, MSG_DONTWAIT);
 }
@@ -96,6 +103,8 @@ Result<std::optional<std::size_t>> Stream::ReadWith(std::span<char> buffer, int 
 Result<std::optional<std::size_t>> Stream::ReadTls(std::span<char> buffer) {
   ForgetErrors();
   const int count = SSL_read(tls_.get(), buffer.data(), static_cast<int>(buffer.size()));
+  // A write that waited for another handshake need wait no more once a read has ended it.
+  if (SSL_is_init_finished(tls_.get())) to_write_ = POLLOUT;
   if (count > 0) return std::optional(static_cast<std::size_t>(count));
   const short wanted = WantedEvents(tls_.get(), count);
   to_read_ = wanted != 0 ? wanted : short{POLLIN};
@@ -106,11 +115,11 @@ Result<std::optional<std::size_t>> Stream::ReadTls(std::span<char> buffer) {
 }
 
 // What the library itself has to say, as in a renegotiation, which the other side waits for.
+bool Stream::OwnIsLeft() const { return records_ && !records_->empty() && !records_->carries(); }
+
 Result<std::optional<std::size_t>> Stream::SendOwn() {
   std::size_t out = 0;
-  if (records_->empty() || records_->carries()) return std::optional<std::size_t>();
-  if (!records_->Send(out) && !WouldBlock()) return Broken(errno);
-  if (!records_->empty()) to_read_ |= POLLOUT;
+  if (OwnIsLeft() && !records_->Send(out) && !WouldBlock()) return Broken(errno);
   return std::optional<std::size_t>();
 }
 

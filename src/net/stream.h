@@ -31,9 +31,7 @@ class Stream {
   // then what it reads may be nothing.
   Result<std::optional<std::size_t>> Read(std::span<char> buffer, bool or_to_write, const Patience& patience);
   // What whoever waits for many waits for, once ReadNow had nothing, and `or_to_write` WriteNow did not write.
-  pollfd WaitsFor(bool or_to_write) const {
-    return {socket_.get(), static_cast<short>(to_read_ | (or_to_write ? to_write_ : 0)), 0};
-  }
+  pollfd WaitsFor(bool or_to_write) const;
 
   // The client's side of a TLS handshake with the server called `host`: begun here, then gone on with whenever what
   // WaitsFor names is there, until it is done (true). After a failure the stream is of no more use.
@@ -55,6 +53,7 @@ class Stream {
   Result<std::optional<std::size_t>> ReadTls(std::span<char> buffer);
   Result<std::optional<std::size_t>> WriteTls(std::string_view bytes);
   Result<void> Seal(std::string_view bytes);
+  bool OwnIsLeft() const;
   Result<std::optional<std::size_t>> SendOwn();
 
   platform::UniqueFd socket_;
