@@ -10,6 +10,8 @@ TEXT = PARAGRAPH.replace("<p>", "").replace("</p>", "") + FILLER.replace("<p>", 
 SHORT_HTML = "<html><head><title>Letter</title></head><body>\n" + PARAGRAPH + FILLER * 13 + "</body></html>\n"
 SHORT_TEXT = PARAGRAPH.replace("<p>", "").replace("</p>", "") + FILLER.replace("<p>", "").replace("</p>", "") * 13
 SHORT_OCTETS = 4096
+# 8 KiB of HTML, of which the text is made.
+LONG_HTML = SHORT_HTML.replace("</body>", FILLER * 61 + "</body>")
 SUBJECT = "Spring papers for $*MergeFirstName*$"
 TAGS = ("Email", "Title", "FirstName", "LastName", "Country", "State", "City", "Address1", "Address2", "ZIPCode", "Phone",
         "Fax", "Company", "JobTitle", "WebSite", "Field1", "Field2", "Field3")

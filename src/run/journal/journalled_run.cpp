@@ -10,7 +10,6 @@
 namespace quillcast::run {
 namespace {
 
-constexpr std::int64_t kBatch = kDoubtful / 2;
 constexpr std::int64_t kSmallestBatch = kDoubtful / 4;
 constexpr std::size_t kKnownBatches = 8;
 
@@ -67,7 +66,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
   std::unique_ptr<SqliteJournalledRun> started(new SqliteJournalledRun(place, std::move(parts), std::move(lock), run));
   platform::Transaction begun = std::move(transaction);  // goes back, where it does, before its connection ends
   started->database_->ForgetCancel();  // who cancels the sending still wants to know what became of it
-  if (auto reserved = started->ReserveBatch(kBatch); !reserved) return reserved.error();
+  if (auto reserved = started->ReserveBatch(); !reserved) return reserved.error();
   if (auto written = started->Write(); !written) return written.error();
   auto sync = LogSync::Start(place);
   if (!sync) return sync.error();
@@ -139,7 +138,7 @@ Result<void> SqliteJournalledRun::TryGoesOut(std::int64_t index) {
   if (record.state == ResultState::kInFlight) return {};  // again, over another connection
   if (!record.reserved && (batches_.empty() || index > batches_.back().last)) {
     reserving_.SkipTo(index);
-    if (auto reserved = ReserveBatch(kBatch); !reserved) return reserved;
+    if (auto reserved = ReserveBatch(); !reserved) return reserved;
     const auto anew = blocks_.Look(index);
     if (!anew) return anew.error();
     record.reserved = IsReservedAt(*anew);
@@ -159,7 +158,8 @@ std::int64_t SqliteJournalledRun::CommitThatReserves(std::int64_t index) const {
   return batch == batches_.end() ? commits_ + 1 : batch->commit;
 }
 
-Result<void> SqliteJournalledRun::ReserveBatch(std::int64_t size) {
+Result<void> SqliteJournalledRun::ReserveBatch() {
+  const std::int64_t size = std::max(kSmallestBatch, kDoubtful - open_);
   Batch batch{-1, commits_ + 1};
   for (std::int64_t reserved = 0; reserved < size;) {
     const auto index = reserving_.Next(blocks_);
@@ -249,7 +249,7 @@ Result<void> SqliteJournalledRun::Commit() {
 }
 
 Result<void> SqliteJournalledRun::Record() {
-  if (kDoubtful - open_ >= kSmallestBatch) Note(ReserveBatch(kDoubtful - open_));
+  if (open_ + kSmallestBatch <= kDoubtful) Note(ReserveBatch());
   if (failed_) return *failed_;
   if (blocks_.IsChanged()) {
     if (auto committed = Commit(); !committed) return committed;

@@ -34,9 +34,9 @@ struct BegunRun {
 
 // Against a loss of power: a message goes out only where its recipient was reserved before and that is known to be on
 // the disk, and who is settled is reserved no longer. Recipients are reserved in batches, in the order of the list,
-// well before their turn, so that a batch becomes durable while those before it are sent. No more than kDoubtful are in
-// doubt. Where as many are in flight at once, or recipients go out in another order, whoever is not reserved has to
-// wait for the disk.
+// well before their turn, so that a batch becomes durable while those before it are sent. At most kDoubtful are in
+// doubt, or where as many are in flight at once, those and the smallest batch. Then, and where recipients go out in
+// another order, whoever is not reserved has to wait for the disk.
 class SqliteJournalledRun final : public JournalledRun {
  public:
   // Ends the transaction that begins the run.
@@ -82,7 +82,7 @@ class SqliteJournalledRun final : public JournalledRun {
   void Note(const Result<void>& done);
   // The commit that has to be durable before the message of somebody who is reserved goes out.
   std::int64_t CommitThatReserves(std::int64_t index) const;
-  Result<void> ReserveBatch(std::int64_t size);
+  Result<void> ReserveBatch();
   // All that changed, in a transaction that is open, and what becomes of it after its commit.
   Result<void> Write();
   void Written();
