@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -66,8 +67,8 @@ Result<std::optional<std::size_t>> Stream::Read(std::span<char> buffer, bool or_
     auto got = ReadWith(buffer, 0);
     if (!got || *got) return got;
   }
-  // What TLS has decrypted already is not seen by poll.
-  if (!tls_ || SSL_pending(tls_.get()) == 0) {
+  // What TLS has read already is not seen by poll.
+  if (!tls_ || SSL_has_pending(tls_.get()) == 0) {
     const pollfd wanted = WaitsFor(or_to_write);
     if (auto ready = Wait(wanted.fd, wanted.events, patience); !ready) return ready.error();
   }

@@ -34,7 +34,7 @@ const char* MeaningOf(ResultState state) {
     case ResultState::kSent:
       return "The server took the message over.";
     case ResultState::kRefused:
-      return "The server refused it for good.";
+      return "The server refused it.";
     case ResultState::kDeferred:
       return "The server refused it for now; another time it may take it.";
     case ResultState::kFailed:

@@ -8,8 +8,12 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
-#include <fstream>
+#include <functional>
+#include <future>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -68,65 +72,105 @@ TEST(TlsSocket, CountsTheBytesOfWholeRecordsAlone) {
   EXPECT_GT(in_part, 0) << "it was taken whole";
 }
 
-// The other side of a connection, which reads little at a time, and asks for new keys or another handshake meanwhile.
-struct Reader {
-  Reader(int socket, const Certificate& certificate, int version) : context(smtp::ServerContext(certificate)) {
-    SSL_CTX_set_min_proto_version(context.get(), version);
-    SSL_CTX_set_max_proto_version(context.get(), version);
-    thread = std::thread([this, socket] { Read(socket); });
+// What a server of the name localhost shows, and who believes it.
+struct Trust {
+  Trust()
+      : authority(smtp::Make("Test Authority", "", nullptr, -smtp::kHour, smtp::kHour)),
+        certificate(smtp::Make("localhost", "DNS:localhost", &authority, -smtp::kHour, smtp::kHour)),
+        file(std::filesystem::path(testing::TempDir()) / ("authority-" + std::to_string(::getpid()) + ".pem")) {
+    std::FILE* out = std::fopen(file.c_str(), "w");
+    PEM_write_X509(out, authority.certificate);
+    std::fclose(out);
+    context = *TlsContext::ForClient(file);
   }
-  ~Reader() { End(); }
-  void End() {
-    if (thread.joinable()) thread.join();
+  ~Trust() {
+    smtp::Free(certificate);
+    smtp::Free(authority);
+    std::filesystem::remove(file);
   }
-  void Read(int socket) {
-    SSL* tls = SSL_new(context.get());
-    SSL_set_fd(tls, socket);
-    ASSERT_EQ(SSL_accept(tls), 1);
-    std::array<char, 5000> buffer{};
-    for (int n = 0;; ++n) {
-      const int count = SSL_read(tls, buffer.data(), static_cast<int>(buffer.size()));
-      if (count <= 0) break;
-      came.append(buffer.data(), static_cast<std::size_t>(count));
-      if (n % 50 == 10) Meddle(tls);
-    }
-    EXPECT_EQ(SSL_get_shutdown(tls) & SSL_RECEIVED_SHUTDOWN, SSL_RECEIVED_SHUTDOWN) << "no goodbye";
-    SSL_free(tls);
-  }
-  void Meddle(SSL* tls) {
-    if (SSL_version(tls) == TLS1_3_VERSION) {
-      EXPECT_EQ(SSL_key_update(tls, SSL_KEY_UPDATE_REQUESTED), 1);
-    } else {
-      EXPECT_EQ(SSL_renegotiate(tls), 1);
-    }
-    EXPECT_EQ(SSL_do_handshake(tls), 1);
-    EXPECT_EQ(SSL_write(tls, "250 OK\r\n", 8), 8);
-  }
+  Trust(const Trust&) = delete;
+  Trust& operator=(const Trust&) = delete;
 
-  smtp::Context context;
-  std::string came;
-  std::thread thread;
+  Certificate authority;
+  Certificate certificate;
+  std::filesystem::path file;
+  std::unique_ptr<TlsContext> context;
 };
 
+// The other side of a connection, on a thread of its own.
+class Peer {
+ public:
+  Peer(int socket, const Trust& trust, int version, std::function<void(SSL*)> talk)
+      : context_(smtp::ServerContext(trust.certificate)) {
+    std::signal(SIGPIPE, SIG_IGN);
+    SSL_CTX_set_min_proto_version(context_.get(), version);
+    SSL_CTX_set_max_proto_version(context_.get(), version);
+    thread_ = std::thread([this, socket, talk = std::move(talk)] {
+      SSL* tls = SSL_new(context_.get());
+      SSL_set_fd(tls, socket);
+      EXPECT_EQ(SSL_accept(tls), 1);
+      talk(tls);
+      SSL_free(tls);
+    });
+  }
+  ~Peer() { End(); }
+  void End() {
+    if (thread_.joinable()) thread_.join();
+  }
+
+ private:
+  smtp::Context context_;
+  std::thread thread_;
+};
+
+// Until something of what it waits for is there.
+bool Waits(const Stream& stream, bool to_write) {
+  pollfd wanted = stream.WaitsFor(to_write);
+  const bool goes_on = ::poll(&wanted, 1, 5000) == 1;
+  EXPECT_TRUE(goes_on) << "neither side goes on";
+  return goes_on;
+}
+
+bool Encrypt(Stream& stream, Trust& trust) {
+  if (!stream.BeginTls(*trust.context, "localhost")) return false;
+  auto done = stream.ShakeHands();
+  while (done && !*done && Waits(stream, false)) done = stream.ShakeHands();
+  return done && *done;
+}
+
+// Reads until the end; what it returns is how that came.
+int ReadToTheEnd(SSL* tls, std::string& came, const std::function<void(int)>& meanwhile = {}) {
+  std::array<char, 5000> buffer{};
+  for (int n = 0;; ++n) {
+    const int count = SSL_read(tls, buffer.data(), static_cast<int>(buffer.size()));
+    if (count <= 0) return SSL_get_error(tls, count);
+    came.append(buffer.data(), static_cast<std::size_t>(count));
+    if (meanwhile) meanwhile(n);
+  }
+}
+
+constexpr std::array kVersions{TLS1_2_VERSION, TLS1_3_VERSION};
+
 TEST(TlsStream, AllOfItComesHoweverLittleIsTakenAtATime) {
-  Certificate authority = smtp::Make("Test Authority", "", nullptr, -smtp::kHour, smtp::kHour);
-  Certificate certificate = smtp::Make("localhost", "DNS:localhost", &authority, -smtp::kHour, smtp::kHour);
-  const auto file = std::filesystem::path(testing::TempDir()) / ("authority-" + std::to_string(::getpid()) + ".pem");
-  std::FILE* out = std::fopen(file.c_str(), "w");
-  PEM_write_X509(out, authority.certificate);
-  std::fclose(out);
-  auto context = *TlsContext::ForClient(file);
-  for (const int version : {TLS1_2_VERSION, TLS1_3_VERSION}) {
+  Trust trust;
+  for (const int version : kVersions) {
     SCOPED_TRACE(version);
     Pair pair;
-    Reader reader(pair.theirs.get(), certificate, version);
+    std::string came;
+    // It asks for new keys or another handshake meanwhile.
+    Peer peer(pair.theirs.get(), trust, version, [&](SSL* tls) {
+      const int end = ReadToTheEnd(tls, came, [&](int n) {
+        if (n % 50 != 10) return;
+        const bool asked =
+            version == TLS1_3_VERSION ? SSL_key_update(tls, SSL_KEY_UPDATE_REQUESTED) == 1 : SSL_renegotiate(tls) == 1;
+        EXPECT_TRUE(asked);
+        EXPECT_EQ(SSL_do_handshake(tls), 1);
+        EXPECT_EQ(SSL_write(tls, "250 OK\r\n", 8), 8);
+      });
+      EXPECT_EQ(end, SSL_ERROR_ZERO_RETURN) << "no goodbye";
+    });
     Stream stream(std::move(pair.ours));
-    ASSERT_TRUE(stream.BeginTls(*context, "localhost"));
-    const auto wait = [&](bool to_write) {
-      pollfd wanted = stream.WaitsFor(to_write);
-      ASSERT_EQ(::poll(&wanted, 1, 5000), 1) << "neither side goes on";
-    };
-    for (auto done = stream.ShakeHands(); !*done; done = stream.ShakeHands()) wait(false);
+    ASSERT_TRUE(Encrypt(stream, trust));
     std::string text;
     for (int n = 0; text.size() < 3'000'000; ++n) text += std::to_string(n) + "\r\n";
     std::string_view left = text;
@@ -139,17 +183,70 @@ TEST(TlsStream, AllOfItComesHoweverLittleIsTakenAtATime) {
       const auto got = stream.ReadNow(buffer);
       ASSERT_TRUE(got);
       heard += got->value_or(0);
-      if (!*sent && !*got) wait(true);
+      if (!*sent && !*got && !Waits(stream, true)) break;
     }
     stream.Close();
-    reader.End();
-    EXPECT_EQ(reader.came.size(), text.size());
-    EXPECT_TRUE(reader.came == text);
+    peer.End();
+    EXPECT_EQ(came.size(), text.size());
+    EXPECT_TRUE(came == text);
     EXPECT_GT(heard, 0u);
   }
-  smtp::Free(certificate);
-  smtp::Free(authority);
-  std::filesystem::remove(file);
+}
+
+TEST(TlsStream, AnswersAnotherHandshakeAlthoughItHasNothingToSay) {
+  Trust trust;
+  Pair pair;
+  Peer peer(pair.theirs.get(), trust, TLS1_2_VERSION, [](SSL* tls) {
+    SSL_clear_mode(tls, SSL_MODE_AUTO_RETRY);
+    EXPECT_EQ(SSL_renegotiate(tls), 1);
+    EXPECT_EQ(SSL_do_handshake(tls), 1);
+    char none = 0;
+    while (SSL_renegotiate_pending(tls) || SSL_in_init(tls)) {
+      const int count = SSL_read(tls, &none, 1);
+      if (count <= 0 && SSL_get_error(tls, count) != SSL_ERROR_WANT_READ) return;
+    }
+    EXPECT_EQ(SSL_write(tls, "done", 4), 4);
+  });
+  Stream stream(std::move(pair.ours));
+  ASSERT_TRUE(Encrypt(stream, trust));
+  std::array<char, 100> buffer{};
+  auto got = stream.ReadNow(buffer);
+  for (int n = 0; n < 100 && got && !*got && Waits(stream, false); ++n) got = stream.ReadNow(buffer);
+  ASSERT_TRUE(got && *got);
+  EXPECT_EQ(std::string_view(buffer.data(), **got), "done");
+  stream.Close();
+}
+
+TEST(TlsStream, GivesWhatCameTogetherWithoutWaitingForMore) {
+  Trust trust;
+  for (const int version : kVersions) {
+    SCOPED_TRACE(version);
+    Pair pair;
+    std::promise<void> is_written;
+    Peer peer(pair.theirs.get(), trust, version, [&](SSL* tls) {
+      for (const std::string_view reply : {"250 one\r\n", "250 two\r\n", "250 three\r\n"})
+        EXPECT_EQ(SSL_write(tls, reply.data(), static_cast<int>(reply.size())), static_cast<int>(reply.size()));
+      is_written.set_value();
+      std::string came;
+      ReadToTheEnd(tls, came);
+    });
+    Stream stream(std::move(pair.ours));
+    ASSERT_TRUE(Encrypt(stream, trust));
+    is_written.get_future().wait();
+    const platform::SystemClock clock;
+    const platform::CancelToken cancel;
+    std::string heard;
+    while (heard.size() < 29) {
+      std::array<char, 100> buffer{};
+      const auto got = stream.Read(
+          buffer, false,
+          {clock, cancel, platform::Stop::kStop, Deadline::After(clock.Monotonic(), std::chrono::seconds(5))});
+      ASSERT_TRUE(got) << "it has " << heard;
+      heard.append(buffer.data(), got->value_or(0));
+    }
+    EXPECT_EQ(heard, "250 one\r\n250 two\r\n250 three\r\n");
+    stream.Close();
+  }
 }
 
 }  // namespace

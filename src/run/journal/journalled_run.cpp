@@ -195,6 +195,7 @@ Result<void> SqliteJournalledRun::TrySettled(std::int64_t index, const smtp::Out
     in_flight_.erase(known);
   }
   if (std::exchange(before.reserved, false)) --open_;
+  ++settled_;
   return blocks_.Change(index, outcome.is_decided() ? Verdict(before, outcome) : before);
 }
 
@@ -231,7 +232,10 @@ void SqliteJournalledRun::Written() {
   blocks_.Written();
   words_.Written();
   ++commits_;
-  if (to_be_durable_ == commits_) sync_->Ask(commits_);
+  if (to_be_durable_ == commits_) {
+    settled_ = 0;
+    sync_->Ask(commits_);
+  }
   if (log_pages_ < place_.long_log) long_log_ = place_.long_log;  // it was begun anew
   if (log_pages_ >= long_log_) {
     long_log_ = log_pages_ + place_.long_log;
@@ -250,6 +254,7 @@ Result<void> SqliteJournalledRun::Commit() {
 
 Result<void> SqliteJournalledRun::Record() {
   if (open_ + kSmallestBatch <= kDoubtful) Note(ReserveBatch());
+  if (settled_ >= kSmallestBatch) to_be_durable_ = commits_ + 1;
   if (failed_) return *failed_;
   if (blocks_.IsChanged()) {
     if (auto committed = Commit(); !committed) return committed;

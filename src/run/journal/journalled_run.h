@@ -33,10 +33,10 @@ struct BegunRun {
 };
 
 // Against a loss of power: a message goes out only where its recipient was reserved before and that is known to be on
-// the disk, and who is settled is reserved no longer. Recipients are reserved in batches, in the order of the list,
-// well before their turn, so that a batch becomes durable while those before it are sent. At most kDoubtful are in
-// doubt, or where as many are in flight at once, those and the smallest batch. Then, and where recipients go out in
-// another order, whoever is not reserved has to wait for the disk.
+// the disk, and who is settled is reserved no longer, which is on the disk soon. Recipients are reserved in batches, in
+// the order of the list, well before their turn, so that a batch becomes durable while those before it are sent:
+// kDoubtful in all, in flight or not, and a smallest batch more where as many are in flight. Then, and where recipients
+// go out in another order, whoever is not reserved has to wait for the disk.
 class SqliteJournalledRun final : public JournalledRun {
  public:
   // Ends the transaction that begins the run.
@@ -110,6 +110,7 @@ class SqliteJournalledRun final : public JournalledRun {
   ScopeWalk reserving_;
   std::deque<Batch> batches_;
   std::int64_t open_ = 0;           // recipients who are reserved
+  std::int64_t settled_ = 0;        // since a commit was last to become durable
   std::int64_t commits_ = 0;        // that are done
   std::int64_t to_be_durable_ = 0;  // the last commit that has to become so
   std::int64_t awaited_ = 0;        // the commit that has to be so before anything is sent

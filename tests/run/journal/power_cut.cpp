@@ -52,7 +52,8 @@ int PowerCut::Note(int fd) {
   const std::string link = "/proc/self/fd/" + std::to_string(fd);
   if (::readlink(link.c_str(), name.data(), name.size() - 1) < 0) return 0;
   const std::filesystem::path file = name.data();
-  const std::scoped_lock lock(mutex_);
+  std::unique_lock lock(mutex_);
+  let_go_.wait(lock, [this] { return !is_held_; });
   // Which files there are is known by their folder.
   if (file == folder_) std::erase_if(durable_, [&](const auto& each) { return !exists(folder_ / each.first); });
   if (file.parent_path() != folder_) return 0;
@@ -67,6 +68,19 @@ int PowerCut::Note(int fd) {
 void PowerCut::Break() {
   const std::scoped_lock lock(mutex_);
   is_broken_ = true;
+}
+
+void PowerCut::Hold() {
+  const std::scoped_lock lock(mutex_);
+  is_held_ = true;
+}
+
+void PowerCut::LetGo() {
+  {
+    const std::scoped_lock lock(mutex_);
+    is_held_ = false;
+  }
+  let_go_.notify_all();
 }
 
 void PowerCut::Leave(const std::filesystem::path& folder) {

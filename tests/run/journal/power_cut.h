@@ -1,6 +1,7 @@
 // The disk as a loss of power leaves it: each file as it was when it was last synced, by us or by SQLite.
 #pragma once
 
+#include <condition_variable>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -23,6 +24,9 @@ class PowerCut {
   void LeaveTorn(const std::filesystem::path& folder, std::mt19937& random);
   // From the next sync on each fails.
   void Break();
+  // Each sync takes until it is let go.
+  void Hold();
+  void LetGo();
 
   static int Sync(int fd);
 
@@ -31,8 +35,10 @@ class PowerCut {
 
   std::filesystem::path folder_;
   std::mutex mutex_;
+  std::condition_variable let_go_;
   std::map<std::string, std::string> durable_;
   bool is_broken_ = false;
+  bool is_held_ = false;
 };
 
 }  // namespace quillcast::test

@@ -2,6 +2,11 @@
 // doubt.
 #include "run/journal/power_cut.h"
 
+#include <algorithm>
+#include <chrono>
+#include <future>
+#include <thread>
+
 #include "run/journal/sending.h"
 
 namespace quillcast::run {
@@ -51,6 +56,58 @@ TEST_F(PowerCutTest, LeavesFewInDoubtAndNobodyForgotten) {
     power.Leave(root_ / "left");
     EXPECT_EQ(States(*OpenJournal("tuesday", root_ / "left")), sending.After()) << "whoever ended has lost nothing";
     run.reset();
+  }
+}
+
+TEST_F(PowerCutTest, WaitsForTheDiskThatReservesAndForNoOther) {
+  std::filesystem::create_directories(root_ / "journal");
+  test::PowerCut power(root_ / "journal");
+  const auto journal = OpenJournal("monday", root_ / "journal");
+  auto run = BeginWith(*journal, 1000);
+  const auto first = Given(*run, kDoubtful / 2);
+  for (const std::int64_t position : first) run->GoesOut(position);
+  Take(run->Record());
+  power.Hold();
+  for (const std::int64_t position : first) run->Settled(position, Sent(position));
+  Take(run->Record());  // which reserves as many again
+  const auto record = [&] { Take(run->Record()); };
+  const auto goes_out = [&](std::int64_t most) {
+    for (const std::int64_t position : Given(*run, most)) run->GoesOut(position);
+    return std::async(std::launch::async, record);
+  };
+  auto reserved_before = goes_out(kDoubtful / 2);
+  EXPECT_EQ(reserved_before.wait_for(std::chrono::seconds(10)), std::future_status::ready) << "they were on the disk";
+  power.LetGo();
+  reserved_before.get();
+  power.Hold();
+  auto reserved_since = goes_out(kDoubtful);  // more than were on the disk by any means
+  EXPECT_EQ(reserved_since.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout) << "they are out";
+  power.LetGo();
+  reserved_since.get();
+}
+
+TEST_F(PowerCutTest, WhoWasAnsweredIsSoonInDoubtNoLonger) {
+  for (const std::int64_t recipients : {kDoubtful + 10, 4 * kDoubtful}) {
+    std::filesystem::remove_all(root_.path());
+    std::filesystem::create_directories(root_ / "journal");
+    test::PowerCut power(root_ / "journal");
+    const auto journal = OpenJournal("monday", root_ / "journal");
+    auto run = BeginWith(*journal, recipients);
+    const auto all = Given(*run);
+    for (const std::int64_t position : all) run->GoesOut(position);
+    Take(run->Record());
+    power.Leave(root_ / "left");
+    EXPECT_EQ(States(*OpenJournal("tuesday", root_ / "left")), std::string(all.size(), 'u')) << "all may be out";
+    for (const std::int64_t position : all) run->Settled(position, Sent(position));
+    Take(run->Record());
+    std::int64_t doubtful = recipients;
+    for (int turn = 0; turn < 500 && doubtful > 0; ++turn) {
+      power.Leave(root_ / "left");
+      const std::string states = States(*OpenJournal("tuesday", root_ / "left"));
+      doubtful = std::ranges::count(states, 'u');
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_EQ(doubtful, 0) << "of " << recipients;
   }
 }
 
