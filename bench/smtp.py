@@ -96,6 +96,8 @@ class Cores:
         """A share for each core, the least busy first."""
         least, most = (self.samples[end][0] + edge for end, edge in ((0, self.EDGE), (-1, -self.EDGE)))
         sending = [cores for worked, cores in self.samples if least < worked < most]
+        if len(sending) < 2:
+            raise SystemExit("too few messages to tell how busy the cores are")
         return sorted(1 - (idle - before_idle) / (all_ - before)
                       for (before, before_idle), (all_, idle) in zip(sending[0], sending[-1]))
 

@@ -67,11 +67,13 @@ Result<std::optional<std::size_t>> Stream::Read(std::span<char> buffer, bool or_
     auto got = ReadWith(buffer, 0);
     if (!got || *got) return got;
   }
-  // What TLS has read already is not seen by poll.
-  if (!tls_ || SSL_has_pending(tls_.get()) == 0) {
-    const pollfd wanted = WaitsFor(or_to_write);
-    if (auto ready = Wait(wanted.fd, wanted.events, patience); !ready) return ready.error();
+  // What TLS has read already is not seen by poll; it may be the beginning of a record.
+  if (tls_ && SSL_has_pending(tls_.get()) != 0) {
+    auto got = ReadNow(buffer);
+    if (!got || *got) return got;
   }
+  const pollfd wanted = WaitsFor(or_to_write);
+  if (auto ready = Wait(wanted.fd, wanted.events, patience); !ready) return ready.error();
   return ReadNow(buffer);
 }
 

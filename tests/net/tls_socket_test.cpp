@@ -217,6 +217,43 @@ TEST(TlsStream, AnswersAnotherHandshakeAlthoughItHasNothingToSay) {
   stream.Close();
 }
 
+Result<std::optional<std::size_t>> ReadWithin(Stream& stream, std::span<char> buffer, std::chrono::milliseconds time) {
+  const platform::SystemClock clock;
+  const platform::CancelToken cancel;
+  return stream.Read(buffer, false, {clock, cancel, platform::Stop::kStop, Deadline::After(clock.Monotonic(), time)});
+}
+
+TEST(TlsStream, WaitsForTheRestOfARecordAndNoLongerThanItMay) {
+  Trust trust;
+  for (const int version : kVersions) {
+    SCOPED_TRACE(version);
+    Pair pair;
+    Peer peer(pair.theirs.get(), trust, version, [](SSL* tls) {
+      EXPECT_EQ(SSL_write(tls, "250 ok\r\n", 8), 8);
+      EXPECT_EQ(::send(SSL_get_fd(tls), "\x17\x03\x03", 3, MSG_NOSIGNAL), 3);
+      std::string came;
+      ReadToTheEnd(tls, came);
+    });
+    Stream stream(std::move(pair.ours));
+    ASSERT_TRUE(Encrypt(stream, trust));
+    std::array<char, 100> buffer{};
+    std::optional<std::size_t> heard;
+    for (int n = 0; n < 20 && !heard; ++n) {  // what TLS has to say of itself comes before
+      const auto got = ReadWithin(stream, buffer, std::chrono::seconds(5));
+      ASSERT_TRUE(got);
+      heard = *got;
+    }
+    EXPECT_EQ(heard, 8U);
+    for (int n = 0; n < 2; ++n) {  // the first may take what is there
+      const auto got = ReadWithin(stream, buffer, std::chrono::milliseconds(100));
+      if (n == 0 && got && !*got) continue;
+      ASSERT_FALSE(got) << "it does not wait";
+      EXPECT_EQ(got.error().failure, Failure::kTimedOut);
+    }
+    stream.Close();
+  }
+}
+
 TEST(TlsStream, GivesWhatCameTogetherWithoutWaitingForMore) {
   Trust trust;
   for (const int version : kVersions) {
@@ -233,14 +270,10 @@ TEST(TlsStream, GivesWhatCameTogetherWithoutWaitingForMore) {
     Stream stream(std::move(pair.ours));
     ASSERT_TRUE(Encrypt(stream, trust));
     is_written.get_future().wait();
-    const platform::SystemClock clock;
-    const platform::CancelToken cancel;
     std::string heard;
     while (heard.size() < 29) {
       std::array<char, 100> buffer{};
-      const auto got = stream.Read(
-          buffer, false,
-          {clock, cancel, platform::Stop::kStop, Deadline::After(clock.Monotonic(), std::chrono::seconds(5))});
+      const auto got = ReadWithin(stream, buffer, std::chrono::seconds(5));
       ASSERT_TRUE(got) << "it has " << heard;
       heard.append(buffer.data(), got->value_or(0));
     }

@@ -195,6 +195,7 @@ void Connection::Wait(const net::Deadline& back) {
   if (is_late(count) && !deadline_.Passed(around_.clock.Monotonic())) return;  // it was time to come back
   EndWait();
   TakeAsMuchAsThereIs(count);
+  if (count && !*count) TimePassed(around_.clock.Monotonic());  // what came says nothing, however often it comes
 }
 
 // --- what the session tells ---
