@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 namespace quillcast::net {
@@ -19,6 +20,9 @@ constexpr std::chrono::milliseconds kWhile{200};
 
 // With what its records add, no more than the system hands to the other side in one piece (64 KiB with its headers).
 constexpr std::size_t kMostSealed = std::size_t{64} * 1024 - 384;
+
+// In one call: the library reads on where what has come has no content, and a server may send new keys without end.
+constexpr std::size_t kMostRead = std::size_t{64} * 1024;
 
 Error Broken(int error_number) { return {Failure::kIo, Say("The connection broke: {}.", std::strerror(error_number))}; }
 
@@ -105,7 +109,9 @@ Result<std::optional<std::size_t>> Stream::ReadWith(std::span<char> buffer, int 
 
 Result<std::optional<std::size_t>> Stream::ReadTls(std::span<char> buffer) {
   ForgetErrors();
+  records_->Allow(kMostRead);
   const int count = SSL_read(tls_.get(), buffer.data(), static_cast<int>(buffer.size()));
+  records_->Allow(std::numeric_limits<std::size_t>::max());
   // A write that waited for another handshake need wait no more once a read has ended it.
   if (SSL_is_init_finished(tls_.get())) to_write_ = POLLOUT;
   if (count > 0) return std::optional(static_cast<std::size_t>(count));

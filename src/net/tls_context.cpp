@@ -91,8 +91,6 @@ Result<std::unique_ptr<TlsContext>> TlsContext::ForClient(const std::string& ca_
   SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
   SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
   KeepCertificates(context);
-  // A read ends with what has come, also where that has no content: a server may send new keys without end.
-  SSL_CTX_clear_mode(context, SSL_MODE_AUTO_RETRY);
   SSL_CTX_set_mode(context, SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
   SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);
   SSL_CTX_sess_set_new_cb(context, KeepSession);

@@ -2,6 +2,9 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <cerrno>
+
 namespace quillcast::net {
 
 // The library's own way to write raises SIGPIPE when the other side is gone.
@@ -11,7 +14,15 @@ ssize_t TlsSocket::Write(const char* bytes, std::size_t size) {
   return static_cast<ssize_t>(size);
 }
 
-ssize_t TlsSocket::Read(char* buffer, std::size_t size) { return ::recv(socket_, buffer, size, MSG_DONTWAIT); }
+ssize_t TlsSocket::Read(char* buffer, std::size_t size) {
+  if (allowed_ == 0) {
+    errno = EAGAIN;
+    return -1;
+  }
+  const ssize_t count = ::recv(socket_, buffer, std::min(size, allowed_), MSG_DONTWAIT);
+  if (count > 0) allowed_ -= static_cast<std::size_t>(count);
+  return count;
+}
 
 bool TlsSocket::Send(std::size_t& out) {
   const ssize_t count = ::send(socket_, gathered_.data() + at_, gathered_.size() - at_, MSG_NOSIGNAL | MSG_DONTWAIT);

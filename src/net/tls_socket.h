@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ class TlsSocket {
   // The library's calls; they return what send(2) and recv(2) do, errno included.
   ssize_t Write(const char* bytes, std::size_t size);
   ssize_t Read(char* buffer, std::size_t size);
+
+  // So many bytes are there to be read at most, whatever has come.
+  void Allow(std::size_t bytes) { allowed_ = bytes; }
 
   // From here on what the library writes is gathered until it is sent.
   void Gather() { gathers_ = true; }
@@ -36,6 +40,7 @@ class TlsSocket {
   };
 
   int socket_;
+  std::size_t allowed_ = std::numeric_limits<std::size_t>::max();
   bool gathers_ = false;
   std::string gathered_;
   std::size_t at_ = 0;  // what lies before is out

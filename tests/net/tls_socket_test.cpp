@@ -254,6 +254,39 @@ TEST(TlsStream, WaitsForTheRestOfARecordAndNoLongerThanItMay) {
   }
 }
 
+TEST(TlsStream, ReadsALittleAtATimeWhereNothingButNewKeysCome) {
+  Trust trust;
+  Pair pair;
+  std::promise<void> are_sent;
+  Peer peer(pair.theirs.get(), trust, TLS1_3_VERSION, [&](SSL* tls) {
+    BIO* memory = BIO_new(BIO_s_mem());
+    SSL_set0_wbio(tls, memory);
+    for (int n = 0; n < 5000; ++n) {
+      EXPECT_EQ(SSL_key_update(tls, SSL_KEY_UPDATE_NOT_REQUESTED), 1);
+      EXPECT_EQ(SSL_do_handshake(tls), 1);
+    }
+    char* keys = nullptr;
+    const long size = BIO_get_mem_data(memory, &keys);
+    EXPECT_EQ(::send(SSL_get_rfd(tls), keys, static_cast<std::size_t>(size), MSG_NOSIGNAL), size);
+    are_sent.set_value();
+    std::string came;
+    ReadToTheEnd(tls, came);
+  });
+  const int socket = pair.ours.get();
+  Stream stream(std::move(pair.ours));
+  ASSERT_TRUE(Encrypt(stream, trust));
+  are_sent.get_future().wait();
+  std::array<char, 100> buffer{};
+  int calls = 0;
+  for (int left = 1; left > 0 && calls < 100; ++calls) {
+    const auto got = stream.ReadNow(buffer);
+    ASSERT_TRUE(got && !*got);
+    ASSERT_EQ(::ioctl(socket, FIONREAD, &left), 0);
+  }
+  EXPECT_GE(calls, 2);
+  EXPECT_LT(calls, 100);
+}
+
 TEST(TlsStream, GivesWhatCameTogetherWithoutWaitingForMore) {
   Trust trust;
   for (const int version : kVersions) {

@@ -20,6 +20,10 @@ constexpr std::chrono::seconds kQuick{1};
 // Short printable ASCII, which may be shown as it is.
 bool IsPlain(std::string_view line) { return line.size() <= 200 && platform::PrintableRun(line) == line.size(); }
 
+// At most so many reads in a row, of which each may be of one octet under TLS; what they said is told now and then.
+constexpr int kMostReads = 10'000;
+constexpr int kReadsTold = 64;
+
 // The step that a command is, where it belongs to the way to a connection.
 std::optional<ConnectionStep> StepOf(Awaited reply) {
   switch (reply) {
@@ -131,7 +135,9 @@ void Connection::TakeAsMuchAsThereIs(const Result<std::optional<std::size_t>>& c
 }
 
 void Connection::ReadAll() {
-  while (Take(stream_.ReadNow(buffer_))) {
+  for (int n = 1; Take(stream_.ReadNow(buffer_)); ++n) {
+    if (n % kReadsTold == 0) TakeEvents();
+    if (n == kMostReads) return session_.GiveUp(Lost("The server does not stop answering."));
   }
 }
 
