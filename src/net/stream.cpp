@@ -182,7 +182,9 @@ Result<bool> Stream::ShakeHands() {
   if (done == 1) {
     fault_ = HandshakeFault::kNone;
     records_->Gather();
-    SSL_set_read_ahead(tls_.get(), 1);
+    // In earlier versions the library forgets to begin another handshake that was asked for twice in what it read
+    // ahead.
+    if (SSL_version(tls_.get()) == TLS1_3_VERSION) SSL_set_read_ahead(tls_.get(), 1);
     to_read_ = POLLIN;
     return true;
   }

@@ -195,26 +195,48 @@ TEST(TlsStream, AllOfItComesHoweverLittleIsTakenAtATime) {
 
 TEST(TlsStream, AnswersAnotherHandshakeAlthoughItHasNothingToSay) {
   Trust trust;
-  Pair pair;
-  Peer peer(pair.theirs.get(), trust, TLS1_2_VERSION, [](SSL* tls) {
-    SSL_clear_mode(tls, SSL_MODE_AUTO_RETRY);
-    EXPECT_EQ(SSL_renegotiate(tls), 1);
-    EXPECT_EQ(SSL_do_handshake(tls), 1);
-    char none = 0;
-    while (SSL_renegotiate_pending(tls) || SSL_in_init(tls)) {
-      const int count = SSL_read(tls, &none, 1);
-      if (count <= 0 && SSL_get_error(tls, count) != SSL_ERROR_WANT_READ) return;
+  for (const int times : {1, 2, 5}) {
+    SCOPED_TRACE(times);
+    Pair pair;
+    std::promise<void> is_asked;
+    std::string came;
+    Peer peer(pair.theirs.get(), trust, TLS1_2_VERSION, [&](SSL* tls) {
+      SSL_clear_mode(tls, SSL_MODE_AUTO_RETRY);
+      for (int n = 0; n < times; ++n) {
+        EXPECT_EQ(SSL_renegotiate(tls), 1);
+        EXPECT_EQ(SSL_do_handshake(tls), 1);
+      }
+      EXPECT_EQ(SSL_write(tls, "ask", 3), 3);
+      is_asked.set_value();
+      char none = 0;
+      while (SSL_renegotiate_pending(tls) || SSL_in_init(tls)) {
+        const int count = SSL_read(tls, &none, 1);
+        if (count <= 0 && SSL_get_error(tls, count) != SSL_ERROR_WANT_READ) return;
+      }
+      EXPECT_EQ(SSL_write(tls, "done", 4), 4);
+      SSL_set_mode(tls, SSL_MODE_AUTO_RETRY);
+      ReadToTheEnd(tls, came);
+    });
+    Stream stream(std::move(pair.ours));
+    ASSERT_TRUE(Encrypt(stream, trust));
+    is_asked.get_future().wait();
+    std::string heard;
+    std::array<char, 100> buffer{};
+    for (int n = 0; n < 100 && heard != "askdone"; ++n) {
+      const auto got = stream.ReadNow(buffer);
+      if (!got || (!*got && !Waits(stream, false))) break;
+      heard.append(buffer.data(), got->value_or(0));
     }
-    EXPECT_EQ(SSL_write(tls, "done", 4), 4);
-  });
-  Stream stream(std::move(pair.ours));
-  ASSERT_TRUE(Encrypt(stream, trust));
-  std::array<char, 100> buffer{};
-  auto got = stream.ReadNow(buffer);
-  for (int n = 0; n < 100 && got && !*got && Waits(stream, false); ++n) got = stream.ReadNow(buffer);
-  ASSERT_TRUE(got && *got);
-  EXPECT_EQ(std::string_view(buffer.data(), **got), "done");
-  stream.Close();
+    EXPECT_EQ(heard, "askdone");
+    auto sent = stream.WriteNow("MAIL");
+    for (int n = 0; n < 100 && sent && !*sent && Waits(stream, true); ++n) {
+      if (!stream.ReadNow(buffer)) break;
+      sent = stream.WriteNow("MAIL");
+    }
+    stream.Close();
+    peer.End();
+    EXPECT_EQ(came, "MAIL");
+  }
 }
 
 Result<std::optional<std::size_t>> ReadWithin(Stream& stream, std::span<char> buffer, std::chrono::milliseconds time) {

@@ -136,7 +136,7 @@ void Connection::TakeAsMuchAsThereIs(const Result<std::optional<std::size_t>>& c
 
 void Connection::ReadAll() {
   for (int n = 1; Take(stream_.ReadNow(buffer_)); ++n) {
-    if (n % kReadsTold == 0) TakeEvents();
+    if (ready_ && n % kReadsTold == 0) TakeEvents();
     if (n == kMostReads) return session_.GiveUp(Lost("The server does not stop answering."));
   }
 }
