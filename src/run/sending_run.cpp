@@ -59,7 +59,7 @@ class Run final : public smtp::JobSource {
   std::optional<platform::Instant> NextDue() override;
   void Finished(smtp::Job& job, const smtp::Outcome& outcome) override;
   void GoesOut(smtp::Job& job) override;
-  void ComesBack(smtp::Job& job) override;
+  void ComesBack(smtp::Job& job, const smtp::Outcome& why) override;
   smtp::Passage MayGo(smtp::Job& job) override;
   void Decided(smtp::Job& job, const smtp::Outcome& outcome) override;
   bool CaughtUp() override;
@@ -315,11 +315,13 @@ void Run::GoesOut(smtp::Job& job) {
 }
 
 // It may wait long now, and this program may be ended meanwhile.
-void Run::ComesBack(smtp::Job& job) {
+void Run::ComesBack(smtp::Job& job, const smtp::Outcome& why) {
   auto& letter = static_cast<Letter&>(job);
   run_->Settled(letter.position, smtp::Left());
   if (parts_.turns != nullptr) parts_.turns->ComesBack(letter.turn);
   if (std::exchange(letter.is_out, false)) ++not_out_;
+  if (!slow_down_) return;
+  if (const auto slower = slow_down_->CameBack(why)) listener_.Note(*slower);
 }
 
 // As anybody else who is next. What ends a run decides of those whom it took as well.

@@ -83,6 +83,12 @@ std::optional<Sentence> SlowDown::Decided(const smtp::Outcome& outcome) {
              smtp::ReplyText(outcome.reply), RateText(*limit_));
 }
 
+std::optional<Sentence> SlowDown::CameBack(const smtp::Outcome& why) {
+  const std::string text = platform::AsciiLower(why.reply.text);
+  const bool of_connection = text.find("connection") != std::string::npos || text.find("session") != std::string::npos;
+  return of_connection ? std::nullopt : Decided(why);
+}
+
 std::optional<Sentence> SlowDown::GoFaster() {
   if (!limit_) return {};
   const auto now = clock_.Monotonic();

@@ -23,6 +23,8 @@ class SlowDown {
   // What became of one: a sentence where the run goes slower for it. Not more than once in ten seconds, for what was on
   // its way then has the same answer; and never slower than a message a minute.
   std::optional<Sentence> Decided(const smtp::Outcome& outcome);
+  // One goes over another connection: as a verdict, unless it was that one connection which the server has enough of.
+  std::optional<Sentence> CameBack(const smtp::Outcome& why);
 
   // To be asked before a message is taken: a sentence where the run goes faster since the last time.
   std::optional<Sentence> GoFaster();

@@ -108,12 +108,13 @@ class FakeCarrier final : public Carrier {
   std::function<void(std::int64_t)> is_out = {};       // called for each of them
   std::function<void(platform::Instant)> waits_until;  // called where nothing may go out before then
   std::map<std::int64_t, int> comes_back = {};         // how often the connection of each is lost before it is out
-  std::function<void(std::int64_t)> is_back = {};      // called each time, once that is recorded
-  std::function<void()> has_none = {};                 // called where there was none, before it is asked until when
-  bool logs = false;                                   // a line of the connection for each
-  bool first_is_slow = false;                          // its outcome comes behind that of all others
-  std::set<const smtp::MessageSource*> messages;       // those that were made at a time
-  std::map<std::int64_t, Fates> then = {};             // of who is tried again: the last counts for all behind it
+  smtp::Outcome why_back = smtp::Left();
+  std::function<void(std::int64_t)> is_back = {};  // called each time, once that is recorded
+  std::function<void()> has_none = {};             // called where there was none, before it is asked until when
+  bool logs = false;                               // a line of the connection for each
+  bool first_is_slow = false;                      // its outcome comes behind that of all others
+  std::set<const smtp::MessageSource*> messages;   // those that were made at a time
+  std::map<std::int64_t, Fates> then = {};         // of who is tried again: the last counts for all behind it
 
   Delivery delivery() const override { return kind; }
   std::optional<Error> trouble() const override {
@@ -191,7 +192,7 @@ class FakeCarrier final : public Carrier {
   }
   void ComeBack(smtp::JobSource& letters, InFlight& lost) {
     lost.is_back = true;
-    letters.ComesBack(*lost.job);
+    letters.ComesBack(*lost.job, why_back);
     is_kept_ = letters.CaughtUp() && is_kept_;
     if (is_back) is_back(lost.job->position);
   }

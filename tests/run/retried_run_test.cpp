@@ -228,6 +228,12 @@ TEST_F(RetriedRun, GoesSlowerWhereTheServerAsksForItAndEndsWithItsLastMessage) {
   EXPECT_EQ(told_.waits, std::vector<std::string>{"The server asked for fewer messages: up to 30 go out a minute."});
   EXPECT_EQ(told_.NotesOn("The server asks for fewer messages: 451 4.7.1 slow down."), 1);
   EXPECT_LT(clock_.now - begin_, 9s);
+  const auto comes_back = [](FakeCarrier& carrier) {
+    carrier.comes_back[1] = 1;
+    carrier.why_back = OutcomeOf('t');
+  };
+  Run({.domains = "aaa", .slow_down = true, .fates = "sss", .change = comes_back});
+  EXPECT_EQ(Times(), "1@2 2@4 3@6 ") << "said of one that goes over another connection";
   Run({.domains = "aaaa", .retries = {1, 5s}, .fates = "tsss", .then = {{1, "s"}}});
   EXPECT_EQ(Times(), "1@0 2@0 3@0 4@0 1@5 ");
 }

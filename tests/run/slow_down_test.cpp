@@ -51,6 +51,16 @@ TEST(SlowDown, HearsWhoAsksForFewerMessages) {
   }
 }
 
+// Where a message goes over another connection, that is the remedy for what is said of the one before.
+TEST(SlowDown, TellsALimitOfTheConnectionFromOneOfThePace) {
+  const test::FakeClock clock;
+  SlowDown slow_down(clock);
+  EXPECT_FALSE(slow_down.CameBack(Answer(421, "4.7.0", "Too many messages over this Connection")));
+  EXPECT_FALSE(slow_down.CameBack(Answer(452, "4.5.3", "too many messages in a session")));
+  EXPECT_FALSE(slow_down.CameBack(Answer(451, "4.3.0", "lookup failed")));
+  EXPECT_TRUE(slow_down.CameBack(Answer(451, "4.7.1", "too many messages, slow down")));
+}
+
 // A run with something to send at any time, by a clock that moves ten milliseconds at a time.
 class SlowRun : public testing::Test {
  protected:

@@ -177,7 +177,7 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   const bool moves = outcome.whereabouts == Whereabouts::kNotOut && !entry.moved;
   if (moves || outcome.whereabouts == Whereabouts::kNoRoom) {
     entry.moved = entry.moved || moves;
-    ComesBack(entry);
+    ComesBack(entry, outcome);
     return Wait(number);
   }
   Outcome last = outcome;
@@ -185,18 +185,18 @@ void JobQueue::Settle(std::size_t lane, const Outcome& outcome) {
   if (last.reply.code / 100 == 4) last.state = State::kDeferred;  // the server asks for another time
   if (!waits_for_way_ || last.reply.code != 0) return Tell(entry, last);
   entry.stage = Entry::Stage::kInDoubt;
+  ComesBack(entry, last);
   entry.outcome = std::move(last);
-  ComesBack(entry);
   in_doubt_.push_back(number);
   ++lost_together_;
   ++losses_;
   goes_on_well_ = false;
 }
 
-void JobQueue::ComesBack(Entry& entry) {
+void JobQueue::ComesBack(Entry& entry, const Outcome& why) {
   entry.job->message->Rewind();
   entry.may_go = false;
-  source_->ComesBack(*entry.job);
+  source_->ComesBack(*entry.job, why);
   told_ = true;
 }
 

@@ -128,7 +128,7 @@ class JobQueue {
   }
   Passage PassageOf(Entry& entry);
   Job* TakeNew();
-  void ComesBack(Entry& entry);
+  void ComesBack(Entry& entry, const Outcome& why);
   void WaitAll();
   void TellHeld();
   void FailAll(const Outcome& outcome);

@@ -37,9 +37,9 @@ class JobSource {
   virtual std::optional<platform::Instant> NextDue() { return {}; }
   // From the next CaughtUp on the message may be out. A second time where it goes over another connection.
   virtual void GoesOut(Job& /*job*/) {}
-  // It is not out after all: its connection is lost, and nothing that a server could have taken it by had gone. It
-  // waits for another one.
-  virtual void ComesBack(Job& /*job*/) {}
+  // It is not out after all: its connection is lost or takes no more, and nothing that a server could have taken it by
+  // had gone. It waits for another one.
+  virtual void ComesBack(Job& /*job*/, const Outcome& /*why*/) {}
   // Asked of those that came back, or that waited while there was no way, in the order taken, until one may be sent
   // after all: it goes right behind that. Where they are held, others go before them, new ones too; where all are,
   // nobody does.

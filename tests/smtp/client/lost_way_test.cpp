@@ -22,7 +22,7 @@ class PatientLetters final : public Letters {
     ++times_lost;
     if (on_lost) on_lost();
   }
-  void ComesBack(Job& job) override {
+  void ComesBack(Job& job, const Outcome& /*why*/) override {
     EXPECT_NE(job.message, nullptr);
     ++times_back;
   }
