@@ -44,9 +44,17 @@ class SendWindow {
   }
   bool cautious() const { return cautious_; }
 
-  // No more than so many messages go over one connection: the server takes no more, or the person wants no more.
-  void LimitConnection(std::size_t messages) { per_connection_ = std::min(per_connection_, messages); }
+  // No more than so many messages go over one connection: the person wants no more.
+  void LimitConnection(std::size_t messages) { per_connection_ = messages; }
   std::size_t per_connection() const { return per_connection_; }
+
+  // The server took so many messages over a connection and not the next one. It may do so each time, or have been in
+  // trouble just then: where a message goes behind as many, it is no limit.
+  void SuspectLimit(std::size_t messages) { suspected_limit_ = messages; }
+  bool IsSuspectedLimit(std::size_t messages) const { return messages == suspected_limit_; }
+  void Took(std::size_t messages) {
+    if (messages > suspected_limit_) suspected_limit_ = kNoLimit;
+  }
 
   // The server offers pipelining and does not keep it: from here on one command, one reply.
   void GiveUpPipelining() { pipelining_ = false; }
@@ -72,8 +80,10 @@ class SendWindow {
   std::size_t limit() const { return limit_; }
 
  private:
+  static constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
   std::size_t limit_ = kFirst;
-  std::size_t per_connection_ = std::numeric_limits<std::size_t>::max();
+  std::size_t per_connection_ = kNoLimit;
+  std::size_t suspected_limit_ = kNoLimit;
   std::size_t connections_ = 1;
   bool cautious_ = false;
   bool pipelining_ = true;

@@ -15,7 +15,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
   switch (command) {
     case Awaited::kMail:
       transfer.open = true;
-      ++mails_taken_;
+      window_.Took(++mails_taken_);
       habits_.OnSender(reply);
       break;
     case Awaited::kRcpt:
@@ -135,7 +135,7 @@ bool Transfers::IsCrowd(Awaited command, const ServerReply& reply) const {
 // No further message goes over this connection; those behind that have not begun need not be refused as well.
 void Transfers::UseUp(const Outcome& why) {
   used_up_ = true;
-  if (!crowded_) window_.LimitConnection(mails_taken_);
+  if (!crowded_) window_.SuspectLimit(mails_taken_);
   for (std::size_t n = 1; n < transfers_.size(); ++n) {
     Transfer& transfer = transfers_[n];
     if (transfer.next != Next::kReset) continue;
@@ -152,12 +152,13 @@ void Transfers::UseUp(const Outcome& why) {
 SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
   if (transfers_.empty()) {  // to AskAgain: it takes no more
     TellHeld(true);
-    window_.LimitConnection(mails_taken_);
+    window_.SuspectLimit(mails_taken_);
     return {VerdictOf(ResultCode::kConnectionLost, reply)};
   }
   crowded_ = IsCrowd(command, reply);
   if (IsLimit(command) && !IsOut(transfers_.front())) {
-    window_.LimitConnection(mails_taken_);
+    used_up_ = true;
+    window_.SuspectLimit(mails_taken_);
   } else if (crowded_) {
     // It may do well with the others.
   } else {

@@ -177,7 +177,7 @@ bool Transfers::SendContent(Transfer& transfer) {
 
 // Whether the envelope of a message of that many octets, with so many MAIL commands, has to be accepted before it goes.
 bool Transfers::MustBeAccepted(std::uint64_t size, std::size_t mails) const {
-  return !proven_ || window_.cautious() || size > kLarge || IsRound(mails - 1);
+  return !proven_ || window_.cautious() || size > kLarge || IsRound(mails - 1) || window_.IsSuspectedLimit(mails - 1);
 }
 
 // What is behind a message that waits for its envelope would be told of as out, and be unknown after a kill.

@@ -98,7 +98,7 @@ class Transfers {
   void FinishAnswered();
   void Pop();
   bool IsOut(const Transfer& transfer) const { return transfer.ended && transfer.end <= wire_.sent(); }
-  Whereabouts NotOut() const { return crowded_ ? Whereabouts::kNoRoom : Whereabouts::kNotOut; }
+  Whereabouts NotOut() const { return crowded_ || used_up_ ? Whereabouts::kNoRoom : Whereabouts::kNotOut; }
   Outcome WithVerdict(const Transfer& transfer) const;
   Outcome OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end, bool oldest) const;
 

@@ -151,6 +151,21 @@ TEST(ClientFaults, AServerThatServesOneMessageAConnectionIsServedAll) {
   }
 }
 
+TEST(ClientFaults, ALimitThatTheServerSaysOnceIsNoneFromThenOn) {
+  for (const Fault fault : {Fault::kGoodbye, Fault::kLimit}) {
+    std::vector<std::string> taken;
+    std::atomic<int> connections = 0;
+    ScriptedServer server([&](Peer& peer, int n) {
+      ++connections;
+      Serve(peer, n == 0 ? 6 : -1, fault, taken);
+    });
+    Letters letters(6);
+    SendAll(OptionsFor(server.port()), letters);
+    for (const Outcome& outcome : letters.outcomes) EXPECT_EQ(outcome.state, State::kSent);
+    EXPECT_EQ(connections, 2);
+  }
+}
+
 TEST(ClientFaults, AServerThatKeepsSayingGoodbyeDefersTheMessage) {
   std::vector<std::string> taken;
   ScriptedServer server([&](Peer& peer, int) { Serve(peer, 2, Fault::kGoodbye, taken); });

@@ -137,7 +137,8 @@ TEST(ClientPipeline, ChunksGoOneBehindTheOther) {
   }
 }
 
-// Ten went before it, which may be the server's limit. Those behind would be told of as out, and nothing of them is.
+// Ten went before it, or as many as were taken when the server said that it takes no more, which may be its limit.
+// Those behind would be told of as out, and nothing of them is.
 TEST(ClientPipeline, AMessageThatWaitsForItsEnvelopeHasNoneBehindIt) {
   const auto with = [](std::string dialogue, std::size_t n) {
     for (auto at = dialogue.find('#'); at != std::string::npos; at = dialogue.find('#')) {
@@ -145,22 +146,29 @@ TEST(ClientPipeline, AMessageThatWaitsForItsEnvelopeHasNoneBehindIt) {
     }
     return dialogue;
   };
+  const auto text = [](std::size_t n) { return (n < 10 ? "hi" : "h") + std::to_string(n); };
+  const auto chunk = [&](std::size_t n) { return "C: BDAT 5 LAST\nC: " + text(n) + "\n"; };
   const std::string envelope = "C: RSET\nC: MAIL FROM:<a@b.c>\nC: RCPT TO:<r#@b.c>\n";
-  const std::string chunk = "C: BDAT 5 LAST\nC: hi#\n";
-  Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 14);
-  for (int n = 0; n < 100; ++n) p.window.Taken(true);
-  for (std::size_t n = 10; n < 14; ++n) p.sources[n] = TextSource("h" + std::to_string(n) + "\r\n");
-  std::string dialogue = ENVELOPE(0) YES YES CHUNK(0);
-  for (std::size_t n = 1; n < 10; ++n) dialogue += with(envelope + chunk, n);
-  p.Run(dialogue + with(envelope, 10) + YES);
-  EXPECT_EQ(p.submitted, 11U);
-  dialogue.clear();
-  for (std::size_t n = 1; n < 10; ++n) dialogue += YES YES YES YES;
-  dialogue += YES YES YES "C: BDAT 5 LAST\nC: h10\n";
-  for (std::size_t n = 11; n < 14; ++n) dialogue += with(envelope + "C: BDAT 5 LAST\nC: h#\n", n);
-  p.Run(dialogue + YES);
-  EXPECT_EQ(p.submitted, 14U);
-  EXPECT_EQ(p.told.outcomes.size(), 11U);
+  for (const bool is_said : {false, true}) {
+    SCOPED_TRACE(is_said);
+    const std::size_t limit = is_said ? 5 : 10;
+    const std::size_t all = limit + 4;
+    Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", static_cast<int>(all));
+    for (int n = 0; n < 100; ++n) p.window.Taken(true);
+    if (is_said) p.window.SuspectLimit(limit);
+    for (std::size_t n = 0; n < all; ++n) p.sources[n] = TextSource(text(n) + "\r\n");
+    std::string dialogue = ENVELOPE(0) YES YES + chunk(0);
+    for (std::size_t n = 1; n < limit; ++n) dialogue += with(envelope, n) + chunk(n);
+    p.Run(dialogue + with(envelope, limit) + YES);
+    EXPECT_EQ(p.submitted, limit + 1);
+    dialogue.clear();
+    for (std::size_t n = 1; n < limit; ++n) dialogue += YES YES YES YES;
+    dialogue += (is_said ? YES YES : YES YES YES) + chunk(limit);  // where MAIL is taken, it is none
+    for (std::size_t n = limit + 1; n < all; ++n) dialogue += with(envelope, n) + chunk(n);
+    p.Run(dialogue + (is_said ? YES YES : YES));
+    EXPECT_EQ(p.submitted, all);
+    EXPECT_EQ(p.told.outcomes.size(), limit + 1);
+  }
 }
 
 // Of who is in doubt it does not say that nothing went out.
