@@ -41,7 +41,6 @@ std::optional<Departure> DepartureOf(std::string_view octets) {
   const std::uint64_t first = Get(octets, 0, kDomainAt);
   const std::uint64_t state = first >> kStateBit;
   if (Get(octets, kCheckAt, kDepartureSize - kCheckAt) != ShortHash(octets.substr(0, kCheckAt))) return {};
-  if (state > static_cast<std::uint64_t>(DepartureState::kOut)) return {};
   const std::chrono::nanoseconds since(static_cast<std::int64_t>(first & kWhen));
   return Departure{static_cast<DepartureState>(state), Moment(since),
                    Domain(static_cast<std::uint32_t>(Get(octets, kDomainAt, kCheckAt - kDomainAt)))};

@@ -14,12 +14,13 @@ enum class DepartureState : std::uint8_t {
   kNone,   // it did not go out after all
   kTaken,  // on its way, as long as whoever took it lives
   kOut,
+  kClock,  // of nobody: what time of day it was when the computer was started, and which start that was
 };
 
 struct Departure {
   DepartureState state = DepartureState::kNone;
-  Moment when;  // that it was taken or went out, from 1970 to 2100
-  Domain domain{};
+  Moment when;      // that it was taken or went out, from 1970 to 2100, by the clock told before it
+  Domain domain{};  // or the number of the start
 
   bool operator==(const Departure&) const = default;
 };

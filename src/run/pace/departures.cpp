@@ -82,22 +82,25 @@ Result<bool> Departures::IsOnItsWay(std::int64_t place) const {
   return IsLockedByOthers(fd_.get(), file_, OctetsAt(place));
 }
 
-// What was kept by a clock that was ahead counts from now on, once: not anew for each program that opens the file.
-Result<void> Departures::SetBack(std::int64_t place, Departure& departure, Moment now) const {
-  if (departure.state != DepartureState::kOut || departure.when <= now) return {};
-  departure.when = now;
-  return Write(place, departure);
-}
-
-Result<void> Departures::SetAllBack(Moment now) const {
+// What others have told of it is read first, by runs without a pace, too.
+Result<void> Departures::KeepClock() {
   const auto end = WholeSize();
   if (!end) return end.error();
-  return ForEach(kBegin, *end, [&](std::int64_t place, std::optional<Departure> departure) {
-    return departure ? SetBack(place, *departure, now) : Result<void>();
-  });
+  clocks_.Forget(*end);
+  const auto learn = [this](std::int64_t place, const std::optional<Departure>& departure) -> Result<void> {
+    if (departure) clocks_.Learn(place, *departure);
+    return {};
+  };
+  if (auto read = ForEach(std::exchange(clocks_read_to_, *end), *end, learn); !read) return read;
+  const auto missing = clocks_.Missing();
+  if (!missing) return {};
+  if (auto written = Write(*end, *missing); !written) return written;
+  clocks_.Learn(*end, *missing);
+  clocks_read_to_ += kSize;
+  return {};
 }
 
-Result<void> Departures::LookAfterThoseOnTheirWay(std::vector<Departure>& out, Moment now, const Visit& visit) {
+Result<void> Departures::LookAfterThoseOnTheirWay(std::vector<Out>& out, const Visit& visit) {
   std::vector<std::int64_t> still;
   const auto look = [&](std::int64_t place, const std::optional<Departure>& departure) -> Result<void> {
     Departure is = departure.value_or(Departure{});
@@ -111,10 +114,10 @@ Result<void> Departures::LookAfterThoseOnTheirWay(std::vector<Departure>& out, M
       is.state = DepartureState::kNone;
       if (auto written = Write(place, is); !written) return written;
     }
-    visit({DepartureState::kNone, is.when, is.domain});
-    auto set = SetBack(place, is, now);
-    if (is.state == DepartureState::kOut) out.push_back(is);
-    return set;
+    const Uptime when = clocks_.WhenOf(place, is.when);
+    visit(DepartureState::kNone, is.domain, when);
+    if (is.state == DepartureState::kOut) out.push_back({is.domain, when});
+    return {};
   };
   for (const std::int64_t place : on_their_way_) {
     if (auto looked = ForEach(place, place + kSize, look); !looked) return looked;
@@ -123,7 +126,7 @@ Result<void> Departures::LookAfterThoseOnTheirWay(std::vector<Departure>& out, M
   return {};
 }
 
-Result<void> Departures::ReadNew(std::vector<Departure>& out, Moment now, const Visit& visit) {
+Result<void> Departures::ReadNew(std::vector<Out>& out, const Visit& visit) {
   const auto end = WholeSize();
   if (!end) return end.error();
   if (*end < read_to_) ++lost_;
@@ -132,53 +135,50 @@ Result<void> Departures::ReadNew(std::vector<Departure>& out, Moment now, const 
       ++lost_;
       return {};
     }
-    auto set = SetBack(place, *departure, now);
-    if (departure->state == DepartureState::kOut) out.push_back(*departure);
+    const Uptime when = clocks_.WhenOf(place, departure->when);
+    if (departure->state == DepartureState::kOut) out.push_back({departure->domain, when});
     if (departure->state == DepartureState::kTaken) {
       on_their_way_.push_back(place);
-      visit(*departure);
+      visit(DepartureState::kTaken, departure->domain, when);
     }
-    return set;
+    return {};
   };
   return ForEach(std::exchange(read_to_, *end), *end, take);
 }
 
 // They stand in the order in which their turns were taken.
 Result<void> Departures::Read(const Visit& visit) {
-  const Moment now = clock_.Now();
-  if (now < std::exchange(last_read_, now)) {
-    if (auto set = SetAllBack(now); !set) return set;
-  }
-  std::vector<Departure> out;
-  if (auto read = ReadNew(out, now, visit); !read) return read;
-  if (auto looked = LookAfterThoseOnTheirWay(out, now, visit); !looked) return looked;
-  std::ranges::sort(out, {}, &Departure::when);
-  for (const Departure& departure : out) visit(departure);
+  if (auto kept = KeepClock(); !kept) return kept;
+  std::vector<Out> out;
+  if (auto read = ReadNew(out, visit); !read) return read;
+  if (auto looked = LookAfterThoseOnTheirWay(out, visit); !looked) return looked;
+  std::ranges::sort(out, {}, &Out::when);
+  for (const Out& each : out) visit(DepartureState::kOut, each.domain, each.when);
   return {};
 }
 
 // Behind a piece of an entry, that a full disk has left, if there is one.
-Result<std::int64_t> Departures::Append(std::span<const Departure> departures) {
+Result<std::int64_t> Departures::Append(DepartureState state, std::span<const Domain> domains) {
+  if (auto kept = KeepClock(); !kept) return kept.error();
   const auto place = WholeSize();
   if (!place) return place.error();
   std::string octets;
-  for (const Departure& departure : departures) {
-    const DepartureOctets each = OctetsOf(departure);
+  for (const Domain domain : domains) {
+    const DepartureOctets each = OctetsOf({state, clocks_.TimeOf(*place, clock_.SinceBoot()), domain});
     octets.append(each.data(), each.size());
   }
-  for (std::size_t n = 0; n < departures.size(); ++n) {
-    if (departures[n].state != DepartureState::kTaken) continue;
-    const auto locked =
-        TryLock(fd_.get(), file_, OctetsAt(*place + static_cast<std::int64_t>(n) * kSize), LockKind::kAlone);
+  const auto end = *place + static_cast<std::int64_t>(octets.size());
+  for (std::int64_t each = *place; state == DepartureState::kTaken && each < end; each += kSize) {
+    const auto locked = TryLock(fd_.get(), file_, OctetsAt(each), LockKind::kAlone);
     if (!locked) return locked.error();
   }
   if (auto written = WriteAt(fd_.get(), file_, *place, octets); !written) return written.error();
-  if (read_to_ == *place) read_to_ += static_cast<std::int64_t>(octets.size());
+  if (read_to_ == *place) read_to_ = end;
   return *place;
 }
 
-Result<void> Departures::Change(std::int64_t place, const Departure& departure) {
-  if (auto written = Write(place, departure); !written) return written;
+Result<void> Departures::Change(std::int64_t place, DepartureState state, Domain domain) {
+  if (auto written = Write(place, {state, clocks_.TimeOf(place, clock_.SinceBoot()), domain}); !written) return written;
   const auto unlocked = TryLock(fd_.get(), file_, OctetsAt(place), LockKind::kNone);
   return unlocked ? Result<void>() : unlocked.error();
 }

@@ -3,7 +3,7 @@
 //
 // The file is changed by whoever holds it, for some microseconds at a time. Who takes a turn in it locks its octets
 // until the message is out, so that the others tell one that is on its way from one whose program has died: nothing of
-// the latter went out.
+// the latter went out. Which clock each time in it is by is told in it, too (run/pace/kept_clocks).
 #pragma once
 
 #include <chrono>
@@ -20,6 +20,7 @@
 #include "platform/result.h"
 #include "run/pace/departure_record.h"
 #include "run/pace/file_octets.h"
+#include "run/pace/kept_clocks.h"
 
 namespace quillcast::run {
 
@@ -53,17 +54,21 @@ class Departures {
 
   // Tells what others told since the last time, at first all that stands in the file: kTaken of one that is on its way,
   // kNone once it is so no more; and then kOut of each that went out, in their order.
-  using Visit = std::function<void(const Departure&)>;
+  using Visit = std::function<void(DepartureState, Domain, Uptime when)>;
   Result<void> Read(const Visit& visit);
-  // Gives the place of the first. One that is kTaken stays so until it is changed.
-  Result<std::int64_t> Append(std::span<const Departure> departures);
-  Result<void> Change(std::int64_t place, const Departure& departure);
+  // These are so from now on. Gives the place of the first. One that is kTaken stays so until it is changed.
+  Result<std::int64_t> Append(DepartureState state, std::span<const Domain> domains);
+  Result<void> Change(std::int64_t place, DepartureState state, Domain domain);
 
  private:
   using Each = std::function<Result<void>(std::int64_t place, const std::optional<Departure>&)>;
+  struct Out {
+    Domain domain{};
+    Uptime when;
+  };
 
   Departures(std::filesystem::path file, platform::UniqueFd fd, const platform::Clock& clock)
-      : file_(std::move(file)), fd_(std::move(fd)), clock_(clock) {}
+      : file_(std::move(file)), fd_(std::move(fd)), clock_(clock), clocks_(clock) {}
   static Result<std::unique_ptr<Departures>> OpenOnce(const std::filesystem::path& file, const platform::Clock& clock);
 
   Result<Hold> Lock() const;
@@ -71,15 +76,14 @@ class Departures {
   Result<std::int64_t> WholeSize() const;
   Result<bool> HasHeader();
   Result<bool> Cut();
-  Result<void> Replace(Moment counts_after);
-  Result<std::int64_t> Mend(Moment counts_after, Moment now);
+  Result<void> Replace(Uptime counts_after);
+  Result<std::int64_t> Mend(Uptime counts_after);
+  Result<void> KeepClock();
   Result<void> ForEach(std::int64_t first, std::int64_t end, const Each& each) const;
   Result<void> Write(std::int64_t place, const Departure& departure) const;
   Result<bool> IsOnItsWay(std::int64_t place) const;
-  Result<void> LookAfterThoseOnTheirWay(std::vector<Departure>& out, Moment now, const Visit& visit);
-  Result<void> ReadNew(std::vector<Departure>& out, Moment now, const Visit& visit);
-  Result<void> SetBack(std::int64_t place, Departure& departure, Moment now) const;
-  Result<void> SetAllBack(Moment now) const;
+  Result<void> LookAfterThoseOnTheirWay(std::vector<Out>& out, const Visit& visit);
+  Result<void> ReadNew(std::vector<Out>& out, const Visit& visit);
 
   static constexpr std::int64_t kBegin = 16;  // of the entries
   static constexpr std::int64_t kSize = kDepartureSize;
@@ -88,10 +92,11 @@ class Departures {
   std::filesystem::path file_;
   platform::UniqueFd fd_;
   const platform::Clock& clock_;
+  KeptClocks clocks_;
+  std::int64_t clocks_read_to_ = kBegin;    // octets
   std::int64_t read_to_ = 0;                // octets
   std::vector<std::int64_t> on_their_way_;  // places of those that others took
-  Moment last_read_ = Moment::min();
-  std::int64_t lost_ = 0;  // entries
+  std::int64_t lost_ = 0;                   // entries
 };
 
 }  // namespace quillcast::run

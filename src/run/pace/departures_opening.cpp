@@ -55,6 +55,7 @@ Result<std::unique_ptr<Departures>> Departures::Open(const fs::path& file, const
     departures.read_to_ = kBegin;
     was_cut = *cut;
     if (was_cut) continue;
+    if (auto kept = departures.KeepClock(); !kept) return kept.error();
     const auto shared = TryLock(departures.fd_.get(), file, kOpen, LockKind::kShared);
     if (!shared) return shared.error();
     return std::move(*opened);
@@ -88,12 +89,13 @@ Result<bool> Departures::HasHeader() {
 
 // True where another file stands in its place now. What others have open stays, for they know the places in it.
 Result<bool> Departures::Cut() {
-  const Moment now = clock_.Now();
+  const Uptime now = clock_.SinceBoot();
   const auto header = HasHeader();
   if (!header) return header.error();
   std::int64_t of_no_use = 0;
   if (*header) {
-    const auto mended = Mend(now - kLongestRule, now);
+    if (auto kept = KeepClock(); !kept) return kept.error();
+    const auto mended = Mend(now - kLongestRule);
     if (!mended) return mended.error();
     of_no_use = *mended;
   } else {
@@ -110,7 +112,7 @@ Result<bool> Departures::Cut() {
 }
 
 // Gives how many count no more.
-Result<std::int64_t> Departures::Mend(Moment counts_after, Moment now) {
+Result<std::int64_t> Departures::Mend(Uptime counts_after) {
   const auto end = WholeSize();
   if (!end) return end.error();
   if (::ftruncate(fd_.get(), *end) != 0) return platform::SystemError("write", file_, errno);
@@ -123,25 +125,35 @@ Result<std::int64_t> Departures::Mend(Moment counts_after, Moment now) {
       if (!on_its_way) return Result<void>(on_its_way.error());
       if (!*on_its_way) is.state = DepartureState::kNone;  // for whom: others may count it still
     }
-    is.when = std::min(is.when, now);
-    if (is.state == DepartureState::kNone || (is.state == DepartureState::kOut && is.when <= counts_after)) ++of_no_use;
+    if (!clocks_.IsTold(place)) is.when = std::min(is.when, clock_.Now());
+    const bool is_out = is.state == DepartureState::kOut;
+    if (is.state == DepartureState::kNone || (is_out && clocks_.WhenOf(place, is.when) <= counts_after)) ++of_no_use;
     return departure == is ? Result<void>() : Write(place, is);
   });
   if (!mended) return mended.error();
   return of_no_use;
 }
 
-Result<void> Departures::Replace(Moment counts_after) {
+// By the clock of now, which is told first.
+Result<void> Departures::Replace(Uptime counts_after) {
   const auto end = WholeSize();
   if (!end) return end.error();
+  KeptClocks clocks(clock_);
+  std::string kept(kHeader);
+  const auto keep = [&kept](const Departure& departure) {
+    const DepartureOctets octets = OctetsOf(departure);
+    kept.append(octets.data(), octets.size());
+  };
+  if (const auto clock = clocks.Missing()) {
+    clocks.Learn(kBegin, *clock);
+    keep(*clock);
+  }
   return platform::ReplaceFile(file_, [&](int fd) {
-    std::string kept(kHeader);
-    const auto copied = ForEach(kBegin, *end, [&](std::int64_t, const std::optional<Departure>& departure) {
-      if (!departure || departure->state == DepartureState::kNone || departure->when <= counts_after) {
-        return Result<void>();
-      }
-      const DepartureOctets octets = OctetsOf(*departure);
-      kept.append(octets.data(), octets.size());
+    const auto copied = ForEach(kBegin, *end, [&](std::int64_t place, const std::optional<Departure>& departure) {
+      if (!departure || departure->state != DepartureState::kOut) return Result<void>();
+      const Uptime when = clocks_.WhenOf(place, departure->when);
+      if (when <= counts_after) return Result<void>();
+      keep({DepartureState::kOut, clocks.TimeOf(*end, when), departure->domain});
       if (kept.size() < kBlock) return Result<void>();
       return platform::WriteAll(fd, file_, std::exchange(kept, {}));
     });

@@ -38,8 +38,8 @@ void Pace::GivenBack(Domain domain) {
   if (rules_.per_domain) --Of(domain).on_their_way;
 }
 
-void Pace::WentOut(Domain domain, Moment when) {
-  const Moment before = latest_;
+void Pace::WentOut(Domain domain, Uptime when) {
+  const Uptime before = latest_;
   latest_ = std::max(latest_, when);  // what another program tells may be a little older than what was told before
   for (Limit& limit : limits_) limit.limit.WentOut(latest_);
   if (rules_.per_domain) Of(domain).limit.WentOut(latest_);
@@ -48,61 +48,52 @@ void Pace::WentOut(Domain domain, Moment when) {
   row_ = {after_pause ? 1 : row_.messages + 1, latest_};
 }
 
-void Pace::ComesBack(Domain domain, Moment since) {
+void Pace::ComesBack(Domain domain, Uptime since) {
   for (Limit& limit : limits_) limit.limit.ComesBack(since);
   if (rules_.per_domain) Of(domain).limit.ComesBack(since);
 }
 
 // Those whose limit counts nobody, once there are twice as many as were left the last time.
-void Pace::ForgetDomains(Moment now) {
+void Pace::ForgetDomains(Uptime now) {
   if (domains_.size() < std::max(kFewDomains, 2 * domains_looked_over_)) return;
   std::erase_if(domains_,
                 [now](const auto& each) { return each.second.on_their_way == 0 && each.second.limit.IsEmptyAt(now); });
   domains_looked_over_ = domains_.size();
 }
 
-void Pace::NotLaterThan(Moment now) {
-  if (latest_ <= now) return;
-  for (Limit& limit : limits_) limit.limit.NotLaterThan(now);
-  for (auto& [domain, of] : domains_) of.limit.NotLaterThan(now);
-  row_.last = now;
-  latest_ = now;
-}
-
 // Those on their way make the row longer, whenever they go out.
-Moment Pace::AfterPause(Moment now) const {
+Uptime Pace::AfterPause(Uptime now) const {
   const bool over = row_.messages == 0 || now - row_.last >= rules_.pause->pause;
   if ((over ? 0 : row_.messages) + on_their_way_ < rules_.pause->messages) return now;
   return on_their_way_ > 0 ? now + rules_.pause->pause : row_.last + rules_.pause->pause;
 }
 
-Wait Pace::DueAtAnyHour(Moment now) {
-  NotLaterThan(now);
-  Wait wait{now, {}};
+Wait Pace::DueAtAnyHour(const Both& now) const {
+  Wait wait{now.time_of_day, {}};
   const auto take = [&wait](Moment until, PaceRule why) {
     if (until > wait.until) wait = {until, why};
   };
+  const auto of_day = [&now](Uptime until) { return now.time_of_day + (until - now.up); };
   if (rules_.begin) take(*rules_.begin, PaceRule::kBegin);
-  for (const Limit& limit : limits_) take(limit.limit.Due(now, on_their_way_), limit.rule);
-  if (rules_.pause) take(AfterPause(now), PaceRule::kPause);
+  for (const Limit& limit : limits_) take(of_day(limit.limit.Due(now.up, on_their_way_)), limit.rule);
+  if (rules_.pause) take(of_day(AfterPause(now.up)), PaceRule::kPause);
   return wait;
 }
 
-Wait Pace::WithinHours(Wait wait) {
+Wait Pace::WithinHours(Wait wait) const {
   if (!rules_.hours) return wait;
   const bool known = hours_ && hours_->first <= wait.until && wait.until <= hours_->second;
   if (!known) hours_ = {wait.until, NextWithin(*rules_.hours, wait.until, clock_)};
   return hours_->second > wait.until ? Wait{hours_->second, PaceRule::kHours} : wait;
 }
 
-Wait Pace::Due(Moment now) { return WithinHours(DueAtAnyHour(now)); }
-
-Wait Pace::Due(Domain domain, Moment now) {
+Wait Pace::Due(Domain domain) {
+  const Both now = Now();
   Wait wait = DueAtAnyHour(now);
   if (rules_.per_domain) {
-    ForgetDomains(now);
+    ForgetDomains(now.up);
     if (const auto of = domains_.find(domain); of != domains_.end()) {
-      const Moment until = of->second.limit.Due(now, of->second.on_their_way);
+      const Moment until = now.time_of_day + (of->second.limit.Due(now.up, of->second.on_their_way) - now.up);
       if (until > wait.until) wait = {until, PaceRule::kDomain};
     }
   }

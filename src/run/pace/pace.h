@@ -31,21 +31,19 @@ struct Wait {
 
 class Pace {
  public:
-  // `clock` is asked for the local time alone.
   Pace(const PaceRules& rules, const platform::Clock& clock);
 
   void Taken(Domain domain);
   // It does not go out after all.
   void GivenBack(Domain domain);
   // Whether it was taken before or not; one that was is to be given back beside.
-  void WentOut(Domain domain, Moment when);
+  void WentOut(Domain domain, Uptime when);
   // One that was told as out then or later, the first, is not after all. For a pause it counts on.
-  void ComesBack(Domain domain, Moment since);
+  void ComesBack(Domain domain, Uptime since);
 
   // When a message may go out that is for none of the domains that have reached their limit, and one for this domain.
-  // The clock may have been set back: then what went out later counts as going out now.
-  Wait Due(Moment now);
-  Wait Due(Domain domain, Moment now);
+  Wait Due() const { return WithinHours(DueAtAnyHour(Now())); }
+  Wait Due(Domain domain);
 
  private:
   struct Limit {
@@ -55,19 +53,25 @@ class Pace {
   // Those messages that followed each other without the pause.
   struct Row {
     std::int64_t messages = 0;
-    Moment last;
+    Uptime last;
   };
   struct OfDomain {
     SlidingLimit limit;
     std::int64_t on_their_way = 0;
   };
 
+  // One moment by both clocks.
+  struct Both {
+    Moment time_of_day;
+    Uptime up;
+  };
+
+  Both Now() const { return {clock_.Now(), clock_.SinceBoot()}; }
   OfDomain& Of(Domain domain);
-  void ForgetDomains(Moment now);
-  void NotLaterThan(Moment now);
-  Wait DueAtAnyHour(Moment now);
-  Wait WithinHours(Wait wait);
-  Moment AfterPause(Moment now) const;
+  void ForgetDomains(Uptime now);
+  Wait DueAtAnyHour(const Both& now) const;
+  Wait WithinHours(Wait wait) const;
+  Uptime AfterPause(Uptime now) const;
 
   PaceRules rules_;
   const platform::Clock& clock_;
@@ -76,8 +80,8 @@ class Pace {
   std::size_t domains_looked_over_ = 0;
   Row row_;
   std::int64_t on_their_way_ = 0;
-  Moment latest_ = Moment::min();                   // of what went out
-  std::optional<std::pair<Moment, Moment>> hours_;  // asked from, and found
+  Uptime latest_ = Uptime::min();                           // of what went out
+  mutable std::optional<std::pair<Moment, Moment>> hours_;  // asked from, and found
 };
 
 }  // namespace quillcast::run

@@ -12,8 +12,10 @@
 
 namespace quillcast::run {
 
-// Of the time of day, because what has gone out is counted over the end of a program and of the computer's session.
+// Of the time of day, which a person means, and which is kept over the end of the computer's session.
 using Moment = std::chrono::system_clock::time_point;
+// What has gone out is counted by this one, which stays right when somebody sets the time of day.
+using platform::Uptime;
 
 // At most so many messages in any stretch of time of this length, wherever it begins.
 struct MessageLimit {

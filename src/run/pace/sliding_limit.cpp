@@ -4,7 +4,7 @@
 
 namespace quillcast::run {
 
-void SlidingLimit::WentOut(Moment when) {
+void SlidingLimit::WentOut(Uptime when) {
   if (std::ssize(times_) < limit_.messages) {
     times_.push_back(when);
     return;
@@ -14,19 +14,15 @@ void SlidingLimit::WentOut(Moment when) {
 }
 
 // What a ring has lost for it counted no more when it went out.
-void SlidingLimit::ComesBack(Moment since) {
+void SlidingLimit::ComesBack(Uptime since) {
   std::rotate(times_.begin(), times_.begin() + static_cast<std::ptrdiff_t>(oldest_), times_.end());
   oldest_ = 0;
   const auto time = std::lower_bound(times_.begin(), times_.end(), since);
   if (time != times_.end()) times_.erase(time);
 }
 
-void SlidingLimit::NotLaterThan(Moment now) {
-  for (Moment& time : times_) time = std::min(time, now);
-}
-
 // With n allowed, one more may go out when the n-th last has left the stretch of time behind it.
-Moment SlidingLimit::Due(Moment now, std::int64_t on_their_way) const {
+Uptime SlidingLimit::Due(Uptime now, std::int64_t on_their_way) const {
   const std::int64_t others = limit_.messages - on_their_way;
   if (others <= 0) return now + limit_.within;
   if (std::ssize(times_) < others) return now;

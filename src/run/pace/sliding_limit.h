@@ -13,22 +13,20 @@ class SlidingLimit {
   explicit SlidingLimit(const MessageLimit& limit) : limit_(limit) {}
 
   // One went out, not before those that were told already.
-  void WentOut(Moment when);
+  void WentOut(Uptime when);
   // The first that went out then or later did not, after all.
-  void ComesBack(Moment since);
-  // Nothing has gone out later than now: who said so had a clock that was set back since.
-  void NotLaterThan(Moment now);
+  void ComesBack(Uptime since);
   // When one more may go out, `now` at the earliest, where so many are on their way, each of which may go out at any
   // moment. While those alone are enough nobody knows: it is given as the longest that it can take.
-  Moment Due(Moment now, std::int64_t on_their_way) const;
+  Uptime Due(Uptime now, std::int64_t on_their_way) const;
   // What went out counts no more.
-  bool IsEmptyAt(Moment now) const { return times_.empty() || Last(1) + limit_.within <= now; }
+  bool IsEmptyAt(Uptime now) const { return times_.empty() || Last(1) + limit_.within <= now; }
 
  private:
-  const Moment& Last(std::size_t nth) const { return times_[(oldest_ + times_.size() - nth) % times_.size()]; }
+  const Uptime& Last(std::size_t nth) const { return times_[(oldest_ + times_.size() - nth) % times_.size()]; }
 
   MessageLimit limit_;
-  std::vector<Moment> times_;  // of the last ones, as many as the limit counts: a ring once it has so many
+  std::vector<Uptime> times_;  // of the last ones, as many as the limit counts: a ring once it has so many
   std::size_t oldest_ = 0;
 };
 

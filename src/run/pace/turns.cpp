@@ -26,14 +26,16 @@ void Turns::Keep(const Result<void>& done) {
 }
 
 Result<void> Turns::ReadOthers() {
-  return departures_->Read([this](const Departure& departure) {
-    switch (departure.state) {
+  return departures_->Read([this](DepartureState state, Domain domain, Uptime when) {
+    switch (state) {
       case DepartureState::kTaken:
-        return pace_.Taken(departure.domain);
+        return pace_.Taken(domain);
       case DepartureState::kNone:
-        return pace_.GivenBack(departure.domain);
+        return pace_.GivenBack(domain);
       case DepartureState::kOut:
-        return pace_.WentOut(departure.domain, departure.when);
+        return pace_.WentOut(domain, when);
+      case DepartureState::kClock:
+        return;
     }
   });
 }
@@ -55,8 +57,7 @@ Result<void> Turns::TryTake(Turn& turn, Wait& wait) {
   if (auto read = ReadOthers(); !read) return read;
   wait = Due(turn.domain);
   if (wait.why) return {};
-  const Departure taken{DepartureState::kTaken, clock_.Now(), turn.domain};
-  const auto place = departures_->Append({&taken, 1});
+  const auto place = departures_->Append(DepartureState::kTaken, {&turn.domain, 1});
   if (!place) return place.error();
   turn.place = *place;
   return {};
@@ -71,14 +72,14 @@ void Turns::GiveBack(Turn& turn) {
 
 Result<void> Turns::TryGiveBack(std::int64_t place, Domain domain) {
   const auto hold = departures_->HoldFile();
-  return hold ? departures_->Change(place, {DepartureState::kNone, clock_.Now(), domain}) : hold.error();
+  return hold ? departures_->Change(place, DepartureState::kNone, domain) : hold.error();
 }
 
 void Turns::GoesOut(Turn& turn) {
   going_out_.push_back(turn);
   turn.taken = false;
   turn.place.reset();
-  turn.out_since = clock_.Now();
+  turn.out_since = clock_.SinceBoot();
 }
 
 void Turns::ComesBack(Turn& turn) {
@@ -89,7 +90,7 @@ void Turns::ComesBack(Turn& turn) {
 void Turns::Record() {
   if (going_out_.empty()) return;
   if (departures_) Keep(TryRecord());
-  const Moment now = clock_.Now();
+  const Uptime now = clock_.SinceBoot();
   for (const Turn& turn : going_out_) {
     if (turn.taken) pace_.GivenBack(turn.domain);
     if (HasPace()) pace_.WentOut(turn.domain, now);
@@ -104,17 +105,15 @@ Result<void> Turns::TryRecord() {
   if (HasPace()) {
     if (auto read = ReadOthers(); !read) return read;
   }
-  const Moment now = clock_.Now();
-  std::vector<Departure> out;
+  std::vector<Domain> out;
   for (const Turn& turn : going_out_) {
-    const Departure departure{DepartureState::kOut, now, turn.domain};
     if (!turn.place) {
-      out.push_back(departure);
-    } else if (auto changed = departures_->Change(*turn.place, departure); !changed) {
+      out.push_back(turn.domain);
+    } else if (auto changed = departures_->Change(*turn.place, DepartureState::kOut, turn.domain); !changed) {
       return changed;
     }
   }
-  const auto appended = departures_->Append(out);
+  const auto appended = departures_->Append(DepartureState::kOut, out);
   return appended ? Result<void>() : appended.error();
 }
 

@@ -22,7 +22,7 @@ struct Turn {
   Domain domain{};
   std::optional<std::int64_t> place = {};
   bool taken = false;
-  std::optional<Moment> out_since = {};
+  std::optional<Uptime> out_since = {};
 };
 
 class Turns {
@@ -37,8 +37,8 @@ class Turns {
   platform::Instant InstantOf(Moment moment) const { return clock_.Monotonic() + (moment - clock_.Now()); }
 
   // When a message may go out for a domain that has not reached its limit, by what is known.
-  Wait Due() { return pace_.Due(clock_.Now()); }
-  Wait Due(Domain domain) { return pace_.Due(domain, clock_.Now()); }
+  Wait Due() { return pace_.Due(); }
+  Wait Due(Domain domain) { return pace_.Due(domain); }
   // Takes the turn where it is due, and then has nothing to wait for; else the turn stays as it was.
   Wait Take(Turn& turn);
   // It does not go out after all. Nothing for one that was not taken, or is out.

@@ -54,23 +54,24 @@ class DepartureFile : public testing::Test {
 TEST_F(DepartureFile, LossAndDamageAreToldOnceAndStopNoRun) {
   const std::string damaged = "which keeps when messages went out, is damaged.";
   const std::string removed = "which keeps when messages went out, has been removed.";
-  const auto zeros = [this] { Replace(Bytes().replace(2 * kEntry, kEntry, kEntry, '\0')); };
+  const auto zeros = [this](std::size_t entry) { Replace(Bytes().replace(entry * kEntry, kEntry, kEntry, '\0')); };
   const struct {
     const char* name;
-    std::function<void()> spoil;  // three entries
+    std::function<void()> spoil;  // a clock and three entries
     int free;                     // of four, for a program that begins then
     std::string told;
     std::string told_under_way;  // to one that knows three
   } kCases[] = {
       {"as it was", [] {}, 1, "", ""},
       {"a piece of an entry behind the last", [&] { Replace(Bytes() + "torn"); }, 1, "", ""},
-      {"an entry of zeros", zeros, 2, damaged, ""},
-      {"one bit", [&] { Replace(Bytes().replace(2 * kEntry + 9, 1, 1, '!')); }, 2, damaged, ""},
-      {"cut", [&] { fs::resize_file(file_, 2 * kEntry + 3); }, 3, "", damaged},
+      {"an entry of zeros", [&] { zeros(3); }, 2, damaged, ""},
+      {"zeros for whose time it is", [&] { zeros(1); }, 1, damaged, ""},
+      {"one bit", [&] { Replace(Bytes().replace(3 * kEntry + 9, 1, 1, '!')); }, 2, damaged, ""},
+      {"cut", [&] { fs::resize_file(file_, 3 * kEntry + 3); }, 3, "", damaged},
       {"something else", [&] { Replace("Dear reader, this is no such file."); }, 4, damaged, damaged},
       {"empty", [&] { Replace(""); }, 4, "", damaged},
       {"removed", [&] { fs::remove(file_); }, 4, "", removed},
-      {"of a newer version", [&] { Replace("Quillcast out 2\n" + std::string(48, 'x')); }, 4, "of a newer version", ""},
+      {"of a newer version", [&] { Replace("Quillcast out 2\n" + std::string(64, 'x')); }, 4, "of a newer version", ""},
       {"a folder", [&] { fs::remove(file_), fs::create_directory(file_); }, 4, "Is a directory", removed},
   };
   for (const bool under_way : {false, true}) {
@@ -100,7 +101,7 @@ TEST_F(DepartureFile, AFullDiskLeavesThePaceToTheRun) {
   std::signal(SIGXFSZ, SIG_IGN);
   struct rlimit before {};
   ::getrlimit(RLIMIT_FSIZE, &before);
-  const struct rlimit full { 2 * kEntry + 5, before.rlim_max };
+  const struct rlimit full { 3 * kEntry + 5, before.rlim_max };
   ::setrlimit(RLIMIT_FSIZE, &full);
   EXPECT_EQ(SendWhatMay(turns), 3);
   ::setrlimit(RLIMIT_FSIZE, &before);
@@ -108,6 +109,55 @@ TEST_F(DepartureFile, AFullDiskLeavesThePaceToTheRun) {
   Turns next = Program(kFourAnHour);  // what was written of the second entry is none
   EXPECT_EQ(SendWhatMay(next), 3);
   EXPECT_EQ(told_.size(), 1U);
+}
+
+TEST_F(DepartureFile, CountsTheTimeThatPassedWhateverTheClockSays) {
+  struct At {
+    std::uint32_t boot = 1;  // 0: of an earlier version, which tells of no clock
+    std::chrono::hours set{0};
+  };
+  const struct {
+    const char* name;
+    At before;  // four go out; then half an hour passes, and a new start is ten minutes ago
+    At after;
+    std::chrono::minutes left;
+  } kCases[] = {
+      {"as it was", {}, {}, 30min},
+      {"set back", {}, {1, -3h}, 30min},
+      {"set forward", {1, -3h}, {}, 30min},
+      {"started again", {}, {2}, 30min},
+      {"started again with a clock that is behind", {}, {2, -3h}, 50min},
+      {"started again with a clock that is no longer ahead", {1, 24h}, {2}, 50min},
+      {"kept by an earlier version", {0}, {}, 30min},
+      {"kept by an earlier version, set back since", {0}, {1, -3h}, 60min},
+  };
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.name);
+    fs::remove(file_);
+    const auto is = [this](const At& at) { clock_.boot = at.boot, clock_.set = at.set; };
+    is(each.before);
+    EXPECT_EQ(SendWhatMay(*std::make_unique<Turns>(Program(kFourAnHour))), 4);
+    clock_.now += 30min;
+    is(each.after);
+    if (each.after.boot == 2) clock_.booted = clock_.now - 10min;
+    for (const auto left : {each.left, each.left - 1min}) {  // once, and not anew for each program
+      Turns turns = Program(kFourAnHour);
+      Turn turn{DomainOf("example.org")};
+      EXPECT_EQ(turns.Take(turn).until - clock_.Now(), left);
+      clock_.now += 1min;
+    }
+    if (each.before.boot != 0) is({each.after.boot});  // and right in the end
+    EXPECT_EQ(SendWhatMay(*std::make_unique<Turns>(Program(kFourAnHour))), 0);
+    clock_.now += each.left - 2min;
+    EXPECT_EQ(SendWhatMay(*std::make_unique<Turns>(Program(kFourAnHour))), 4);
+  }
+  EXPECT_TRUE(told_.empty());
+}
+
+TEST(SystemClock, KnowsTheStartOfTheComputer) {
+  const platform::SystemClock clock;
+  EXPECT_NE(clock.Boot(), 0U);
+  EXPECT_GE(clock.SinceBoot().time_since_epoch(), clock.Monotonic().time_since_epoch() - 1s);
 }
 
 TEST_F(DepartureFile, IsPrivateAndCutToADay) {
@@ -120,11 +170,11 @@ TEST_F(DepartureFile, IsPrivateAndCutToADay) {
   Send(*turns, 10);
   clock_.now += 1h;
   std::optional<Turns> beside(Program(kFourAnHour));
-  EXPECT_EQ(fs::file_size(file_), 1511 * kEntry) << "somebody has it open";
+  EXPECT_EQ(fs::file_size(file_), 1512 * kEntry) << "somebody has it open";
   turns.reset();
   beside.reset();
   beside.emplace(Program(kFourAnHour));
-  EXPECT_EQ(fs::file_size(file_), 11 * kEntry);
+  EXPECT_EQ(fs::file_size(file_), 12 * kEntry);
   EXPECT_EQ(SendWhatMay(*beside), 4) << "the ten are an hour old";
   EXPECT_EQ(fs::status(file_).permissions(), fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_TRUE(told_.empty());

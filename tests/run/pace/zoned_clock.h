@@ -1,4 +1,5 @@
-// A clock whose time of day a test sets, in a zone of which the clocks are changed.
+// A clock whose time of day a test sets, as it does the start of the computer, in a zone of which the clocks are
+// changed.
 #pragma once
 
 #include <cstdlib>
@@ -33,9 +34,15 @@ class ZonedClock final : public platform::Clock {
     return std::chrono::system_clock::from_time_t(::timegm(&broken_down));
   }
 
+  // It passes for all clocks; `set` is how far somebody has set the time of day meanwhile.
   std::chrono::system_clock::time_point now = At("2026-07-03 09:05:07");
-  std::chrono::system_clock::time_point Now() const override { return now; }
+  std::chrono::nanoseconds set{};
+  std::uint32_t boot = 1;
+  std::chrono::system_clock::time_point booted = At("2026-07-01 00:00");
+  std::chrono::system_clock::time_point Now() const override { return now + set; }
   platform::Instant Monotonic() const override { return platform::Instant(now.time_since_epoch()); }
+  platform::Uptime SinceBoot() const override { return platform::Uptime(now - booted); }
+  std::uint32_t Boot() const override { return boot; }
   std::tm Local(std::chrono::system_clock::time_point moment) const override {
     return platform::SystemClock().Local(moment);
   }
