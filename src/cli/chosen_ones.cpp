@@ -5,19 +5,23 @@
 namespace quillcast::cli {
 namespace {
 
-Result<run::StateSet> StatesFrom(const std::string& text) {
-  run::StateSet states;
+Result<Choice> StatesFrom(const std::string& text) {
+  Choice choice;
   for (const std::string_view part : platform::Split(text, ',')) {
     const std::string_view word = platform::Trim(part);
+    if (word == run::kSkipped) {
+      choice.skipped = true;
+      continue;
+    }
     std::size_t n = 0;
     while (n < run::kResultStates && word != run::Name(static_cast<run::ResultState>(n))) ++n;
     if (n == run::kResultStates) {
       return Error{Failure::kUsage, Say("\"{}\" is no state of a recipient.", platform::Printable(word, 60)),
                    Say("The states are: {}.", StateNames())};
     }
-    states.set(n);
+    choice.rows.states.set(n);
   }
-  return states;
+  return choice;
 }
 
 }  // namespace
@@ -25,9 +29,9 @@ Result<run::StateSet> StatesFrom(const std::string& text) {
 std::string StateNames() {
   std::string names;
   for (std::size_t n = 0; n < run::kResultStates; ++n) {
-    names += (n == 0 ? "" : ", ") + std::string(run::Name(static_cast<run::ResultState>(n)));
+    names += run::Name(static_cast<run::ResultState>(n)) + std::string(", ");
   }
-  return names;
+  return names + run::kSkipped;
 }
 
 void AddReplyOption(CLI::App& command, ChosenOnes& chosen) {
@@ -38,12 +42,13 @@ void AddReplyOption(CLI::App& command, ChosenOnes& chosen) {
       ->type_name("CODES");
 }
 
-Result<run::RecipientChoice> ChoiceFrom(const ChosenOnes& chosen) {
-  const auto states = chosen.states.empty() ? run::StateSet().set() : StatesFrom(chosen.states);
-  if (!states) return states.error();
+Result<Choice> ChoiceFrom(const ChosenOnes& chosen) {
+  auto choice = chosen.states.empty() ? Choice{run::StateSet().set()} : StatesFrom(chosen.states);
+  if (!choice) return choice.error();
   auto replies = run::RepliesFrom(chosen.replies);
   if (!replies) return replies.error();
-  return run::RecipientChoice(*states, *std::move(replies));
+  choice->rows.replies = *std::move(replies);
+  return choice;
 }
 
 }  // namespace quillcast::cli

@@ -5,6 +5,7 @@
 
 #include "cli/context.h"
 #include "run/kept_runs.h"
+#include "run/skipped_ones.h"
 
 namespace quillcast::cli {
 
@@ -18,7 +19,12 @@ void AddReplyOption(CLI::App& command, ChosenOnes& chosen);
 // What --state takes, for its help.
 std::string StateNames();
 
+struct Choice {
+  run::RecipientChoice rows;
+  bool skipped = false;  // those as well of whom there are no rows
+};
+
 // kUsage for what is no state, or begins no code.
-Result<run::RecipientChoice> ChoiceFrom(const ChosenOnes& chosen);
+Result<Choice> ChoiceFrom(const ChosenOnes& chosen);
 
 }  // namespace quillcast::cli

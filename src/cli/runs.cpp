@@ -50,7 +50,7 @@ const char* WordOf(run::RunStanding standing) {
   return "cut off";
 }
 
-nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::RunEntry& run,
+nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::RunEntry& run, std::int64_t skipped,
                                 const platform::Clock& clock) {
   nlohmann::ordered_json object = {{"run", run.id},
                                    {"mailing", mailing.runs.front().id},
@@ -66,12 +66,13 @@ nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::Run
   for (std::size_t n = 0; n < run::kResultStates; ++n) {
     object[run::Name(static_cast<run::ResultState>(n))] = mailing.counts[n];
   }
+  object[run::kSkipped] = skipped;
   object["not_tried_again"] = mailing.tried_again;
   return object;
 }
 
 // A mailing by its first run, and those that went on with it below.
-void ShowMailing(const Context& context, const run::MailingEntry& mailing) {
+void ShowMailing(const Context& context, const run::MailingEntry& mailing, std::int64_t skipped) {
   for (const run::RunEntry& run : mailing.runs) {
     const bool is_first = run.kind == run::RunKind::kFirst;
     const std::string what =
@@ -81,9 +82,11 @@ void ShowMailing(const Context& context, const run::MailingEntry& mailing) {
         fmt::format("{}#{}  {}  {}, {}{}", is_first ? "" : "    ", run.id, run::MomentText(run.began, context.clock),
                     what, platform::Counted(run.recipients, "recipient", "recipients"),
                     run.standing == run::RunStanding::kEnded ? "" : fmt::format(", {}", WordOf(run.standing))));
-    context.output.Object(AsObject(mailing, run, context.clock));
+    context.output.Object(AsObject(mailing, run, skipped, context.clock));
   }
-  context.output.Line(fmt::format("    {}", run::StandingText(mailing)));
+  const std::string left_out =
+      skipped == 0 ? "" : fmt::format(", {} {}", platform::WithThousands(skipped), run::kSkipped);
+  context.output.Line(fmt::format("    {}{}", run::StandingText(mailing), left_out));
 }
 
 int RunList(Context& context) {
@@ -92,7 +95,11 @@ int RunList(Context& context) {
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto mailings = journal.List();
     if (!mailings) return mailings.error();
-    for (const auto& mailing : *mailings) ShowMailing(context, mailing);
+    for (const auto& mailing : *mailings) {
+      const auto skipped = run::SkippedOf(journal, mailing);
+      if (!skipped) return skipped.error();
+      ShowMailing(context, mailing, skipped->count());
+    }
     if (mailings->empty()) context.output.Note("There is no run in the journal yet.");
     return 0;
   });
@@ -115,6 +122,18 @@ void ShowRow(const Context& context, const run::JournalRow& row) {
   context.output.Object(object);
 }
 
+// Gives how many they are.
+Result<std::int64_t> ShowRows(const Context& context, run::RunJournal& journal, const run::MailingEntry& mailing,
+                              const run::RecipientChoice& choice) {
+  std::int64_t rows = 0;
+  const auto shown = journal.Visit(mailing.id, choice, 0, [&](const run::JournalRow& row) -> Result<bool> {
+    ++rows;
+    ShowRow(context, row);
+    return IsWanted(context);
+  });
+  return shown ? Result(rows) : shown.error();
+}
+
 int RunRunsShow(Context& context, const ShowOptions& options) {
   const auto choice = ChoiceFrom(options.whom);
   if (!choice) return context.output.Fail(choice.error());
@@ -123,16 +142,18 @@ int RunRunsShow(Context& context, const ShowOptions& options) {
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto mailing = MailingOf(journal, options.run);
     if (!mailing) return mailing.error();
-    ShowMailing(context, *mailing);
-    bool is_anybody_shown = false;
-    const auto shown = journal.Visit(mailing->id, *choice, 0, [&](const run::JournalRow& row) -> Result<bool> {
-      is_anybody_shown = true;
-      ShowRow(context, row);
-      return IsWanted(context);
-    });
+    const auto skipped = run::SkippedOf(journal, *mailing);
+    if (!skipped) return skipped.error();
+    ShowMailing(context, *mailing, skipped->count());
+    const auto shown = ShowRows(context, journal, *mailing, choice->rows);
     if (!shown) return shown.error();
     const bool asks_for_some = !options.whom.states.empty() || !options.whom.replies.empty();
-    if (!is_anybody_shown && asks_for_some) context.output.Note(run::NobodyOf(*choice, *mailing).what.InEnglish());
+    if (*shown == 0 && asks_for_some && choice->rows.states.any()) {
+      context.output.Note(run::NobodyOf(choice->rows, *mailing).what.InEnglish());
+    }
+    if (choice->skipped || (!asks_for_some && skipped->count() > 0)) {
+      context.output.Note(run::WhoWasSkipped(*skipped).InEnglish());
+    }
     if (!asks_for_some) {
       for (const auto& sentence : run::WhatIsLeft(*mailing)) context.output.Note(sentence.InEnglish());
     }
@@ -193,7 +214,9 @@ void AddRunsCommand(CLI::App& app, Context& context) {
   show->add_option("--state", shown->whom.states, "Only these, parted by commas: " + StateNames())->type_name("STATES");
   AddReplyOption(*show, shown->whom);
   show->footer(
-      "\"unknown\": the message was out and no answer came, so it may have arrived.\n"
+      "\"unknown\": the message was out and no answer came, so it may have arrived. \"skipped\": outside the part of "
+      "the "
+      "list that was asked for; their places are told, their rows are not kept.\n"
       "Example:\n  quillcast runs show 12 --state refused,deferred");
   OnRun(*show, context, [shown](Context& c) { return RunRunsShow(c, *shown); });
 

@@ -74,11 +74,11 @@ int RunRetry(Context& context, const GoOnOptions& options) {
   const auto choice = ChoiceFrom(whom);
   if (!choice) return context.output.Fail(choice.error());
   const auto may_be = run::SetOf({ResultState::kDeferred, ResultState::kRefused, ResultState::kFailed});
-  if ((choice->states & ~may_be).any()) {
+  if (choice->skipped || (choice->rows.states & ~may_be).any()) {
     return context.output.Fail({Failure::kUsage, "Only deferred, refused and failed recipients can be tried again.",
                                 "quillcast runs resume goes on with those not tried, and has --include-unknown."});
   }
-  return GoOn(context, run::RunKind::kRetry, *choice, options);
+  return GoOn(context, run::RunKind::kRetry, choice->rows, options);
 }
 
 }  // namespace

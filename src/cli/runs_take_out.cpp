@@ -66,16 +66,21 @@ int RunExport(Context& context, const TakeOutOptions& options) {
   }
   const auto choice = ChoiceFrom(options.whom);
   if (!choice) return context.output.Fail(choice.error());
+  if (choice->skipped) {
+    return context.output.Fail(
+        {Failure::kUsage, "The rows of those who were skipped are not kept with a run.",
+         "quillcast runs show has their places; the group that the run was for has their rows."});
+  }
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto mailing = MailingOf(journal, options.run);
     if (!mailing) return mailing.error();
-    const auto count = run::CountChosen(journal, *mailing, *choice);
+    const auto count = run::CountChosen(journal, *mailing, choice->rows);
     if (!count) return count.error();
-    if (*count == 0) return run::NobodyOf(*choice, *mailing);
-    if (!options.file.empty()) return ExportToFile(context, journal, *mailing, *choice, options.file);
-    return ExportToGroup(context, *folders, journal, *mailing, *choice, options.group);
+    if (*count == 0) return run::NobodyOf(choice->rows, *mailing);
+    if (!options.file.empty()) return ExportToFile(context, journal, *mailing, choice->rows, options.file);
+    return ExportToGroup(context, *folders, journal, *mailing, choice->rows, options.group);
   });
 }
 

@@ -12,6 +12,7 @@
 #include "platform/text.h"
 #include "run/file_carrier.h"
 #include "run/run_words.h"
+#include "run/skipped_ones.h"
 #include "smtp/outcome_text.h"
 
 namespace quillcast::cli {
@@ -146,6 +147,7 @@ class SendListener final : public run::RunListener {
 int TellSummary(Context& context, const profile::Folders& folders, const run::RunSummary& summary) {
   nlohmann::ordered_json counts = {
       {run::Name(summary.delivery), summary.sent}, {"failed", summary.failed}, {"not_tried", summary.not_tried}};
+  if (summary.skipped > 0) counts[run::kSkipped] = summary.skipped;
   if (summary.retries_left > 0) counts["not_tried_again"] = summary.retries_left;
   if (summary.not_their_doing > 0) counts["not_their_doing"] = summary.not_their_doing;
   counts["history"] = summary.history;

@@ -178,6 +178,7 @@ void Run::TakeSize() {
   const std::int64_t size = run_->list_size();
   range_ = parts_.range ? UpTo(size, *parts_.range) : PartialRange{1, size};
   summary_.last = range_.last;
+  if (parts_.range) summary_.skipped = size - SizeOf(range_);
   if (size != parts_.recipients) {
     listener_.Note(SayOf(size, "The group has changed meanwhile: it has {} recipient now, not {}.",
                          "The group has changed meanwhile: it has {} recipients now, not {}.",

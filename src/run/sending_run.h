@@ -88,6 +88,7 @@ struct RunSummary {
   std::int64_t unknown = 0;       // of those who failed: they may have got it
   // Of those who failed: by the fault of the account, or of the way to its server. Whoever goes on goes on with them.
   std::int64_t not_their_doing = 0;
+  std::int64_t skipped = 0;  // outside the part of the list that the run was for
 
   // Nobody is left, whatever became of each.
   bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0 && retries_left == 0; }

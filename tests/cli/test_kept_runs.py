@@ -152,11 +152,22 @@ class KeptRuns(Case):
         """A run to a part of the list, stopped by its server: those of the part that are left, under their places."""
         self.mail(self.mailbox("--refuse", "MAIL:*=550", name="closed"), "--range", "2-6")
         self.assertEqual(list(self.states()), [2, 3, 4, 5, 6])
+        self.assertEqual(self.objects("runs", "list")[0]["skipped"], 2)
+        self.assertIn(", 2 skipped\n", self.ok("runs", "list"))
+        for options, rows in ((("--state", "skipped"), []), (("--state", "skipped, sent"), []), ((), [2, 3, 4, 5, 6])):
+            self.assertEqual(list(self.states(*options)), rows)
+            self.assertIn("Skipped, for they are outside the part of the list that was asked for: #1 and #7.",
+                          self.run_program("runs", "show", "1", *options)[2])
+        self.assertIn("not kept", self.run_program("runs", "export", "1", "--state", "skipped", "--to-group", "None")[2])
+        for command in (("retry",), ("export", "--to", self.folder / "none.csv")):
+            self.objects("runs", command[0], "1", "--state", "skipped", *command[1:], code=64)
         good = self.mailbox()
         self.account(good.port)
         self.objects("runs", "retry", "1", "--state", "refused,failed")
         self.assertEqual(len(self.to(good)), 5)
         self.assertEqual(set(self.states().values()), {"sent"})
+        last = self.objects("send", "--group", "All", "--subject", "Hi", "--body", self.body, "--range", "3-4")[-1]
+        self.assertEqual((last["sent"], last["skipped"]), (2, 5))
 
     def test_what_is_taken_out(self):
         self.mail(self.choosy())

@@ -1,0 +1,40 @@
+#include "run/skipped_ones.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "run/frozen/frozen_text.h"
+
+namespace quillcast::run {
+namespace {
+
+std::string PlacesText(std::int64_t first, std::int64_t last) {
+  return first == last ? fmt::format("#{}", first) : fmt::format("#{} to #{}", first, last);
+}
+
+}  // namespace
+
+Result<SkippedOnes> SkippedOf(RunJournal& journal, const MailingEntry& mailing) {
+  SkippedOnes skipped{mailing.recipients, {1, mailing.recipients}};
+  const auto kept = journal.Inputs(mailing.id);
+  if (!kept) return kept.error();
+  const auto frozen = ReadFrozenText(kept->inputs, kept->files);
+  if (!frozen || !frozen->inputs.range) return skipped;  // whoever goes on with it is told what is wrong
+  skipped.part.first = frozen->inputs.range->first;
+  skipped.part.last = skipped.part.first + mailing.recipients - 1;
+  skipped.list = std::max(frozen->inputs.recipients, skipped.part.last);
+  return skipped;
+}
+
+Sentence WhoWasSkipped(const SkippedOnes& skipped) {
+  if (skipped.count() == 0) return Say("Nobody was skipped: the run was for the whole list.");
+  std::string places;
+  if (skipped.part.first > 1) places = PlacesText(1, skipped.part.first - 1);
+  if (skipped.part.last < skipped.list) {
+    places += (places.empty() ? "" : " and ") + PlacesText(skipped.part.last + 1, skipped.list);
+  }
+  return Say("Skipped, for they are outside the part of the list that was asked for: {}.", places);
+}
+
+}  // namespace quillcast::run
