@@ -100,7 +100,8 @@ void AddGoOnCommands(CLI::App& runs, Context& context) {
       "With --retries it goes on, too, with all who were deferred or could not be reached.\n"
       "The message, its attachments and the list are those of the run, whatever became of them since, and so are the "
       "options of pace and retries that it had; one of this command comes before them. Where neither says anything the "
-      "account does, as it is now, its server and its password included.\n"
+      "account does, as it is now, its server and its password included. A time of --at that is still ahead is waited "
+      "for; --at none sends at once.\n"
       "Example:\n  quillcast runs resume 12");
   OnRun(*resume, context, [resumed](Context& c) { return RunResume(c, *resumed); });
 

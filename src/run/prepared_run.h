@@ -79,7 +79,7 @@ class PreparedRun {
   // where it is the account's, which it names, and as Account does.
   void Ask(PaceTexts pace) { pace_ = std::move(pace); }
   Result<RunPace> Pace();
-  // Of one that goes on, with what pace and retries; nothing where there are none.
+  // Of one that goes on, with what pace and retries, and when it begins; nothing where there are none.
   Result<std::optional<Sentence>> PaceInWords();
 
   // Before it goes: what must hold (then CheckBeforeSending), the pictures that go along and those to be asked about
@@ -139,6 +139,7 @@ class PreparedRun {
   Result<std::unique_ptr<recipients::RowSource>> RowsForLeft() const;
   Result<std::unique_ptr<recipients::RowSource>> RowsOf(const recipients::RecipientStore& store,
                                                         recipients::Reading reading) const;
+  std::optional<Moment> BeginOfBefore() const;
   void CompileFrom(const message::FileSource& files, const message::MessageOptions& options);
 
   std::optional<GoingOn> going_on_;  // first: the document and the group are of its mailing

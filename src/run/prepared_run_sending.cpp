@@ -14,6 +14,7 @@
 #include "run/history.h"
 #include "run/journal/unjournalled_run.h"
 #include "run/kept_runs.h"
+#include "run/pace/pace_words.h"
 #include "run/prepared_run.h"
 #include "run/what_changed.h"
 #include "smtp/client/connection_limit.h"
@@ -177,21 +178,38 @@ Result<RunPace> PreparedRun::Pace() {
   const auto texts = TextsOfPace();
   if (!texts) return texts.error();
   if (const auto fault = account::FaultInPace(*account_, PaceOptions())) return account::CannotBeUsed(*fault);
-  return ReadPace(*texts, place_.clock);
+  auto pace = ReadPace(*texts, place_.clock);
+  if (pace && !pace->rules.begin) pace->rules.begin = BeginOfBefore();
+  return pace;
+}
+
+// When the run that it goes on with was to begin, where that is still ahead and nothing else was asked for.
+std::optional<Moment> PreparedRun::BeginOfBefore() const {
+  if (!going_on_ || !going_on_->pace || !pace_.at.empty()) return {};
+  const auto begin = going_on_->pace->begin;
+  return begin > place_.clock.Now() ? begin : std::nullopt;
 }
 
 Result<std::optional<Sentence>> PreparedRun::PaceInWords() {
   const auto texts = TextsOfPace();
   if (!texts) return texts.error();
   const std::string words = account::PaceInWords(*texts);
-  if (words.empty()) return std::optional<Sentence>();
-  return std::optional(Say("It goes on with this pace and these retries: {}.", platform::Printable(words, 500)));
+  std::optional<Sentence> said;
+  if (!words.empty()) said = Say("It goes on with this pace and these retries: {}.", platform::Printable(words, 500));
+  if (const auto begin = BeginOfBefore()) {
+    const Sentence waits =
+        Say("It begins at {}, as it was told before; --at none sends at once.", TimeText(*begin, place_.clock));
+    said = said ? Say("{} {}", *said, waits) : waits;
+  }
+  return said;
 }
 
 Result<std::string> PreparedRun::PaceToFreeze() {
   const auto account = Account();
   if (!account) return account.error();
-  return FrozenPaceText({PaceOptions(), account::PaceTextsOf(**account)});
+  const auto pace = Pace();
+  if (!pace) return pace.error();
+  return FrozenPaceText({PaceOptions(), account::PaceTextsOf(**account), pace->rules.begin});
 }
 
 Result<Turns> PreparedRun::TurnsOf(RunListener& listener) {

@@ -95,8 +95,12 @@ class Pace(Case):
         self.assertEqual(run.returncode, 75)
         self.assertIn(b"0 messages were sent, 0 failed.", out)
         self.assertEqual(self.departures(), [])
-        _, out, _ = self.run_program("--json", "runs", "list")
-        code, _, told = self.run_program("runs", "resume", json.loads(out.splitlines()[0])["run"], "--at", "2001-01-01 00:00")
+        for _ in "it goes on", "again":  # who goes on waits for the same time, until another is given
+            with self.popen("--json", "runs", "resume", 1) as waits:
+                self.assertIn("It begins at 2099-12-24 18:00:00, as it was told before; --at none sends at once.", waits.stderr.readline().decode())
+                self.assertIn("Waits until 2099-12-24 18:00:00.", waits.stderr.readline().decode())
+                waits.kill()
+        code, _, told = self.run_program("runs", "resume", 1, "--at", "2001-01-01 00:00")
         self.assertEqual(code, 0, told)
         self.assertIn("That time is over; it begins now.", told)
         self.assertEqual([row["to"][0] for row in box.index()], ["1@a.example", "2@a.example"])

@@ -9,7 +9,7 @@
 namespace quillcast::run {
 namespace {
 
-TEST(FrozenPaceTest, ComesBackAsItWasButForItsBeginning) {
+TEST(FrozenPaceTest, ComesBackAsItWas) {
   const test::FakeClock clock;
   const PaceTexts options{.rate = "10/s",
                           .hours = "9-17",
@@ -19,12 +19,14 @@ TEST(FrozenPaceTest, ComesBackAsItWasButForItsBeginning) {
                           .retry_after = "90s",
                           .slow_down = "true"};
   const PaceTexts account{.quota_hour = "\xFF", .quota_day = "500", .domain_rate = "5/min", .pause_after = "9:9"};
-  const auto thawed = ReadFrozenPace(FrozenPaceText({options, account}), clock);
+  const Moment begin(std::chrono::seconds(1'799'999'999));
+  const auto thawed = ReadFrozenPace(FrozenPaceText({options, account, begin}), clock);
   ASSERT_TRUE(thawed);
   PaceTexts begun = options;
   begun.at.clear();
   EXPECT_EQ((*thawed)->options, begun);
   EXPECT_EQ((*thawed)->account, account);
+  EXPECT_EQ((*thawed)->begin, begin);
   EXPECT_EQ(account::PaceInWords(options), "Rate=10/s, Hours=9-17, Retries=3, RetryAfter=90s, SlowDown=true");
   EXPECT_EQ(account::PaceInWords({.rate = " None ", .retries = "0", .slow_down = "no"}), "");
   // What an option said is not asked of the account.
@@ -63,9 +65,10 @@ TEST(FrozenPaceTest, TellsARunWhatDiffers) {
 
 TEST(FrozenPaceTest, RefusesTextThatIsNotItsOwn) {
   const test::FakeClock clock;
-  for (const char* text : {"{", "null", "[]", "{}", R"({"options":{}})", R"({"options":{},"account":5})",
-                           R"({"options":{"Rate":5},"account":{}})", R"({"options":{"Rate":"fast"},"account":{}})",
-                           R"({"options":{"Rate":{"base64":"*"}},"account":{}})"}) {
+  for (const char* text :
+       {"{", "null", "[]", "{}", R"({"options":{}})", R"({"options":{},"account":5})",
+        R"({"options":{"Rate":5},"account":{}})", R"({"options":{},"account":{},"begin":"noon"})",
+        R"({"options":{"Rate":"fast"},"account":{}})", R"({"options":{"Rate":{"base64":"*"}},"account":{}})"}) {
     const auto thawed = ReadFrozenPace(text, clock);
     ASSERT_FALSE(thawed) << text;
     EXPECT_EQ(thawed.error().failure, Failure::kBadData) << text;

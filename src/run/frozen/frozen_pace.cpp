@@ -8,6 +8,8 @@ namespace {
 
 using nlohmann::json;
 
+constexpr std::int64_t kLatest = 9'000'000'000;  // in the year 2255, which a Moment holds
+
 json JsonOf(const PaceTexts& texts) {
   json written = json::object();
   for (const auto& [name, text, key] : account::PaceNames()) {
@@ -29,7 +31,9 @@ PaceTexts TextsIn(const json& from, JsonFields& fields) {
 }  // namespace
 
 std::string FrozenPaceText(const FrozenPace& pace) {
-  return json{{"options", JsonOf(pace.options)}, {"account", JsonOf(pace.account)}}.dump();
+  json written{{"options", JsonOf(pace.options)}, {"account", JsonOf(pace.account)}};
+  if (pace.begin) written["begin"] = std::chrono::floor<std::chrono::seconds>(*pace.begin).time_since_epoch().count();
+  return written.dump();
 }
 
 // The options were read once before they were kept; what the account says is read anew.
@@ -38,6 +42,9 @@ Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const pl
   const json read = json::parse(text, nullptr, false);
   JsonFields fields;
   FrozenPace pace{TextsIn(fields.At(read, "options"), fields), TextsIn(fields.At(read, "account"), fields)};
+  if (fields.Has(read, "begin")) {
+    pace.begin = Moment(std::chrono::seconds(fields.Number(fields.At(read, "begin"), 0, kLatest)));
+  }
   if (fields.fine() && ReadPace(pace.options, clock)) return std::optional(std::move(pace));
   return Error{Failure::kBadData, "How fast the run was told to go cannot be read: the journal of runs is damaged.",
                "Begin a new run."};

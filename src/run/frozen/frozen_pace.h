@@ -16,9 +16,10 @@ namespace quillcast::run {
 struct FrozenPace {
   PaceTexts options;
   PaceTexts account;
+  std::optional<Moment> begin = {};  // nothing was to go out before; options.at is a time of the day it was told
 };
 
-// For NewRun, as JSON. When a run was to begin is not kept: who goes on with it wants it to go on.
+// For NewRun, as JSON. Of options.at nothing is kept but `begin`.
 std::string FrozenPaceText(const FrozenPace& pace);
 // Nothing for a run that was begun by a version that kept none. kBadData for what FrozenPaceText does not write.
 Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const platform::Clock& clock);
