@@ -234,7 +234,7 @@ class Retries(Case):
                 # The account changed since: what it was told by option stays, and an option of now comes before it.
                 self.ok("account", "set", "QuotaHour=400")
                 server.times.clear()
-                code, _, err = self.run_program("runs", "resume", 1, "--retry-after", "1s")
+                code, _, err = self.run_program("runs", "resume", 1, "--retry-after", "1s", "--at", "none")
                 self.assertEqual(code, 1, err)
                 self.assertIn("It goes on with this pace and these retries: Rate=1/s, QuotaHour=400, Connections=2, Retries=2, "
                               "RetryAfter=1s.", err)
