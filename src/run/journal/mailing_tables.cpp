@@ -1,5 +1,6 @@
 #include "run/journal/mailing_tables.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "run/journal/varint.h"
@@ -65,6 +66,18 @@ Result<std::vector<StoredRun>> ReadRuns(platform::Database& database, MailingId 
   }
 }
 
+// Each began with a run, and is for so many.
+bool IsPossible(const StoredMailing& mailing) {
+  const auto fits = [all = mailing.entry.recipients](std::int64_t count) { return count >= 0 && count <= all; };
+  if (mailing.runs.empty() || mailing.first < 1 || mailing.entry.recipients < 0) return false;
+  if (!std::ranges::all_of(mailing.runs, [&](const StoredRun& run) { return fits(run.entry.recipients); }))
+    return false;
+  if (!mailing.counts) return true;
+  const StateCounts& counts = mailing.counts->states;
+  return std::ranges::all_of(counts, fits) && CountIn(counts, StateSet().set()) == mailing.entry.recipients &&
+         fits(mailing.counts->tried_again);
+}
+
 }  // namespace
 
 Error NoSuchMailing() { return {Failure::kNoInput, "This mailing is not in the journal.", "See which there are."}; }
@@ -86,7 +99,7 @@ Result<StoredMailing> ReadMailing(platform::Database& database, MailingId mailin
   auto runs = ReadRuns(database, mailing);
   if (!runs) return runs.error();
   stored.runs = *std::move(runs);
-  if (stored.runs.empty()) return DamagedJournal(database.path());  // each began with one
+  if (!IsPossible(stored)) return DamagedJournal(database.path());
   return stored;
 }
 

@@ -204,6 +204,22 @@ TEST_F(FaultsTest, ADamagedFileIsToldAndNothingWorse) {
   EXPECT_GT(told, 50);
 }
 
+TEST_F(FaultsTest, NumbersThatCannotBeAreDamage) {
+  for (const char* sql : {"UPDATE runs SET recipients = -4604", "UPDATE runs SET recipients = 1000000",
+                          "UPDATE mailings SET recipients = -1", "UPDATE mailings SET first = 0",
+                          "UPDATE mailings SET counts = x'7F00000000000000'", "DELETE FROM runs"}) {
+    const fs::path folder = root_ / "impossible";
+    fs::remove_all(folder);
+    CutOffIn(folder);
+    auto journal = Take(SqliteRunJournal::Open(Place("monday", folder)));
+    Take(journal->List());
+    Take(Take(platform::Database::Open(folder / "runs.db", platform::OpenMode::kReadWrite)).Execute(sql));
+    const auto list = journal->List();
+    ASSERT_FALSE(list) << sql;
+    EXPECT_EQ(list.error().failure, Failure::kBadData) << sql;
+  }
+}
+
 TEST_F(FaultsTest, WhatIsNotOursIsLeftAlone) {
   struct Row {
     const char* name;
