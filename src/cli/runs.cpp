@@ -50,6 +50,19 @@ const char* WordOf(run::RunStanding standing) {
   return "cut off";
 }
 
+// As the line of a run has it, whose mailing may be finished by the runs behind it.
+const char* TextOf(run::RunStanding standing) {
+  switch (standing) {
+    case run::RunStanding::kGoesOn:
+      return ", this run goes on";
+    case run::RunStanding::kEnded:
+      return "";
+    case run::RunStanding::kCutOff:
+      break;
+  }
+  return ", this run was cut off";
+}
+
 nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::RunEntry& run, std::int64_t skipped,
                                 const platform::Clock& clock) {
   nlohmann::ordered_json object = {{"run", run.id},
@@ -80,13 +93,12 @@ void ShowMailing(const Context& context, const run::MailingEntry& mailing, std::
                  : WordOf(run.kind);
     context.output.Line(
         fmt::format("{}#{}  {}  {}, {}{}", is_first ? "" : "    ", run.id, run::MomentText(run.began, context.clock),
-                    what, platform::Counted(run.recipients, "recipient", "recipients"),
-                    run.standing == run::RunStanding::kEnded ? "" : fmt::format(", {}", WordOf(run.standing))));
+                    what, platform::Counted(run.recipients, "recipient", "recipients"), TextOf(run.standing)));
     context.output.Object(AsObject(mailing, run, skipped, context.clock));
   }
   const std::string left_out =
       skipped == 0 ? "" : fmt::format(", {} {}", platform::WithThousands(skipped), run::kSkipped);
-  context.output.Line(fmt::format("    {}{}", run::StandingText(mailing), left_out));
+  context.output.Line(fmt::format("    the mailing {}{}", run::StandingText(mailing), left_out));
 }
 
 int RunList(Context& context) {

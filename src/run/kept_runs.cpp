@@ -33,6 +33,20 @@ std::string NamesOf(const StateSet& states) {
   return fmt::format("{}", fmt::join(names, ", "));
 }
 
+// Of those of that state so many are to be tried again.
+std::string CountsWith(const StateCounts& counts, std::string_view state, std::int64_t again) {
+  std::string text;
+  for (std::size_t n = 0; n < kResultStates; ++n) {
+    if (counts[n] == 0) continue;
+    const std::string_view name = Name(static_cast<ResultState>(n));
+    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", platform::WithThousands(counts[n]), name);
+    if (again == 0 || name != state) continue;
+    text += again == counts[n] ? " (to be tried again)"
+                               : fmt::format(" ({} to be tried again)", platform::WithThousands(again));
+  }
+  return text.empty() ? "nobody" : text;
+}
+
 // And the command that goes on with them, where there is one.
 Sentence WhatElseThereIs(const MailingEntry& mailing) {
   const std::string counts = CountsText(mailing.counts);
@@ -91,21 +105,20 @@ const char* Name(MailingStanding standing) {
 
 bool WasCutOff(const MailingEntry& mailing) { return LastStanding(mailing) == RunStanding::kCutOff; }
 
-std::string CountsText(const StateCounts& counts) {
-  std::string text;
-  for (std::size_t n = 0; n < kResultStates; ++n) {
-    if (counts[n] == 0) continue;
-    if (!text.empty()) text += ", ";
-    text += platform::WithThousands(counts[n]) + " " + Name(static_cast<ResultState>(n));
-  }
-  return text.empty() ? "nobody" : text;
-}
+std::string CountsText(const StateCounts& counts) { return CountsWith(counts, "", 0); }
 
 std::string StandingText(const MailingEntry& mailing) {
-  const std::string again = mailing.tried_again == 0
+  std::vector<const char*> whom;  // who may be meant
+  for (const ResultState state : {ResultState::kRefused, ResultState::kDeferred, ResultState::kFailed}) {
+    if (CountOf(mailing, state) > 0) whom.push_back(Name(state));
+  }
+  const bool is_one = whom.size() == 1;
+  const std::string counts = CountsWith(mailing.counts, is_one ? whom.front() : "", mailing.tried_again);
+  const std::string again = is_one || mailing.tried_again == 0
                                 ? ""
-                                : fmt::format(" ({} to be tried again)", platform::WithThousands(mailing.tried_again));
-  return fmt::format("{}: {}{}", Name(StandingOf(mailing)), CountsText(mailing.counts), again);
+                                : fmt::format("; {} of those {} to be tried again",
+                                              platform::WithThousands(mailing.tried_again), fmt::join(whom, " or "));
+  return fmt::format("{}: {}{}", Name(StandingOf(mailing)), counts, again);
 }
 
 RecipientChoice WhoIsLeft() {

@@ -34,7 +34,7 @@ const char* Name(MailingStanding standing);
 bool WasCutOff(const MailingEntry& mailing);
 // "20 sent, 1 refused, 3 not tried": those that there are.
 std::string CountsText(const StateCounts& counts);
-// "can be resumed: 20 sent, 3 deferred (2 to be tried again)": how the mailing stands, and where its recipients are.
+// "can be resumed: 20 sent, 3 deferred (2 to be tried again), 5 not tried": how the mailing stands, and where its recipients are.
 std::string StandingText(const MailingEntry& mailing);
 // Whom a resume is for: who was not tried, and who was to be tried again.
 RecipientChoice WhoIsLeft();
