@@ -38,8 +38,8 @@ Result<int> ExportToFile(Context& context, run::RunJournal& journal, const run::
     return {};
   });
   if (!written) return written.error();
-  context.output.Line(
-      fmt::format("{} written to {}.", platform::Counted(rows, "recipient was", "recipients were"), file));
+  context.output.Line(fmt::format("{} written to {}. quillcast import with --header --rfc4180 takes them back.",
+                                  platform::Counted(rows, "recipient was", "recipients were"), file));
   context.output.Object({{"exported", rows}, {"file", file}});
   return 0;
 }
@@ -114,7 +114,10 @@ void AddTakeOutCommands(CLI::App& runs, Context& context) {
   list->add_option("--to", options->file, "Into this file, with every field, as a list that import takes back")
       ->type_name("FILE");
   list->add_option("--to-group", options->group, "Into a new group of this name")->type_name("NAME");
-  list->footer("Example:\n  quillcast runs export 12 --state \"refused,not tried\" --to left.csv");
+  list->footer(
+      "The file has a line of headings and commas, and values in quotes where they need it (RFC 4180).\n"
+      "Example:\n  quillcast runs export 12 --state \"refused,not tried\" --to left.csv\n  quillcast import left.csv "
+      "--group Left --header --rfc4180 --opt-in");
   OnRun(*list, context, [options](Context& c) { return RunExport(c, *options); });
 
   auto* report = runs.add_subcommand("report", "A page with charts, to hand to whoever ordered the mailing");

@@ -8,7 +8,7 @@ import unittest
 
 from quillcast import Case
 
-NASTY = '<script>alert(1)</script>'
+NASTY = '<script>alert(1)</script>, "Q"'
 
 
 class Words(html.parser.HTMLParser):
@@ -172,9 +172,10 @@ class KeptRuns(Case):
     def test_what_is_taken_out(self):
         self.mail(self.choosy())
         target = self.folder / "left.csv"
-        self.ok("runs", "export", "1", "--state", "refused,sent", "--to", target)
+        self.assertIn(f"5 recipients were written to {target}. quillcast import with --header --rfc4180 takes them back.",
+                      self.ok("runs", "export", "1", "--state", "refused,sent", "--to", target))
         self.ok("group", "new", "Back")
-        self.ok("import", target, "--group", "Back", "--header", "--delimiter", "Comma", "--opt-in")
+        self.ok("import", target, "--group", "Back", "--header", "--rfc4180", "--opt-in")
         self.ok("runs", "export", "1", "--state", "refused,sent", "--to-group", "Made")
         lists = [[(row["Email Address"], row["First Name"]) for row in self.objects("recipient", "list", "--group", group, "--fields")]
                  for group in ("Back", "Made")]
