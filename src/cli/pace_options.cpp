@@ -30,7 +30,7 @@ void AddPaceOptions(CLI::App& command, PaceOptions& options) {
   add("--per-connection", texts.per_connection, "N", "At most so many messages over one connection");
   add("--connections", texts.connections, "N", "Over so many connections at a time, 1 to 50; without it over one");
   add("--retries", texts.retries, "N",
-      "Try who was deferred, or could not be reached, so many times again, behind the list");
+      "Try who was deferred, or could not be reached, so many times again, behind the list; without it never");
   add("--retry-after", texts.retry_after, "TIME",
       "For the first time after so long (5min without it), then after twice as long each time, up to 1h; always after "
       "so "

@@ -14,6 +14,10 @@ namespace {
 
 using run::ResultState;
 
+const std::string kExitCodes =
+    "Exit codes: 0 all sent; 1 some failed; 66 nobody is left or in these states; 75 interrupted, given up as send "
+    "does, or another program has the run in hand; others: why is told on standard error.";
+
 struct GoOnOptions {
   std::int64_t run = 0;
   bool include_unknown = false;
@@ -102,7 +106,8 @@ void AddGoOnCommands(CLI::App& runs, Context& context) {
       "options of pace and retries that it had; one of this command comes before them. Where neither says anything the "
       "account does, as it is now, its server and its password included. A time of --at that is still ahead is waited "
       "for; --at none sends at once.\n"
-      "Example:\n  quillcast runs resume 12");
+      "Example:\n  quillcast runs resume 12\n\n" +
+      kExitCodes);
   OnRun(*resume, context, [resumed](Context& c) { return RunResume(c, *resumed); });
 
   auto* retry = runs.add_subcommand(
@@ -118,7 +123,8 @@ void AddGoOnCommands(CLI::App& runs, Context& context) {
   AddReplyOption(*retry, retried->whom);
   retry->footer(
       "Everybody has as many retries as at first; the rest is as runs resume has it.\nExamples:\n  quillcast runs "
-      "retry 12 --state deferred\n  quillcast runs retry 12 --reply 452,5.2.2");
+      "retry 12 --state deferred\n  quillcast runs retry 12 --reply 452,5.2.2\n\n" +
+      kExitCodes);
   OnRun(*retry, context, [retried](Context& c) { return RunRetry(c, *retried); });
 }
 

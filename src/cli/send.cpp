@@ -208,7 +208,7 @@ void AddSendCommand(CLI::App& app, Context& context) {
   send->footer(
       "Example:\n  quillcast send --group Customers --subject 'Hello $*MergeFirstName*$' --body letter.html --attach "
       "price.pdf\n\nExit codes: 0 all sent; 1 some failed; 75 interrupted, or given up because the sign-in was refused "
-      "3 times or the sender 20 times in a row; others: why is told on standard error.");
+      "3 times, or the sender or the session 20 times in a row; others: why is told on standard error.");
   OnRun(*send, context, [options](Context& c) { return RunSend(c, *options); });
 }
 
