@@ -18,8 +18,8 @@ using platform::UniqueFd;
 constexpr std::chrono::milliseconds kStagger{250};
 constexpr std::size_t kMostAtOnce = 16;
 
-Error NotConnected(const Endpoint& peer, int error_number) {
-  return {Failure::kUnavailable, Say("No connection to {}: {}.", ToString(peer), std::strerror(error_number)),
+Error NotConnected(const std::string& peer, int error_number) {
+  return {Failure::kUnavailable, Say("No connection to {}: {}.", peer, std::strerror(error_number)),
           "Check the server's name and port, and that it is running."};
 }
 
@@ -42,7 +42,7 @@ TriedAddress& Connecting::TriedOf(const Endpoint& peer) {
 }
 
 void Connecting::Failed(const Endpoint& peer, int error) {
-  last_ = NotConnected(peer, error);
+  last_ = NotConnected(called_.empty() ? ToString(peer) : called_, error);
   TriedOf(peer).error = error;
   failed_ = true;
 }

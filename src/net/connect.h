@@ -3,6 +3,8 @@
 
 #include <optional>
 #include <span>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "net/address.h"
@@ -27,8 +29,9 @@ Result<platform::UniqueFd> Connect(std::span<const IpAddress> addresses, std::ui
 // The same in steps, for whoever has more to do than to wait.
 class Connecting {
  public:
-  Connecting(std::span<const IpAddress> addresses, std::uint16_t port)
-      : waiting_(addresses.begin(), addresses.end()), port_(port) {}
+  // `called`: what failures name in place of the address, as a person knows it.
+  Connecting(std::span<const IpAddress> addresses, std::uint16_t port, std::string called = {})
+      : waiting_(addresses.begin(), addresses.end()), port_(port), called_(std::move(called)) {}
 
   // The socket, why there is none, or nothing where there is more to wait for: with WaitFor, until Again at most.
   std::optional<Result<platform::UniqueFd>> Step(platform::Instant now);
@@ -52,6 +55,7 @@ class Connecting {
   std::vector<IpAddress> waiting_;  // and before `next_` begun with
   std::size_t next_ = 0;
   std::uint16_t port_;
+  std::string called_;
   std::vector<TriedAddress> tried_;
   std::vector<Attempt> running_;
   platform::Instant begun_{};  // the last one

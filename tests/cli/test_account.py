@@ -45,6 +45,7 @@ class Account(Case):
         signed = (f"Port={box.port}", "Auth=1", "Username=ada", "NoAuth=1", "Extended=1", "Timeout=2", "--password-file")
         for arguments, exit_code, code, words in (
                 ((), 69, 9, "Error 9: There was an error connecting"),
+                (("Server=localhost", "Port=1"), 69, 9, "No connection to localhost:1: Connection refused."),
                 ((*signed, right), 0, 0, ""),
                 ((*signed, wrong), 69, 24, "Error 24: ESMTP Authentication failed."),
                 (("Server=",), 78, 15, "Error 15: No mail server specified."),

@@ -69,7 +69,7 @@ bool WayIn::Find() {
     if (around_.watch != nullptr) around_.watch->NotFound(resolver_.fault());
     return Fail(Unreachable(found->error(), ResultCode::kResolveTimeout, ResultCode::kHostNotFound));
   }
-  connecting_.emplace(**found, server().port);
+  connecting_.emplace(**found, server().port, net::ToString(net::HostPort{server().host, server().port}));
   Begin(Stage::kConnect, ConnectionStep::kConnect);
   return true;
 }
