@@ -67,8 +67,8 @@ Result<void> Check(Context& context, const profile::Folders& folders, const Reci
                    const ExportOptions& options) {
   const auto names = store.ListGroupNames();
   if (!names) return names.error();
-  const auto complaint =
-      recipients::CheckExport({.has_groups = !names->empty(), .group = options.group, .file = options.file});
+  const auto complaint = recipients::CheckExport(
+      {.has_groups = !names->empty() || !options.group.empty(), .group = options.group, .file = options.file});
   if (complaint) return Error{Failure::kUsage, std::string(complaint->message)};
   if (const auto group = store.RequireGroup(options.group); !group) return group.error();
   if (options.file == kStandardOutput) return {};

@@ -27,7 +27,7 @@ Result<std::optional<Complaint<recipients::ImportControl>>> Check(const ImportRe
   const auto names = store.ListGroupNames();
   if (!names) return names.error();
   return recipients::CheckImport({.file = request.file.string(),
-                                  .has_groups = !names->empty(),
+                                  .has_groups = !names->empty() || !request.group.empty(),
                                   .group = request.group,
                                   .mode = request.mode,
                                   .sample_was_read = true,

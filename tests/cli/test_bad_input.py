@@ -44,6 +44,7 @@ class BadInput(Case):
     # --- what is given ---
 
     def test_import(self):
+        self.check([([self.list, "--group", "All", "--opt-in", *MAP], 64, 'no group "All"', "group new")], "import")
         self.group("All", ["old@r.example"])
         folder = self.folder / "folder"
         folder.mkdir()
