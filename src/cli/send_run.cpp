@@ -60,7 +60,7 @@ class SendListener final : public run::RunListener {
                              result.again ? " (It is tried again.)" : ""));
   }
 
-  bool GoOn(const smtp::Outcome& refusal, int times) override {
+  bool GoOn(const smtp::Outcome& refusal, int times, std::int64_t) override {
     if (options_.keep_going) return true;
     output_.EndProgress();
     output_.Note(run::RefusedTheSame(refusal, times, run::Then::kStops).InEnglish());

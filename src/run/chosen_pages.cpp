@@ -17,7 +17,7 @@ std::string WhyOf(const JournalRow& row) {
   if (row.state == ResultState::kSent) return smtp::ReplyText(row.reply);
   if (row.state == ResultState::kUnknown && row.reply.code == 0 && !row.reason.empty()) return row.reason;
   if (row.attempts == 0 && row.code == 0) return {};
-  return smtp::ReplyFirst({smtp::State::kFailed, static_cast<smtp::ResultCode>(row.code), row.reply, row.reason});
+  return smtp::WhyText({smtp::State::kFailed, static_cast<smtp::ResultCode>(row.code), row.reply, row.reason});
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ void RunResults::Add(std::int64_t position, std::string_view address, ResultStat
 // Those not tried, who are out of the order, come behind all tries.
 void RunResults::Add(const RecipientResult& result) {
   const ResultState state = StateOf(result.outcome.state);
-  std::string detail = state == ResultState::kSent ? "" : smtp::ReplyFirst(result.outcome);
+  std::string detail = state == ResultState::kSent ? "" : smtp::WhyText(result.outcome);
   const auto known =
       result.tries == 1 ? rows_.end() : std::ranges::lower_bound(rows_, result.position, {}, &Row::position);
   if (known == rows_.end() || known->position != result.position) {

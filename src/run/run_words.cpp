@@ -92,8 +92,9 @@ std::optional<Sentence> NotTheirDoingIn(const RunSummary& summary) {
   if (summary.not_their_doing == 0) return {};
   return SayOf(
       summary.not_their_doing,
-      "{} recipient got nothing by the fault of the account or of its server, and is sent to when you go on.",
-      "{} recipients got nothing by the fault of the account or of its server, and are sent to when you go on.");
+      "{} recipient got nothing by the fault of the account or of its server, and is sent to when the run is resumed.",
+      "{} recipients got nothing by the fault of the account or of its server, and are sent to when the run is "
+      "resumed.");
 }
 
 std::optional<Sentence> UnknownIn(const RunSummary& summary) {
@@ -110,7 +111,7 @@ Sentence UnknownOnes(std::int64_t recipients) {
 }
 
 Sentence RefusedTheSame(const smtp::Outcome& refusal, int times, Then then) {
-  const std::string why = smtp::OutcomeText(refusal);
+  const std::string why = smtp::WhyText(refusal);
   if (refusal.reply.code == 0 && refusal.state == smtp::State::kFailed &&
       refusal.code != smtp::ResultCode::kAuthNotOffered) {
     return then == Then::kStops ? Say("Nothing could be sent {} times in a row, so the run stops: {}", times, why)

@@ -422,7 +422,7 @@ bool Run::GoOn(const smtp::Outcome& refusal, int times) {
   summary_.not_their_doing += lost_->Leave();
   Record();          // the answer may take days, and the program may be killed meanwhile
   telling_.Flush();  // who is asked may read it
-  does_not_go_on_ = !listener_.GoOn(refusal, times);
+  does_not_go_on_ = !listener_.GoOn(refusal, times, summary_.not_their_doing);
   return !does_not_go_on_;
 }
 

@@ -48,8 +48,8 @@ class RunListener {
   // `done` of `total` messages; and of the current one `sent` of `size` octets. Called first when the total is known.
   virtual void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) = 0;
   // Every further message would be refused as well: the sign-in, the sender or the session was, so many times in a row.
-  // False ends the run.
-  virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/) { return true; }
+  // So many have got nothing by it till now, whom this run does not come to again. False ends the run.
+  virtual bool GoOn(const smtp::Outcome& /*refusal*/, int /*times*/, std::int64_t /*left_out*/) { return true; }
   // Whether a person holds the run for now: nobody new is come to then. Asked before each, and twice a second
   // meanwhile.
   virtual bool IsHeld() { return false; }

@@ -6,16 +6,6 @@
 #include "smtp/result_code.h"
 
 namespace quillcast::smtp {
-namespace {
-
-// What the server and we have to say beside the code, each with a blank before it.
-std::string Details(const Outcome& outcome) {
-  const std::string both = ReplyAndReason(outcome.reply, outcome.reason);
-  if (both.empty()) return {};
-  return (outcome.reply.code == 0 ? " " : " The server said: ") + both;
-}
-
-}  // namespace
 
 std::string ReplyText(const ServerReply& reply) {
   if (reply.code == 0) return {};
@@ -32,18 +22,11 @@ std::string ReplyAndReason(const ServerReply& reply, std::string_view reason) {
 }
 
 std::string WhyText(const Outcome& outcome) {
-  return ResultText(static_cast<std::int32_t>(outcome.code)) + Details(outcome);
+  const std::string known = ReplyAndReason(outcome.reply, outcome.reason);
+  std::string general = ResultText(static_cast<std::int32_t>(outcome.code));
+  return known.empty() ? general : fmt::format("{} ({})", known, general);
 }
 
-std::string ReplyFirst(const Outcome& outcome) {
-  if (outcome.reply.code == 0) return WhyText(outcome);
-  return fmt::format("{} ({}){}{}", ReplyText(outcome.reply), ResultText(static_cast<std::int32_t>(outcome.code)),
-                     outcome.reason.empty() ? "" : " ", outcome.reason);
-}
-
-std::string OutcomeText(const Outcome& outcome) {
-  return fmt::format("{} ({}){}", Name(outcome.state), ResultText(static_cast<std::int32_t>(outcome.code)),
-                     Details(outcome));
-}
+std::string OutcomeText(const Outcome& outcome) { return fmt::format("{}. {}", Name(outcome.state), WhyText(outcome)); }
 
 }  // namespace quillcast::smtp

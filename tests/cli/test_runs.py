@@ -397,7 +397,7 @@ class Runs(Case):
         self.group("Few", ["few1@r.example", "few2@r.example"])
         _, code, err = self.mailing(group="Few")
         self.assertEqual(code, 1)
-        self.assertIn("2 recipients got nothing by the fault of the account or of its server, and are sent to when you go on.", err)
+        self.assertIn("2 recipients got nothing by the fault of the account or of its server, and are sent to when the run is resumed.", err)
         self.assertIn("quillcast runs resume 5 goes on with those who are left.", err)
         _, cleared, told = self.run_program("--json", "--yes", "history", "clear")
         self.assertIn("kept", told)

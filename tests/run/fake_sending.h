@@ -319,7 +319,7 @@ struct Told final : RunListener {
     tries += (result.tries > 1 ? std::to_string(result.tries) : "") + (result.again ? "+ " : " ");
   }
   void Progress(std::int64_t, std::int64_t of, std::uint64_t, std::uint64_t) override { total = of; }
-  bool GoOn(const smtp::Outcome&, int) override {
+  bool GoOn(const smtp::Outcome&, int, std::int64_t) override {
     ++asked;
     report_when_asked = platform::ReadFile(report, 1 << 20).ValueOr("");
     failed_when_asked = static_cast<std::int64_t>(order.size() - sent.size());

@@ -1,6 +1,7 @@
 // What is shown of a run: its results as a list, its report by lines, its rate, and what it came to.
 #include "run/run_results.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "run/report_lines.h"
@@ -131,12 +132,38 @@ TEST(Outcome, SaysItsReplyAndItsReasonAsSentences) {
            {"see https://example.org.", "535 5.7.8 see https://example.org. The server did not take it."}}) {
     const smtp::ServerReply reply{535, "5.7.8", text};
     EXPECT_EQ(smtp::ReplyAndReason(reply, "The server did not take it."), said);
-    EXPECT_TRUE(
-        smtp::OutcomeText({smtp::State::kRefused, smtp::ResultCode::kAuthRefused, reply, "The server did not take it."})
-            .ends_with(std::string(") The server said: ") + said));
   }
   EXPECT_EQ(smtp::ReplyAndReason({550, "", "no"}, ""), "550 no");
   EXPECT_EQ(smtp::ReplyAndReason({}, "Lost."), "Lost.");
+}
+
+// Where there is room for a few words, they are those that were said of this message.
+TEST(Outcome, BeginsWithWhatIsKnownOfThisOne) {
+  using enum smtp::ResultCode;
+  const char* general = "(Error 24: ESMTP Authentication failed.)";
+  for (const auto& [outcome, why] : std::initializer_list<std::pair<smtp::Outcome, std::string>>{
+           {{.state = smtp::State::kRefused, .code = kAuthRefused, .reply = {535, "5.7.8", "no"}, .reason = ""},
+            fmt::format("535 5.7.8 no {}", general)},
+           {{.state = smtp::State::kRefused, .code = kAuthRefused, .reply = {535, "", "no"}, .reason = "Look."},
+            fmt::format("535 no. Look. {}", general)},
+           {{.state = smtp::State::kFailed, .code = kAuthRefused, .reply = {}, .reason = "No trust."},
+            fmt::format("No trust. {}", general)},
+           {{.state = smtp::State::kFailed, .code = kAuthRefused, .reply = {}, .reason = ""},
+            "Error 24: ESMTP Authentication failed."}}) {
+    EXPECT_EQ(smtp::WhyText(outcome), why);
+    EXPECT_EQ(smtp::OutcomeText(outcome), fmt::format("{}. {}", smtp::Name(outcome.state), why));
+    RunResults results;
+    results.Add({1, "ada@example.org", outcome});
+    EXPECT_EQ(results.At(0).detail, why);
+  }
+  const smtp::Outcome sender{smtp::State::kRefused, kSenderRefused, {553, "5.1.8", "not wanted"}, ""};
+  for (const auto& [then, told] :
+       {std::pair(Then::kStops,
+                  "The server refused the same 20 times in a row, so the run stops: 553 5.1.8 not wanted "),
+        std::pair(Then::kWaits,
+                  "The server refused the same 20 times in a row, so the run waits: 553 5.1.8 not wanted ")}) {
+    EXPECT_TRUE(RefusedTheSame(sender, 20, then).InEnglish().starts_with(told));
+  }
 }
 
 TEST(RunRate, IsSaidInWords) {

@@ -175,11 +175,19 @@ void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, s
   news_.message_octets = size;
 }
 
-bool RunWorker::GoOn(const smtp::Outcome& refusal, int times) {
+bool RunWorker::GoOn(const smtp::Outcome& refusal, int times, std::int64_t left_out) {
   std::unique_lock lock(mutex_);
   answer_.reset();
   progress_.Asks();
-  emit Asked(InWords(run::RefusedTheSame(refusal, times, run::Then::kWaits)));
+  QString why = InWords(run::RefusedTheSame(refusal, times, run::Then::kWaits));
+  if (left_out > 0) {
+    why += '\n' + Counted(left_out,
+                          tr("“Go on” leaves out the recipient who got nothing so far; Runs… sends there once this run "
+                             "has ended."),
+                          tr("“Go on” leaves out the %1 recipients who got nothing so far; Runs… sends to them once "
+                             "this run has ended."));
+  }
+  emit Asked(why);
   changed_.wait(lock, [this] { return answer_ || ending_; });
   progress_.Answered();
   return answer_.value_or(false);

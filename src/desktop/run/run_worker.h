@@ -84,7 +84,7 @@ class RunWorker final : public QObject, private run::RunListener {
   void ReportLine(std::string_view) override {}  // the window reads the report's file
   void Finished(const run::RecipientResult& result) override;
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) override;
-  bool GoOn(const smtp::Outcome& refusal, int times) override;
+  bool GoOn(const smtp::Outcome& refusal, int times, std::int64_t left_out) override;
   bool IsHeld() override { return held_; }
   void Held(std::int64_t under_way) override;
   void LetGo() override;
