@@ -85,7 +85,7 @@ std::string Number(std::int64_t number) { return platform::WithThousands(number)
 // How it came to its end, behind when it began.
 std::string EndOf(const RunEntry& run, const platform::Clock& clock) {
   if (run.ended) return " to " + MomentText(*run.ended, clock);
-  return run.standing == RunStanding::kGoesOn ? ", and goes on" : ", and was cut off";
+  return run.standing == RunStanding::kGoesOn ? ", and this goes on" : ", until this was cut off";
 }
 
 // As its messages name the sender; empty where the journal cannot give that any more.
@@ -143,8 +143,8 @@ void Page::Begin(const std::string& sender) {
                   platform::Counted(mailing_.recipients, "recipient", "recipients"), Safe(mailing_.group)));
   for (const RunEntry& run : mailing_.runs) {
     const char* what = run.kind == RunKind::kFirst    ? "Sent"
-                       : run.kind == RunKind::kResume ? "Gone on with"
-                                                      : "Tried again";
+                       : run.kind == RunKind::kResume ? "The sending was taken up again"
+                                                      : "Some were tried again";
     Put(fmt::format(" {} {}{}.", what, MomentText(run.began, clock_), EndOf(run, clock_)));
   }
   Put("</p>\n");

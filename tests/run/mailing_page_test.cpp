@@ -36,14 +36,16 @@ std::string AsRead(const std::string& page) {
 
 class PageOfMailing : public testing::Test {
  protected:
-  // Of one that was cut off: sent, refused, deferred, unknown, and the rest not tried.
-  std::string PageAfter(const std::string& subject, int recipients) {
+  // Of one that was cut off, and so were the runs that went on with it: sent, refused, deferred, unknown, and the rest
+  // not tried.
+  std::string PageAfter(const std::string& subject, int recipients, std::initializer_list<RunKind> went_on = {}) {
     profile::Folders folders;
     folders.data = folder_.path();
     folders.temporary = folder_.path();
     EXPECT_TRUE(test::LeaveCutOff(folders, "Readers", false, recipients));
     const platform::CancelToken none;
     const auto journal = OpenJournal(folders, clock_, none);
+    for (const RunKind kind : went_on) EXPECT_TRUE((*journal)->GoOn(1, kind, WhoIsLeft(), {"base"}));
     auto mailings = (*journal)->List();
     mailings->front().subject = subject;
     std::string page;
@@ -79,7 +81,19 @@ TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
   }
   const std::size_t sent = text.find("Sent 2");  // and the moment
   ASSERT_NE(sent, std::string::npos) << text;
-  EXPECT_EQ(text.find(", and was cut off.", sent), sent + std::string_view("Sent 2026-11-28 00:00:00").size()) << text;
+  EXPECT_EQ(text.find(", until this was cut off.", sent), sent + std::string_view("Sent 2026-11-28 00:00:00").size())
+      << text;
+}
+
+// In sentences, for somebody who knows nothing of runs.
+TEST_F(PageOfMailing, TellsOfThoseThatWentOn) {
+  std::string text = AsRead(PageAfter("Hello", 7, {RunKind::kResume, RunKind::kRetry}));
+  text.erase(0, text.find("Readers. ") + std::string_view("Readers. ").size());
+  text.erase(text.find('\n'));
+  std::erase_if(text, [](char c) { return c >= '0' && c <= '9'; });
+  EXPECT_EQ(text,
+            "Sent -- ::, until this was cut off. The sending was taken up again -- ::, until this was cut off. Some "
+            "were tried again -- ::, until this was cut off.");
 }
 
 // Of whom there is nobody there is no column, and of what nobody needs no heading.
