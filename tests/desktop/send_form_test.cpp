@@ -497,16 +497,20 @@ class SendFormTest : public QObject {
     QTRY_VERIFY(panel->isVisible());
     QTest::qWait(700);  // longer than a rate needs to be told
     QCOMPARE(scene.Text("RateLabel"), QString());
-    QVERIFY2(scene.Text("PauseLabel").contains("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
+    const auto told = [&](const char* words) { return scene.Text("PauseLabel").contains(words); };
+    QVERIFY2(told("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
+    QVERIFY2(told("“Go on” leaves out the 20 recipients who got nothing so far"), qPrintable(scene.Text("PauseLabel")));
     QCOMPARE(scene.Report().count("There was an error sending your message."), 20);
     QCOMPARE(scene.Kept().count("There was an error sending your message."), 20);  // who is asked may read the file
     scene.form->findChild<QPushButton*>("GoOnButton")->setFocus();
     QTest::keyClick(scene.form->findChild<QPushButton*>("GoOnButton"), Qt::Key_Return);
     QVERIFY(!panel->isVisible());
     QTRY_VERIFY(panel->isVisible());
+    QVERIFY2(told("leaves out the 40 recipients who got"), qPrintable(scene.Text("PauseLabel")));
     scene.Press("StopButton");
     QTRY_COMPARE(scene.Caption(), QString("Close"));
     QVERIFY(!panel->isVisible());
+    QVERIFY2(!scene.form->findChild<QWidget*>("ShutDownCheckBox")->isEnabled(), "nothing comes of it any more");
     QVERIFY2(scene.Text("StatusLine").contains("0 messages were sent, 40 failed. 5 recipients were not tried"),
              qPrintable(scene.Text("StatusLine")));
     QCOMPARE(scene.rig.Shown(), QString());
@@ -579,6 +583,7 @@ class SendFormTest : public QObject {
         QCOMPARE(form.focusWidget(), line(c.field));
         QVERIFY(form.isVisible());
         line(c.field)->setText(before);
+        QCOMPARE(status->text(), QString());
       }
       line("RateTextBox")->clear();
       form.reject();

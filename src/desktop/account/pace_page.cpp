@@ -24,7 +24,7 @@ PacePage::PacePage(QWidget* parent) : QWidget(parent) {
   AddLine(limits, kQuotaHour, tr("In an &hour:"), tr("No limit; or 500"));
   AddLine(limits, kQuotaDay, tr("In a &day:"), tr("No limit; or 2000"));
   AddLine(limits, kDomainRate, tr("To each recipient doma&in:"), tr("No limit; or 20/min"));
-  FormGrid* times = column->AddBox(tr("When"));
+  FormGrid* times = column->AddBox(tr("When, and over how many connections"));
   AddLine(times, kHours, tr("Hours &of the day:"), tr("Any; or 9-17, 8:30-17:30, 22-6"));
   AddLine(times, kPauseAfter, tr("&Pause:"), tr("None; or 100:60, a minute after each 100 messages"));
   AddLine(times, kPerConnection, tr("&Messages over one connection:"), tr("Any number; or 50"));

@@ -38,6 +38,7 @@ RunPaceForm::RunPaceForm(Otherwise otherwise, const run::PaceTexts& chosen,
   add(tr("&Use for this run"), QDialogButtonBox::AcceptRole, "UseButton")->setDefault(true);
   add(tr("Cancel"), QDialogButtonBox::RejectRole, "CancelButton");
   Show(chosen);
+  connect(page_, &PacePage::Changed, this, &RunPaceForm::LookAgain);
   page_->FocusOn(account::AccountKey::kRate);
 }
 
@@ -56,11 +57,20 @@ void RunPaceForm::ChangeAccount() {
   Show(typed);
 }
 
+// What is said of a text goes as it is corrected.
+void RunPaceForm::LookAgain() {
+  if (!tells_fault_) return;
+  const auto fault = account::FaultInPace(page_->Texts());
+  tells_fault_ = fault.has_value();
+  fault ? status_->Fail(fault->error) : status_->Say({});
+}
+
 void RunPaceForm::accept() {
   const run::PaceTexts texts = page_->Texts();
   if (const auto fault = account::FaultInPace(texts)) {
     page_->FocusOn(fault->key);
     status_->Fail(fault->error);
+    tells_fault_ = true;
     return;
   }
   chosen_ = account::InsteadOf(was_, texts);

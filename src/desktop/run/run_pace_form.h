@@ -31,6 +31,7 @@ class RunPaceForm final : public QDialog {
  private:
   void Show(const run::PaceTexts& chosen);
   void ChangeAccount();
+  void LookAgain();
 
   const Otherwise otherwise_;
   const std::function<void(QWidget*)> change_account_;
@@ -38,6 +39,7 @@ class RunPaceForm final : public QDialog {
   run::PaceTexts chosen_;
   PacePage* page_;
   StatusLine* status_;
+  bool tells_fault_ = false;  // the status line does, of what stands in a field
 };
 
 }  // namespace quillcast::desktop

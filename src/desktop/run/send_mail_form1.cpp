@@ -312,6 +312,7 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
   pause_panel_->hide();
   if (asking_) WithdrawQuestion();
   hold_->hide();
+  shut_down_->setEnabled(false);  // the run asked for it as it ended; nothing would come of it any more
   button_->setText(tr("Close"));
   button_->setDefault(true);
   button_->setFocus();
