@@ -1,5 +1,5 @@
 // One run over SMTP to a server on this computer, with its journal or without it:
-//   bench_journal_share FOLDER PORT RECIPIENTS CONNECTIONS with|without
+//   bench_journal_share FOLDER PORT RECIPIENTS CONNECTIONS PIPELINE with|without
 // Prints how many messages went out in a second.
 #include <fmt/format.h>
 
@@ -60,7 +60,8 @@ document::MessageDocument Letter() {
   return letter;
 }
 
-int Send(const fs::path& folder, std::uint16_t port, std::int64_t count, std::size_t connections, bool is_journalled) {
+int Send(const fs::path& folder, std::uint16_t port, std::int64_t count, std::size_t connections, bool pipeline,
+         bool is_journalled) {
   const platform::SystemClock clock;
   platform::SystemEntropy entropy;
   const platform::CancelToken cancel;
@@ -70,6 +71,7 @@ int Send(const fs::path& folder, std::uint16_t port, std::int64_t count, std::si
   smtp::ClientOptions way;
   way.servers = {{"127.0.0.1", port}};
   way.connections = connections;
+  way.pipeline = pipeline;
   run::SmtpCarrier carrier(way, clock, cancel);
   run::SystemDisk disk;
   const run::JournalPlace place{.file = folder / "runs.db", .clock = &clock, .disk = &disk};
@@ -93,7 +95,8 @@ int Send(const fs::path& folder, std::uint16_t port, std::int64_t count, std::si
 }  // namespace quillcast
 
 int main(int argc, char** argv) {
-  if (argc != 6) return 64;
+  if (argc != 7) return 64;
   return quillcast::Send(argv[1], static_cast<std::uint16_t>(std::atoi(argv[2])), std::atoll(argv[3]),
-                         static_cast<std::size_t>(std::atoi(argv[4])), std::string_view(argv[5]) == "with");
+                         static_cast<std::size_t>(std::atoi(argv[4])), std::string_view(argv[5]) == "1",
+                         std::string_view(argv[6]) == "with");
 }

@@ -269,7 +269,7 @@ def cases(senders, case):
                     with tempfile.TemporaryDirectory() as folder, Sink(WITHOUT_CHUNKING, (), late=late) as sink:
                         count = int(each * connections * case.scale)
                         rates.append(float(subprocess.run(
-                            list(map(str, (BIN / "bench_journal_share", folder, sink.port, count, connections, journal))),
+                            list(map(str, (BIN / "bench_journal_share", folder, sink.port, count, connections, 0, journal))),
                             check=True, capture_output=True, text=True).stdout))
                 ratios.append(rates[0] / rates[1])
             ratio = statistics.median(ratios)

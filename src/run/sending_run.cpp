@@ -68,7 +68,7 @@ class Run final : public smtp::JobSource {
   void WayGivenUp(const smtp::Outcome& why) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
   void LogLine(std::string_view line) override;
-  void Waiting() override { telling_.Flush(); }
+  void Waiting() override;
   void Progress(std::uint64_t sent, std::uint64_t total) override { telling_.Progress(InRange(), sent, total); }
 
  private:
@@ -229,6 +229,11 @@ smtp::Job* Run::NextJob() {
   return nullptr;
 }
 
+void Run::Waiting() {
+  telling_.Flush();
+  if (run_) run_->Show();
+}
+
 void Run::TellWait(const Sentence& why, Moment until) {
   telling_.CatchUpProgress(InRange());
   listener_.Waits(why, until);
@@ -263,6 +268,7 @@ Moment Run::MomentOf(platform::Instant due) const {
 // By what NextJob found: what was not due then may be so by now, and is still to come.
 std::optional<platform::Instant> Run::NextDue() {
   if (!MayGoOn()) return {};
+  if (run_) run_->Show();
   if (waits_ == Waits::kForPerson) {
     telling_.CatchUpProgress(InRange());
     listener_.Held(std::ssize(with_carrier_) - not_out_);

@@ -7,6 +7,7 @@
 #include "run/journal/kept_contents.h"
 #include "run/journal/mailing_lock.h"
 #include "run/journal/mailing_tables.h"
+#include "run/journal/recent_log.h"
 #include "run/journal/sqlite_run_journal.h"
 
 namespace quillcast::run {
@@ -58,6 +59,7 @@ Result<std::map<MailingId, Seen>> SeeWhoGoesOn(platform::Database& database, con
     if (!in_hand) return in_hand.error();
     what.in_hand = *in_hand;
   }
+  if (auto taken = TakeAllRecentIn(database, place); !taken) return taken.error();
   return seen;
 }
 

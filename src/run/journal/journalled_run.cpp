@@ -10,7 +10,6 @@
 namespace quillcast::run {
 namespace {
 
-constexpr std::int64_t kSmallestBatch = kDoubtful / 4;
 constexpr std::size_t kKnownBatches = 8;
 
 // So much of what a server says of one recipient is kept, which can be most of a megabyte.
@@ -73,6 +72,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
   started->sync_ = *std::move(sync);
   if (auto committed = begun.Commit(); !committed) return committed.error();
   started->Written();
+  started->BeginRecentLog();
   return std::unique_ptr<JournalledRun>(std::move(started));
 }
 
@@ -110,6 +110,18 @@ Result<bool> SqliteJournalledRun::Next(recipients::Recipient& recipient, std::in
 
 Result<void> SqliteJournalledRun::Again(std::int64_t position, recipients::Recipient& recipient) {
   return ReadRow(position - run_.first, recipient);
+}
+
+// Without one each Record is a commit.
+void SqliteJournalledRun::BeginRecentLog() {
+  const auto stored = ReadMailing(*database_, run_.mailing);
+  if (!stored) return;
+  if (auto log = RecentLog::Begin(place_, stored->runs.back())) recent_ = *std::move(log);
+}
+
+Result<void> SqliteJournalledRun::Change(std::int64_t index, const StateRecord& record) {
+  if (recent_ != nullptr) recent_->Changed(index, record);
+  return blocks_.Change(index, record);
 }
 
 // The rows of a block can only be read one after the other.
@@ -150,7 +162,7 @@ Result<void> SqliteJournalledRun::TryGoesOut(std::int64_t index) {
   to_be_durable_ = std::max(to_be_durable_, commit);
   in_flight_.emplace(index, record);
   record = {ResultState::kInFlight, true, UpTo<std::uint8_t>(record.attempts + 1), run_.number, Now(), 0, 0, 0};
-  return blocks_.Change(index, record);
+  return Change(index, record);
 }
 
 std::int64_t SqliteJournalledRun::CommitThatReserves(std::int64_t index) const {
@@ -170,7 +182,7 @@ Result<void> SqliteJournalledRun::ReserveBatch() {
     StateRecord record = ReadRecord(*octets);
     if (record.run == run_.number) continue;  // settled meanwhile
     record.reserved = true;                   // nobody ahead of all who go out is so yet
-    if (auto changed = blocks_.Change(**index, record); !changed) return changed;
+    if (auto changed = Change(**index, record); !changed) return changed;
     batch.last = **index;
     ++reserved;
     ++open_;
@@ -196,7 +208,7 @@ Result<void> SqliteJournalledRun::TrySettled(std::int64_t index, const smtp::Out
   }
   if (std::exchange(before.reserved, false)) --open_;
   ++settled_;
-  return blocks_.Change(index, outcome.is_decided() ? Verdict(before, outcome) : before);
+  return Change(index, outcome.is_decided() ? Verdict(before, outcome) : before);
 }
 
 void SqliteJournalledRun::IsTriedAgain(std::int64_t position, int tries) {
@@ -208,7 +220,7 @@ Result<void> SqliteJournalledRun::TryTriedAgain(std::int64_t index, int tries) {
   if (!octets) return octets.error();
   StateRecord record = ReadRecord(*octets);
   record.tries = UpTo<std::uint8_t>(tries);
-  return blocks_.Change(index, record);
+  return Change(index, record);
 }
 
 StateRecord SqliteJournalledRun::Verdict(const StateRecord& before, const smtp::Outcome& outcome) {
@@ -219,81 +231,11 @@ StateRecord SqliteJournalledRun::Verdict(const StateRecord& before, const smtp::
   record.when = Now();
   record.code = UpTo<std::uint8_t>(static_cast<std::int32_t>(outcome.code));
   record.reply = UpTo<std::uint16_t>(outcome.reply.code);
-  record.words = words_.Add({{Cut(outcome.reply.enhanced), Cut(outcome.reply.text), Cut(outcome.reason)}});
+  const ResultWords words{{Cut(outcome.reply.enhanced), Cut(outcome.reply.text), Cut(outcome.reason)}};
+  const std::int64_t next = words_.next();
+  record.words = words_.Add(words);
+  if (recent_ != nullptr && words_.next() != next) recent_->Said(record.words, words);
   return record;
-}
-
-Result<void> SqliteJournalledRun::Write() {
-  if (auto written = blocks_.Write(); !written) return written;
-  return words_.Write();
-}
-
-void SqliteJournalledRun::Written() {
-  blocks_.Written();
-  words_.Written();
-  ++commits_;
-  if (to_be_durable_ == commits_) {
-    settled_ = 0;
-    sync_->Ask(commits_);
-  }
-  if (log_pages_ < place_.long_log) long_log_ = place_.long_log;  // it was begun anew
-  if (log_pages_ >= long_log_) {
-    long_log_ = log_pages_ + place_.long_log;
-    sync_->Shorten();
-  }
-}
-
-Result<void> SqliteJournalledRun::Commit() {
-  auto transaction = platform::Transaction::Begin(*database_);
-  if (!transaction) return transaction.error();
-  if (auto written = Write(); !written) return written;
-  if (auto committed = transaction->Commit(); !committed) return committed;
-  Written();
-  return {};
-}
-
-Result<void> SqliteJournalledRun::Record() {
-  if (open_ + kSmallestBatch <= kDoubtful) Note(ReserveBatch());
-  if (settled_ >= kSmallestBatch) to_be_durable_ = commits_ + 1;
-  if (failed_) return *failed_;
-  if (blocks_.IsChanged()) {
-    if (auto committed = Commit(); !committed) return committed;
-  }
-  return awaited_ > 0 ? sync_->Wait(std::exchange(awaited_, 0)) : Result<void>();
-}
-
-Result<void> SqliteJournalledRun::SettleTheRest() {
-  while (!in_flight_.empty()) {
-    const std::int64_t index = in_flight_.begin()->first;
-    const smtp::Outcome unknown{
-        smtp::State::kUnknown, smtp::ResultCode::kException, {}, "The run ended before the server's answer came."};
-    if (auto settled = TrySettled(index, unknown); !settled) return settled;
-  }
-  return {};
-}
-
-Result<void> SqliteJournalledRun::End() {
-  Note(SettleTheRest());
-  if (failed_) return *failed_;
-  auto transaction = platform::Transaction::Begin(*database_);
-  if (!transaction) return transaction.error();
-  if (auto written = Write(); !written) return written;
-  const auto counts = CountStates(blocks_, Doubt::kNobody);
-  if (!counts) return counts.error();
-  if (auto ended = EndRun(*database_, run_.id, Now(), *counts); !ended) return ended;
-  if (auto committed = transaction->Commit(); !committed) return committed;
-  to_be_durable_ = commits_ + 1;
-  Written();
-  const bool is_there = FileAtPlace::Of(place_) == file_;
-  if (is_there) sync_->Shorten();  // which would make a new one
-  lock_.reset();
-  if (!is_there) {
-    return Error{
-        Failure::kIo,
-        Say("{} was removed or replaced while the run went on, so the run is not in it.", place_.file.string()),
-        "Its report in the history says what became of each recipient."};
-  }
-  return sync_->Wait(commits_);
 }
 
 }  // namespace quillcast::run

@@ -12,6 +12,7 @@
 #include "run/journal/journal_file.h"
 #include "run/journal/log_sync.h"
 #include "run/journal/mailing_lock.h"
+#include "run/journal/recent_log.h"
 #include "run/journal/run_journal.h"
 #include "run/journal/scope_walk.h"
 #include "run/journal/state_blocks.h"
@@ -55,9 +56,11 @@ class SqliteJournalledRun final : public JournalledRun {
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override;
   void IsTriedAgain(std::int64_t position, int tries) override;
   Result<void> Record() override;
+  void Show() override;
   Result<void> End() override;
 
  private:
+  static constexpr std::int64_t kSmallestBatch = kDoubtful / 4;
   struct Batch {
     std::int64_t last = 0;    // index of its last recipient
     std::int64_t commit = 0;  // that reserves it
@@ -78,6 +81,8 @@ class SqliteJournalledRun final : public JournalledRun {
   Result<void> TrySettled(std::int64_t index, const smtp::Outcome& outcome);
   Result<void> TryTriedAgain(std::int64_t index, int tries);
   StateRecord Verdict(const StateRecord& before, const smtp::Outcome& outcome);
+  Result<void> Change(std::int64_t index, const StateRecord& record);
+  void BeginRecentLog();
   // Keeps the first failure.
   void Note(const Result<void>& done);
   // The commit that has to be durable before the message of somebody who is reserved goes out.
@@ -87,6 +92,7 @@ class SqliteJournalledRun final : public JournalledRun {
   Result<void> Write();
   void Written();
   Result<void> Commit();
+  Result<void> Keep();
   Result<void> SettleTheRest();
   std::uint32_t Now() const;
 
@@ -114,9 +120,11 @@ class SqliteJournalledRun final : public JournalledRun {
   std::int64_t commits_ = 0;        // that are done
   std::int64_t to_be_durable_ = 0;  // the last commit that has to become so
   std::int64_t awaited_ = 0;        // the commit that has to be so before anything is sent
+  platform::Instant committed_;     // when, the last time
   int log_pages_ = 0;
   int long_log_ = 0;  // as many are too many
   std::unique_ptr<LogSync> sync_;
+  std::unique_ptr<RecentLog> recent_;  // nothing where it could not be made
   std::optional<Error> failed_;
 };
 

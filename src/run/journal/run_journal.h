@@ -113,6 +113,9 @@ class JournalledRun {
   // for the last kDoubtful recipients, a loss of power. Waits for the disk where that takes longer than sending. After
   // a failure nothing is to be sent any more; what was told is not lost, and the next Record or End tries it again.
   virtual Result<void> Record() = 0;
+  // Nothing will be told for a while: lets whoever looks into the journal meanwhile see what was. What is recorded is
+  // kept all the same.
+  virtual void Show() {}
   // At the run's own end: who is in flight still is unknown, and somebody else may take the mailing up. Fails as Record
   // does, and may be tried again.
   virtual Result<void> End() = 0;

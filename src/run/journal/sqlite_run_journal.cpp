@@ -8,6 +8,7 @@
 
 #include "run/journal/kept_contents.h"
 #include "run/journal/mailing_tables.h"
+#include "run/journal/recent_log.h"
 
 namespace quillcast::run {
 namespace {
@@ -228,6 +229,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailin
   platform::Database& database = *beginning->database;
   const auto stored = ReadMailing(database, mailing);
   if (!stored) return stored.error();
+  if (auto taken = TakeRecentIn(database, place_, *stored); !taken) return taken.error();
   BegunRun run;
   run.mailing = mailing;
   if (stored->runs.size() >= std::numeric_limits<std::uint16_t>::max()) {
@@ -269,6 +271,7 @@ Result<platform::UniqueFd> SqliteRunJournal::Open(const KeptFile& file) {
 }
 
 Result<void> SqliteRunJournal::Forget(MailingId mailing) {
+  if (auto taken = TakeAllRecentIn(database_, place_); !taken) return taken;
   const auto lock = MailingLock::Take(place_.Locks(), mailing);
   if (!lock) return lock.error();
   {

@@ -19,6 +19,8 @@ class WordsWriter {
 
   // The number of these words; 0 for none. Those of the last time have their number again.
   std::uint32_t Add(const ResultWords& words);
+  // The number of the next that are none of the last time.
+  std::int64_t next() const { return next_; }
 
   // As with StateBlocks.
   Result<void> Write();

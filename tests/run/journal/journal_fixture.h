@@ -53,7 +53,8 @@ class JournalTest : public ::testing::Test {
             .boot = boot,
             .clock = &clock_,
             .disk = &disk_,
-            .patience = {.lock_wait = std::chrono::seconds(5)}};
+            .patience = {.lock_wait = std::chrono::seconds(5)},
+            .between_commits = between_commits_};
   }
   std::unique_ptr<SqliteRunJournal> OpenJournal(const std::string& boot = "monday",
                                                 const std::filesystem::path& folder = {}) {
@@ -94,14 +95,17 @@ class JournalTest : public ::testing::Test {
   static void CopyFiles(const std::filesystem::path& from, const std::filesystem::path& to) {
     std::filesystem::remove_all(to);
     std::filesystem::create_directories(to);
-    for (const char* name : {"runs.db", "runs.db-wal"}) {
-      if (std::filesystem::exists(from / name)) std::filesystem::copy_file(from / name, to / name);
+    for (const auto& each : std::filesystem::directory_iterator(from)) {
+      const std::string name = each.path().filename();
+      if (name == "runs.db" || name == "runs.db-wal" || name.starts_with("runs.db-recent-"))
+        std::filesystem::copy_file(each.path(), to / name);
     }
   }
 
   const test::TemporaryFolder root_;
   test::FakeClock clock_;
   SystemDisk disk_;
+  std::chrono::milliseconds between_commits_{0};
 };
 
 }  // namespace quillcast::run

@@ -1,25 +1,39 @@
 // A program that is killed at any moment: what it had told is known, and who was in flight is named.
+#include <fstream>
+
 #include "run/journal/each_write.h"
 #include "run/journal/sending.h"
 
 namespace quillcast::run {
 namespace {
 
+namespace fs = std::filesystem;
+
+constexpr std::chrono::milliseconds kAtOnce{0};
+constexpr auto kSeldom = std::chrono::hours(1);
+
 class KillTest : public JournalTest {
  protected:
   // How the recipients stand for whoever finds the files as they are now; "none" where there is no mailing.
   std::string Found() {
+    is_looking_ = true;
     CopyFiles(root_.path(), root_ / "copy");
     const auto journal = OpenJournal("monday", root_ / "copy");
-    return Take(journal->List()).empty() ? "none" : States(*journal);
+    const std::string found = Take(journal->List()).empty() ? "none" : States(*journal);
+    is_looking_ = false;
+    return found;
   }
+  void KillAtAnyWrite();
+
+  bool is_looking_ = false;
 };
 
-TEST_F(KillTest, AtAnyWriteOfARun) {
+void KillTest::KillAtAnyWrite() {
   std::mt19937 random(22);
   std::function<void()> look = [&] { EXPECT_EQ(Found(), "none"); };
   int looks = 0;
   const test::EachWrite killed([&] {
+    if (is_looking_) return;
     ++looks;
     look();
   });
@@ -43,16 +57,116 @@ TEST_F(KillTest, AtAnyWriteOfARun) {
     look = [&] { EXPECT_EQ(Found(), states); };
     run.reset();
   }
-  EXPECT_GT(looks, 150);
+  EXPECT_GT(looks, between_commits_ == kAtOnce ? 150 : 40);
   EXPECT_EQ(states.find('o'), std::string::npos);
   EXPECT_EQ(Found(), states);
+}
+
+TEST_F(KillTest, AtAnyWriteOfARun) { KillAtAnyWrite(); }
+
+TEST_F(KillTest, AtAnyWriteOfARunThatSeldomCommits) {
+  between_commits_ = kSeldom;
+  KillAtAnyWrite();
+}
+
+// What its last Records told, torn in the middle, or of somebody else.
+TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 40);
+  const fs::path recent = root_ / "runs.db-recent-1";
+  std::vector<std::string> told = {std::string(40, '-')};
+  std::vector<std::uintmax_t> ends = {fs::file_size(recent)};
+  std::string states = told[0];
+  for (const std::int64_t position : Given(*run, 20)) {
+    run->GoesOut(position);
+    states[position - 1] = 'u';
+    if (position > 3) run->Settled(position - 3, position % 5 == 0 ? Deferred(position - 3) : Sent(position - 3));
+    if (position > 3) states[position - 4] = position % 5 == 0 ? 'd' : 's';
+    Take(run->Record());
+    told.push_back(states);
+    ends.push_back(fs::file_size(recent));
+  }
+  const std::string octets = Take(platform::ReadFile(recent, 1 << 20));
+  const auto found_with = [&](const std::string& left) {
+    CopyFiles(root_.path(), root_ / "torn");
+    std::ofstream(root_ / "torn/runs.db-recent-1", std::ios::binary) << left;
+    const auto found = OpenJournal("monday", root_ / "torn");
+    Take(found->List());
+    EXPECT_FALSE(fs::exists(root_ / "torn/runs.db-recent-1")) << "what is taken is not taken again";
+    return States(*found);
+  };
+  for (std::size_t record = 0; record < ends.size(); ++record) {
+    EXPECT_EQ(found_with(octets.substr(0, ends[record])), told[record]);
+    if (record == 0) continue;
+    EXPECT_EQ(found_with(octets.substr(0, ends[record] - 1)), told[record - 1]);
+    std::string damaged = octets;
+    damaged[ends[record] - 2] ^= 0x10;
+    EXPECT_EQ(found_with(damaged), told[record - 1]);
+  }
+  EXPECT_EQ(found_with("quillcast" + octets), told[0]) << "of another run";
+  EXPECT_EQ(Found(), told.back());
+  EXPECT_EQ(RowAt(*OpenJournal("monday", root_ / "copy"), 1).reply.text, Sent(1).reply.text);
+}
+
+TEST_F(KillTest, ShowsWhatWasToldToWhoeverLooksMeanwhile) {
+  between_commits_ = std::chrono::milliseconds(5);
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 3);
+  Given(*run);
+  const auto go = [&](std::int64_t position) {
+    run->GoesOut(position);
+    Take(run->Record());
+  };
+  go(1);
+  EXPECT_EQ(States(*journal), "---") << "a commit has only just been made";
+  run->Show();
+  EXPECT_EQ(States(*journal), "o--");
+  clock_.monotonic += std::chrono::milliseconds(5);
+  go(2);
+  EXPECT_EQ(States(*journal), "oo-");
+  EXPECT_EQ(Found(), "uu-");
+  go(3);
+  EXPECT_EQ(Found(), "uuu");
+  Take(run->End());
+  EXPECT_FALSE(fs::exists(root_ / "runs.db-recent-1"));
+}
+
+// What stands behind what was told since the last commit, at the very place where more would.
+TEST_F(KillTest, TakesNothingOfBeforeTheLastCommit) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 3);
+  for (const std::int64_t position : Given(*run)) {
+    run->GoesOut(position);
+    Take(run->Record());
+  }
+  run->Show();
+  EXPECT_EQ(Found(), "uuu");
+  run->Settled(2, smtp::Left());
+  Take(run->Record());
+  EXPECT_EQ(Found(), "u-u");
+}
+
+TEST_F(KillTest, CommitsAtOnceWhereNothingElseCanBeWritten) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  fs::create_directories(root_ / "runs.db-recent-1" / "in the way");
+  auto run = BeginWith(*journal, 2);
+  Given(*run);
+  for (const auto& [position, states] : {std::pair{1, "o-"}, {2, "oo"}}) {
+    run->GoesOut(position);
+    Take(run->Record());
+    EXPECT_EQ(States(*journal), states);
+  }
 }
 
 // Killed again and again, by death or by loss of power, until nobody is left: nobody has got it twice, and everybody
 // has got it, or was told of, or is unknown.
 TEST_F(KillTest, AgainAndAgainUntilNobodyIsLeft) {
-  for (unsigned seed = 1; seed <= 20; ++seed) {
+  for (unsigned seed = 1; seed <= 40; ++seed) {
     std::mt19937 random(seed);
+    between_commits_ = seed > 20 ? kSeldom : kAtOnce;
     std::string states(300, '-');
     std::map<std::int64_t, int> out;
     std::filesystem::path place = root_ / "a";

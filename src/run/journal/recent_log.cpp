@@ -1,0 +1,246 @@
+#include "run/journal/recent_log.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "run/journal/mailing_lock.h"
+#include "run/journal/state_blocks.h"
+#include "run/journal/varint.h"
+#include "run/journal/words_table.h"
+
+namespace quillcast::run {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A frame: the octets behind this head, their check number with that of the round, and the round; four octets each.
+struct FrameHead {
+  std::uint32_t size = 0;
+  std::uint32_t check = 0;
+  std::uint32_t round = 0;
+};
+constexpr std::size_t kHead = sizeof(FrameHead);
+constexpr std::uint64_t kMostOctets = std::uint64_t{64} * 1024 * 1024;
+constexpr char kRecord = 'r';
+constexpr char kWords = 'w';
+
+constexpr std::string_view kNameBegin = "-recent-";
+
+std::string NameBegin(const JournalPlace& place) {
+  return fmt::format("{}{}", place.file.filename().string(), kNameBegin);
+}
+
+fs::path FileOf(const JournalPlace& place, MailingId mailing) {
+  return place.file.parent_path() / fmt::format("{}{}", NameBegin(place), mailing);
+}
+
+// Whose it is: another run, or a run of another journal at the same place, has other words.
+std::string OwnerOf(const StoredRun& run) {
+  return fmt::format("quillcast {} {} {} {} {} {}\n", run.entry.mailing, run.entry.id,
+                     run.entry.began.time_since_epoch().count(), run.entry.recipients, run.boot, run.entry.history);
+}
+
+std::uint32_t CheckOf(std::string_view octets, std::uint32_t round) {
+  return static_cast<std::uint32_t>(
+      ::crc32(round, reinterpret_cast<const Bytef*>(octets.data()), static_cast<uInt>(octets.size())));
+}
+
+Result<void> WriteAt(int fd, const fs::path& path, std::size_t place, std::string_view octets) {
+  while (!octets.empty()) {
+    const ssize_t written = ::pwrite(fd, octets.data(), octets.size(), static_cast<off_t>(place));
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return platform::SystemError("write", path, errno);
+    place += static_cast<std::size_t>(written);
+    octets.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return {};
+}
+
+// The whole frames of the last round, one behind the other.
+std::string TakeFrames(std::string_view octets) {
+  std::string told;
+  std::uint32_t round = 0;
+  while (octets.size() >= kHead) {
+    FrameHead head;
+    std::memcpy(&head, octets.data(), kHead);
+    octets.remove_prefix(kHead);
+    const bool is_first = round == 0;
+    if (head.size > octets.size() || (!is_first && head.round != round)) break;
+    const std::string_view frame = octets.substr(0, head.size);
+    if (CheckOf(frame, head.round) != head.check) break;
+    round = head.round;
+    told += frame;
+    octets.remove_prefix(head.size);
+  }
+  return told;
+}
+
+// What was told, one after the other, into the journal.
+class Taking {
+ public:
+  static Result<Taking> Into(platform::Database& database, const StoredMailing& mailing) {
+    auto blocks = StateBlocks::Of(database, database.path(), mailing.entry.id, mailing.entry.recipients);
+    if (!blocks) return blocks.error();
+    auto words = WordsWriter::After(database, database.path(), mailing.entry.id);
+    if (!words) return words.error();
+    return Taking(*std::move(blocks), *std::move(words), mailing.entry.recipients);
+  }
+
+  // False at the end, and where what stands there is nothing that a run tells.
+  Result<bool> Next(std::string_view& told) {
+    if (told.empty()) return false;
+    const char kind = told.front();
+    told.remove_prefix(1);
+    std::uint64_t read = 0;
+    if (!TakeVarint(told, read)) return false;
+    const auto number = static_cast<std::int64_t>(read);
+    if (kind == kRecord) return TakeRecord(number, told);
+    return kind == kWords && TakeSaid(number, told);
+  }
+  Result<void> Write() {
+    if (auto written = blocks_.Write(); !written) return written;
+    return words_.Write();
+  }
+
+ private:
+  Taking(StateBlocks blocks, WordsWriter words, std::int64_t recipients)
+      : blocks_(std::move(blocks)), words_(std::move(words)), recipients_(recipients) {}
+
+  Result<bool> TakeRecord(std::int64_t index, std::string_view& told) {
+    if (index < 0 || index >= recipients_ || !IsBlock(told.substr(0, kRecordSize))) return false;
+    const auto changed = blocks_.Change(index, ReadRecord(told.data()));
+    told.remove_prefix(kRecordSize);
+    return changed ? Result<bool>(true) : Result<bool>(changed.error());
+  }
+  // Those that were committed are there.
+  bool TakeSaid(std::int64_t number, std::string_view& told) {
+    ResultWords words;
+    if (!TakeWords(told, words)) return false;
+    return number < words_.next() || words_.Add(words) == number;
+  }
+
+  StateBlocks blocks_;
+  WordsWriter words_;
+  std::int64_t recipients_;
+};
+
+// The mailings that have something, by the names of its files.
+std::vector<MailingId> MailingsWithRecent(const JournalPlace& place) {
+  std::vector<MailingId> mailings;
+  const std::string begin = NameBegin(place);
+  std::error_code error;
+  for (fs::directory_iterator each(place.file.parent_path(), error), end; !error && each != end;
+       each.increment(error)) {
+    const std::string name = each->path().filename().string();
+    if (!name.starts_with(begin) || !each->is_regular_file(error)) continue;
+    MailingId mailing = 0;
+    const auto [last, fault] = std::from_chars(name.data() + begin.size(), name.data() + name.size(), mailing);
+    if (fault == std::errc() && last == name.data() + name.size() && mailing > 0) mailings.push_back(mailing);
+  }
+  return mailings;
+}
+
+Result<void> TakeRecentOf(platform::Database& database, const JournalPlace& place, MailingId mailing) {
+  const auto lock = MailingLock::Take(place.Locks(), mailing);
+  if (!lock) return lock.error().failure == Failure::kTryAgain ? Result<void>() : Result<void>(lock.error());
+  auto transaction = platform::Transaction::Begin(database);
+  if (!transaction) return transaction.error();
+  const auto stored = ReadMailing(database, mailing);
+  if (stored) {
+    if (auto taken = TakeRecentIn(database, place, *stored); !taken) return taken;
+  } else if (stored.error().failure != Failure::kNoInput) {
+    return stored.error();
+  }
+  if (auto committed = transaction->Commit(); !committed) return committed;
+  fs::remove(FileOf(place, mailing), IgnoreErrors());
+  return {};
+}
+
+}  // namespace
+
+Result<std::unique_ptr<RecentLog>> RecentLog::Begin(const JournalPlace& place, const StoredRun& run) {
+  const fs::path path = FileOf(place, run.entry.mailing);
+  fs::remove(path, IgnoreErrors());  // whoever still reads it is not disturbed
+  platform::UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+  if (!fd) return platform::SystemError("create", path, errno);
+  const std::string owner = OwnerOf(run);
+  if (auto written = WriteAt(fd.get(), path, 0, owner); !written) return written.error();
+  std::unique_ptr<RecentLog> log(new RecentLog(std::move(fd), path, owner.size()));
+  log->frame_.assign(kHead, '\0');
+  return log;
+}
+
+void RecentLog::Changed(std::int64_t index, const StateRecord& record) {
+  std::array<char, kRecordSize> octets{};
+  WriteRecord(record, octets.data());
+  frame_ += kRecord;
+  AppendVarint(static_cast<std::uint64_t>(index), frame_);
+  frame_.append(octets.data(), octets.size());
+}
+
+void RecentLog::Said(std::uint32_t number, const ResultWords& words) {
+  frame_ += kWords;
+  AppendVarint(number, frame_);
+  AppendWords({}, words, frame_);
+}
+
+Result<void> RecentLog::Append() {
+  if (frame_.size() == kHead) return {};
+  const auto told = std::string_view(frame_).substr(kHead);
+  const FrameHead head{static_cast<std::uint32_t>(told.size()), CheckOf(told, round_), round_};
+  std::memcpy(frame_.data(), &head, kHead);
+  auto written = WriteAt(fd_.get(), path_, end_, frame_);
+  is_whole_ = is_whole_ && written;
+  if (written) end_ += frame_.size();
+  frame_.resize(kHead);
+  return written;
+}
+
+void RecentLog::BeginAnew() {
+  if (!is_whole_) is_whole_ = ::ftruncate(fd_.get(), static_cast<off_t>(begin_)) == 0;
+  end_ = begin_;
+  ++round_;
+}
+
+void RecentLog::Remove() { fs::remove(path_, IgnoreErrors()); }
+
+Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing) {
+  const StoredRun& run = mailing.runs.back();
+  if (run.entry.ended || run.boot != place.boot) return {};
+  const fs::path path = FileOf(place, mailing.entry.id);
+  if (!fs::is_regular_file(fs::symlink_status(path, IgnoreErrors()))) return {};
+  const auto octets = platform::ReadFile(path, kMostOctets);
+  if (!octets) return octets.error();
+  const std::string owner = OwnerOf(run);
+  if (!octets->starts_with(owner)) return {};
+  const std::string frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
+  auto taking = Taking::Into(database, mailing);
+  if (!taking) return taking.error();
+  std::string_view told = frames;
+  for (bool more = !told.empty(); more;) {
+    const auto next = taking->Next(told);
+    if (!next) return next.error();
+    more = *next;
+  }
+  return taking->Write();
+}
+
+Result<void> TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
+  for (const MailingId mailing : MailingsWithRecent(place)) {
+    if (auto taken = TakeRecentOf(database, place, mailing); !taken) return taken;
+  }
+  return {};
+}
+
+}  // namespace quillcast::run

@@ -1,0 +1,56 @@
+// What a run told since its last commit, in a file of its own beside the journal's: a few octets where a commit writes
+// pages, so that a commit can be for many recipients where they go out fast. Whoever finds the run's program gone takes
+// them into the journal. Nothing of it is synced: it outlives a kill, and after another start of the computer it is not
+// asked.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "platform/file.h"
+#include "platform/sqlite.h"
+#include "run/journal/journal_file.h"
+#include "run/journal/mailing_tables.h"
+#include "run/journal/result_words.h"
+#include "run/journal/state_record.h"
+
+namespace quillcast::run {
+
+class RecentLog {
+ public:
+  // Of this run, in the place of what an earlier one left. Whoever begins it has the mailing's lock.
+  static Result<std::unique_ptr<RecentLog>> Begin(const JournalPlace& place, const StoredRun& run);
+
+  // What the next Append writes: a recipient's record, and words, in the order of their numbers, before the records
+  // that have them.
+  void Changed(std::int64_t index, const StateRecord& record);
+  void Said(std::uint32_t number, const ResultWords& words);
+  // As one: all of it is there after a kill, or nothing.
+  Result<void> Append();
+  // All of it is committed. Up to the next Append, whoever takes what stands there changes nothing by it.
+  void BeginAnew();
+  // The run has ended.
+  void Remove();
+
+ private:
+  RecentLog(platform::UniqueFd fd, std::filesystem::path path, std::size_t begin)
+      : fd_(std::move(fd)), path_(std::move(path)), begin_(begin), end_(begin) {}
+
+  platform::UniqueFd fd_;
+  std::filesystem::path path_;
+  std::size_t begin_;  // of what is told, behind what says whose it is
+  std::size_t end_;
+  std::uint32_t round_ = 1;  // how often it was begun anew
+  bool is_whole_ = true;     // nothing is missing since then
+  std::string frame_;        // what Append writes
+};
+
+// Takes into the journal, in the transaction that is open, what the mailing's last run told last, where its program is
+// gone. Whoever calls it has the mailing's lock.
+Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing);
+// The same for every mailing that has something, and that nobody has in hand.
+Result<void> TakeAllRecentIn(platform::Database& database, const JournalPlace& place);
+
+}  // namespace quillcast::run
