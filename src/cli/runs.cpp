@@ -38,18 +38,6 @@ const char* WordOf(run::RunKind kind) {
   return "retry";
 }
 
-const char* WordOf(run::RunStanding standing) {
-  switch (standing) {
-    case run::RunStanding::kGoesOn:
-      return "goes on";
-    case run::RunStanding::kEnded:
-      return "ended";
-    case run::RunStanding::kCutOff:
-      break;
-  }
-  return "cut off";
-}
-
 // As the line of a run has it, whose mailing may be finished by the runs behind it.
 const char* TextOf(run::RunStanding standing) {
   switch (standing) {
@@ -69,7 +57,7 @@ nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::Run
                                    {"mailing", mailing.runs.front().id},
                                    {"kind", WordOf(run.kind)},
                                    {"began", run::MomentText(run.began, clock)},
-                                   {"standing", WordOf(run.standing)},
+                                   {"standing", run::Name(run.standing)},
                                    {"recipients", run.recipients},
                                    {"history", run.history}};
   if (run.kind != run::RunKind::kFirst) return object;

@@ -24,6 +24,18 @@ RunStanding LastStanding(const MailingEntry& mailing) {
   return mailing.runs.empty() ? RunStanding::kEnded : mailing.runs.back().standing;
 }
 
+void Count(Forgotten& forgotten, const MailingEntry& mailing) {
+  const auto unknown = CountOf(mailing, ResultState::kUnknown);
+  ++forgotten.mailings;
+  forgotten.in_doubt += unknown > 0 ? 1 : 0;
+  forgotten.unknown += unknown;
+}
+
+Sentence ThoseInDoubt(const Forgotten& forgotten) {
+  return SayOf(forgotten.unknown, "{} recipient of whom nobody knows whether the message arrived",
+               "{} recipients of whom nobody knows whether the message arrived");
+}
+
 // "refused, deferred"
 std::string NamesOf(const StateSet& states) {
   std::vector<const char*> names;
@@ -31,20 +43,6 @@ std::string NamesOf(const StateSet& states) {
     if (states[n]) names.push_back(Name(static_cast<ResultState>(n)));
   }
   return fmt::format("{}", fmt::join(names, ", "));
-}
-
-// Of those of that state so many are to be tried again.
-std::string CountsWith(const StateCounts& counts, std::string_view state, std::int64_t again) {
-  std::string text;
-  for (std::size_t n = 0; n < kResultStates; ++n) {
-    if (counts[n] == 0) continue;
-    const std::string_view name = Name(static_cast<ResultState>(n));
-    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", platform::WithThousands(counts[n]), name);
-    if (again == 0 || name != state) continue;
-    text += again == counts[n] ? " (to be tried again)"
-                               : fmt::format(" ({} to be tried again)", platform::WithThousands(again));
-  }
-  return text.empty() ? "nobody" : text;
 }
 
 // And the command that goes on with them, where there is one.
@@ -103,22 +101,35 @@ const char* Name(MailingStanding standing) {
   return "finished";
 }
 
+const char* Name(RunStanding standing) {
+  switch (standing) {
+    case RunStanding::kGoesOn:
+      return "goes on";
+    case RunStanding::kEnded:
+      return "ended";
+    case RunStanding::kCutOff:
+      break;
+  }
+  return "cut off";
+}
+
 bool WasCutOff(const MailingEntry& mailing) { return LastStanding(mailing) == RunStanding::kCutOff; }
 
-std::string CountsText(const StateCounts& counts) { return CountsWith(counts, "", 0); }
+std::string CountsText(const StateCounts& counts) {
+  std::string text;
+  for (std::size_t n = 0; n < kResultStates; ++n) {
+    if (counts[n] == 0) continue;
+    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", platform::WithThousands(counts[n]),
+                        Name(static_cast<ResultState>(n)));
+  }
+  return text.empty() ? "nobody" : text;
+}
 
 std::string StandingText(const MailingEntry& mailing) {
-  std::vector<const char*> whom;  // who may be meant
-  for (const ResultState state : {ResultState::kRefused, ResultState::kDeferred, ResultState::kFailed}) {
-    if (CountOf(mailing, state) > 0) whom.push_back(Name(state));
-  }
-  const bool is_one = whom.size() == 1;
-  const std::string counts = CountsWith(mailing.counts, is_one ? whom.front() : "", mailing.tried_again);
-  const std::string again = is_one || mailing.tried_again == 0
+  const std::string again = mailing.tried_again == 0
                                 ? ""
-                                : fmt::format("; {} of those {} to be tried again",
-                                              platform::WithThousands(mailing.tried_again), fmt::join(whom, " or "));
-  return fmt::format("{}: {}{}", Name(StandingOf(mailing)), counts, again);
+                                : fmt::format("; {} to be tried again", platform::WithThousands(mailing.tried_again));
+  return fmt::format("{}: {}{}", Name(StandingOf(mailing)), CountsText(mailing.counts), again);
 }
 
 RecipientChoice WhoIsLeft() {
@@ -209,10 +220,7 @@ Result<Forgotten> ForgetFinished(RunJournal& journal) {
     if (StandingOf(mailing) == MailingStanding::kFinished) {
       const auto gone = journal.Forget(mailing.id);
       if (gone) {
-        const auto unknown = CountOf(mailing, ResultState::kUnknown);
-        ++forgotten.mailings;
-        forgotten.in_doubt += unknown > 0 ? 1 : 0;
-        forgotten.unknown += unknown;
+        Count(forgotten, mailing);
         continue;
       }
       if (gone.error().failure != Failure::kTryAgain) return gone.error();  // else somebody began to go on with it
@@ -222,11 +230,36 @@ Result<Forgotten> ForgetFinished(RunJournal& journal) {
   return forgotten;
 }
 
+Result<Forgotten> FinishedOnes(RunJournal& journal) {
+  auto all = journal.List();
+  if (!all) return all.error();
+  Forgotten finished;
+  for (MailingEntry& mailing : *all) {
+    if (StandingOf(mailing) == MailingStanding::kFinished) {
+      Count(finished, mailing);
+    } else {
+      finished.kept.push_back(std::move(mailing));
+    }
+  }
+  return finished;
+}
+
+std::optional<Sentence> WhatWouldGo(const Forgotten& forgotten) {
+  if (forgotten.mailings == 0) return {};
+  if (forgotten.unknown == 0) {
+    return SayOf(forgotten.mailings, "Clearing the history forgets {} run too.",
+                 "Clearing the history forgets {} runs too.");
+  }
+  const Sentence whom = ThoseInDoubt(forgotten);
+  if (forgotten.mailings == 1) return Say("Clearing the history forgets 1 run too, with {}.", whom);
+  return Say("Clearing the history forgets {} runs too, {} of them with {}.", NumberValue(forgotten.mailings),
+             NumberValue(forgotten.in_doubt), whom);
+}
+
 std::optional<Sentence> WhatWentOf(const Forgotten& forgotten) {
   if (forgotten.mailings == 0) return {};
   if (forgotten.unknown == 0) return SayOf(forgotten.mailings, "{} run was forgotten.", "{} runs were forgotten.");
-  const Sentence whom = SayOf(forgotten.unknown, "{} recipient of whom nobody knows whether the message arrived",
-                              "{} recipients of whom nobody knows whether the message arrived");
+  const Sentence whom = ThoseInDoubt(forgotten);
   if (forgotten.mailings == 1) return Say("1 run was forgotten, with {}.", whom);
   return Say("{} runs were forgotten, {} of them with {}.", NumberValue(forgotten.mailings),
              NumberValue(forgotten.in_doubt), whom);

@@ -29,12 +29,15 @@ enum class MailingStanding : std::uint8_t {
 MailingStanding StandingOf(const MailingEntry& mailing);
 // "goes on", "can be resumed", "finished".
 const char* Name(MailingStanding standing);
+// "goes on", "ended", "cut off".
+const char* Name(RunStanding standing);
 
 // Nobody ended its last run: its program was killed, or the computer lost its power.
 bool WasCutOff(const MailingEntry& mailing);
 // "20 sent, 1 refused, 3 not tried": those that there are.
 std::string CountsText(const StateCounts& counts);
-// "can be resumed: 20 sent, 3 deferred (2 to be tried again), 5 not tried": how the mailing stands, and where its recipients are.
+// "can be resumed: 20 sent, 3 deferred, 5 not tried; 2 to be tried again": how the mailing stands, and where its
+// recipients are.
 std::string StandingText(const MailingEntry& mailing);
 // Whom a resume is for: who was not tried, and who was to be tried again.
 RecipientChoice WhoIsLeft();
@@ -64,6 +67,10 @@ struct Forgotten {
 };
 // Forgets every finished mailing.
 Result<Forgotten> ForgetFinished(RunJournal& journal);
+// What that would forget.
+Result<Forgotten> FinishedOnes(RunJournal& journal);
+// Said before the history is cleared; nothing where there is none.
+std::optional<Sentence> WhatWouldGo(const Forgotten& forgotten);
 // "2 runs were forgotten.", and of how many nobody knows whether they got it; nothing where none was.
 std::optional<Sentence> WhatWentOf(const Forgotten& forgotten);
 // What was kept and why, naming each.

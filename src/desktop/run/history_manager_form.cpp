@@ -26,6 +26,15 @@ QStringList WhatIsForgotten(const profile::Folders& folders, const platform::Clo
   return sentences;
 }
 
+// Nothing where there is none, or none can be read: clearing tells of that.
+std::optional<Sentence> WhatWouldGo(const profile::Program& program) {
+  if (!std::filesystem::exists(program.folders.RunJournal(), IgnoreErrors())) return {};
+  const platform::CancelToken none;
+  const auto journal = run::OpenJournal(program.folders, program.clock, none);
+  const auto finished = journal ? run::FinishedOnes(**journal) : Result<run::Forgotten>(journal.error());
+  return finished ? run::WhatWouldGo(*finished) : std::nullopt;
+}
+
 }  // namespace
 
 HistoryManagerForm::HistoryManagerForm(const profile::Program& program, QWidget* parent)
@@ -70,7 +79,7 @@ void HistoryManagerForm::MakeButtons(FormColumn* column) {
   open_log_ = make("OpenLogButton", tr("Open &Log"), [this] { Open(run::OpenLog); });
   open_log_->setDefault(true);
   open_message_ = make("OpenMessageButton", tr("Open &Message"), [this] { Open(run::OpenMessage); });
-  auto* runs = make("RunsButton", tr("&Runs…"), [this] {
+  auto* runs = make("RunsButton", tr("R&uns…"), [this] {
     if (!show_runs) return;
     show_runs([this] { FillAgain(); });
     FillAgain();
@@ -128,7 +137,9 @@ void HistoryManagerForm::Open(Opener opener) {
   if (!opened) status_->Fail(opened.error());
 }
 
+// The question does not say what else goes, so that this stands behind it before it is asked.
 void HistoryManagerForm::Clear() {
+  if (const auto goes = WhatWouldGo(program_)) status_->Say(InWords(*goes));
   const auto cleared = run::ClearHistory(program_.folders.History(), program_.prompts);
   if (cleared.clearing != run::Clearing::kCleared) return;
   QStringList sentences = {

@@ -75,16 +75,16 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
       task_(new BackgroundTask(this)) {
   setObjectName("KeptRunsForm");
   setWindowTitle(tr("Runs"));
-  resize(760, 560);
+  resize(1080, 760);
   for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
   reply_->setMaxLength(255);
   group_->setMaxLength(255);
   auto* column = new FormColumn(this);
-  column->Add(runs_, 1);
+  column->Add(runs_, 2);
   auto* grid = column->AddGrid();
   grid->Add("StateComboBox", tr("&Whom:"), states_);
   grid->Add("ReplyTextBox", tr("With re&ply:"), reply_);
-  column->Add(people_, 2);
+  column->Add(people_, 3);
   column->AddGrid()->Add("GroupTextBox", tr("&Group to make of them:"), group_);
   column->Add(status_);
   MakeButtons(column);

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kLongestSubject = 60;
 constexpr int kLookPause = 1500;  // milliseconds
 
-enum ListColumn : int { kNumber, kBegan, kWhat, kStanding };
+enum ListColumn : int { kNumber, kBegan, kWhat, kGroup, kStanding };
 
 Result<std::vector<run::MailingEntry>> Read(const profile::Program& program, const platform::CancelToken& cancel) {
   const auto journal = run::OpenJournal(program.folders, program.clock, cancel);
@@ -42,7 +42,8 @@ KeptRunsList::KeptRunsList(const profile::Program& program, QWidget* parent)
     : QWidget(parent),
       program_(program),
       grid_(new RowList(
-          "KeptRunsGrid", tr("Runs"), {{tr("#"), 5, true}, {tr("Began"), 23}, {tr("Message"), 24}, {tr("Standing")}},
+          "KeptRunsGrid", tr("Runs"),
+          {{tr("#"), 5, true}, {tr("Began"), 21}, {tr("Message"), 28}, {tr("Group"), 19}, {tr("Standing")}},
           [this](std::size_t row, int column) { return TextOf(row, column); }, this)),
       pause_(new QTimer(this)),
       look_(new BackgroundTask(this)) {
@@ -148,15 +149,20 @@ QString KeptRunsList::TextOf(std::size_t row, int column) const {
       return WhenText(run.began, program_.clock);
     case kWhat:
       if (!is_first) return tr("went on with %1").arg(mailing.runs.front().id);
-      return tr("“%1” to %2")
-          .arg(ToQt(platform::Printable(mailing.subject, kLongestSubject)),
-               ToQt(platform::Printable(mailing.group, kLongestSubject)));
+      return ToQt(platform::Printable(mailing.subject, kLongestSubject));
+    case kGroup:
+      return is_first ? ToQt(platform::Printable(mailing.group, kLongestSubject)) : QString();
     default:
-      if (is_first) return ToQt(run::StandingText(mailing));
-      return run.kind == run::RunKind::kRetry
-                 ? Counted(run.recipients, tr("1 recipient once more"), tr("%1 recipients once more"))
-                 : Counted(run.recipients, tr("1 recipient"), tr("%1 recipients"));
+      return is_first ? ToQt(run::StandingText(mailing)) : StandingOf(run);
   }
+}
+
+// Of a run that went on: what came of the recipients stands at the mailing.
+QString KeptRunsList::StandingOf(const run::RunEntry& run) const {
+  const QString whom = run.kind == run::RunKind::kRetry
+                           ? Counted(run.recipients, tr("1 recipient once more"), tr("%1 recipients once more"))
+                           : Counted(run.recipients, tr("1 recipient"), tr("%1 recipients"));
+  return run.standing == run::RunStanding::kEnded ? whom : tr("%1, %2").arg(whom, tr(run::Name(run.standing)));
 }
 
 }  // namespace quillcast::desktop

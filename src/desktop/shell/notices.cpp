@@ -91,7 +91,7 @@ void Notices::ShowCutOff() {
   // Each is about the run that it stands beside, whatever is looked for meanwhile.
   const run::RunId last = cut_off_->runs.back().id;
   bar_->Show(sentences.join(' '), {{tr("Go o&n…"), "GoOnWithRunButton", [this, last] { emit RunsPressed(last); }},
-                                   {tr("Later"), "LaterButton", [this, last] {
+                                   {tr("Not &just now"), "LaterButton", [this, last] {
                                       left_for_later_.insert(last);
                                       LookForCutOff();
                                     }}});
