@@ -151,11 +151,16 @@ std::vector<MailingId> MailingsWithRecent(const JournalPlace& place) {
   return mailings;
 }
 
+// Not under the mailing's lock, by which others would take its run for one that goes on, but under that of the file as
+// a whole: until it is removed, no run begins another one in its place.
 Result<void> TakeRecentOf(platform::Database& database, const JournalPlace& place, MailingId mailing) {
-  const auto lock = MailingLock::Take(place.Locks(), mailing);
-  if (!lock) return lock.error().failure == Failure::kTryAgain ? Result<void>() : Result<void>(lock.error());
+  const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);
+  if (!lock) return lock.error();
   auto transaction = platform::Transaction::Begin(database);
   if (!transaction) return transaction.error();
+  // Whoever takes it up from now on waits for the end of this transaction.
+  const auto in_hand = IsInHand(place.Locks(), mailing);
+  if (!in_hand || *in_hand) return in_hand ? Result<void>() : in_hand.error();
   const auto stored = ReadMailing(database, mailing);
   if (stored) {
     if (auto taken = TakeRecentIn(database, place, *stored); !taken) return taken;
@@ -171,6 +176,8 @@ Result<void> TakeRecentOf(platform::Database& database, const JournalPlace& plac
 
 Result<std::unique_ptr<RecentLog>> RecentLog::Begin(const JournalPlace& place, const StoredRun& run) {
   const fs::path path = FileOf(place, run.entry.mailing);
+  const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);
+  if (!lock) return lock.error();
   fs::remove(path, IgnoreErrors());  // whoever still reads it is not disturbed
   platform::UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!fd) return platform::SystemError("create", path, errno);
@@ -238,6 +245,9 @@ Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& plac
 
 Result<void> TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
   for (const MailingId mailing : MailingsWithRecent(place)) {
+    const auto in_hand = IsInHand(place.Locks(), mailing);
+    if (!in_hand) return in_hand.error();
+    if (*in_hand) continue;
     if (auto taken = TakeRecentOf(database, place, mailing); !taken) return taken;
   }
   return {};

@@ -48,7 +48,7 @@ class RecentLog {
 };
 
 // Takes into the journal, in the transaction that is open, what the mailing's last run told last, where its program is
-// gone. Whoever calls it has the mailing's lock.
+// gone. Nobody else begins one meanwhile.
 Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing);
 // The same for every mailing that has something, and that nobody has in hand.
 Result<void> TakeAllRecentIn(platform::Database& database, const JournalPlace& place);

@@ -1,5 +1,6 @@
 // A program that is killed at any moment: what it had told is known, and who was in flight is named.
 #include <fstream>
+#include <future>
 
 #include "run/journal/each_write.h"
 #include "run/journal/sending.h"
@@ -130,6 +131,30 @@ TEST_F(KillTest, ShowsWhatWasToldToWhoeverLooksMeanwhile) {
   EXPECT_EQ(Found(), "uuu");
   Take(run->End());
   EXPECT_FALSE(fs::exists(root_ / "runs.db-recent-1"));
+}
+
+TEST_F(KillTest, WhoeverLooksAtOnceSeesTheSame) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 300);
+  for (const std::int64_t position : Given(*run, 60)) {
+    run->GoesOut(position);
+    if (position % 2 == 0) run->Settled(position, Sent(position));
+    Take(run->Record());
+  }
+  const std::string states = Found();
+  for (int round = 0; round < 30; ++round) {
+    CopyFiles(root_.path(), root_ / "copy");
+    std::vector<std::future<std::string>> looks;
+    for (int n = 0; n < 8; ++n) {
+      looks.push_back(std::async(std::launch::async, [&] {
+        const auto found = OpenJournal("monday", root_ / "copy");
+        const auto standing = Take(found->List()).front().runs.back().standing;
+        return (standing == RunStanding::kCutOff ? "" : "in hand: ") + States(*found);
+      }));
+    }
+    for (auto& look : looks) EXPECT_EQ(look.get(), states);
+  }
 }
 
 // What stands behind what was told since the last commit, at the very place where more would.
