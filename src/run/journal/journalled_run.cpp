@@ -70,9 +70,9 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
   auto sync = LogSync::Start(place);
   if (!sync) return sync.error();
   started->sync_ = *std::move(sync);
+  started->BeginRecentLog();
   if (auto committed = begun.Commit(); !committed) return committed.error();
   started->Written();
-  started->BeginRecentLog();
   return std::unique_ptr<JournalledRun>(std::move(started));
 }
 
@@ -112,7 +112,7 @@ Result<void> SqliteJournalledRun::Again(std::int64_t position, recipients::Recip
   return ReadRow(position - run_.first, recipient);
 }
 
-// Without one each Record is a commit.
+// Before the run can be seen: where it is missing then, it was lost. Without one each Record is a commit.
 void SqliteJournalledRun::BeginRecentLog() {
   const auto stored = ReadMailing(*database_, run_.mailing);
   if (!stored) return;

@@ -210,16 +210,13 @@ Result<void> ForgetMailing(platform::Database& database, MailingId mailing) {
 Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot) {
   if (last.entry.ended || in_hand) return Doubt::kNobody;
   // Where the system does not tell, the worst is assumed.
-  return last.boot == boot && !boot.empty() ? Doubt::kInFlight : Doubt::kReserved;
+  return last.boot == boot && !boot.empty() ? Doubt::kByKill : Doubt::kByPowerLoss;
 }
 
 ResultState StateIn(Doubt doubt, const char* record) {
   const ResultState state = StateAt(record);
   if (doubt == Doubt::kNobody) return state;
-  if (state == ResultState::kInFlight || (doubt == Doubt::kReserved && IsReservedAt(record))) {
-    return ResultState::kUnknown;
-  }
-  return state;
+  return state == ResultState::kInFlight || IsReservedAt(record) ? ResultState::kUnknown : state;
 }
 
 Result<MailingCounts> CountStates(StateBlocks& blocks, Doubt doubt) {
@@ -237,8 +234,8 @@ Result<MailingCounts> CountStates(StateBlocks& blocks, Doubt doubt) {
 }
 
 const char* ReasonOf(Doubt doubt) {
-  return doubt == Doubt::kReserved ? "The computer stopped before it was kept what became of this message."
-                                   : "The program ended before the server's answer came.";
+  return doubt == Doubt::kByPowerLoss ? "The computer stopped before it was kept what became of this message."
+                                      : "The program ended before the server's answer came.";
 }
 
 }  // namespace quillcast::run

@@ -49,9 +49,9 @@ Result<void> ForgetMailing(platform::Database& database, MailingId mailing);
 
 // Of whom nobody knows whether the message is out, when the program that sent them is gone.
 enum class Doubt {
-  kNobody,    // there was none, or it goes on
-  kInFlight,  // those in flight: what was written is all there
-  kReserved,  // those that were reserved too: the computer lost its power
+  kNobody,       // there was none, or it goes on
+  kByKill,       // those in flight, and who is reserved still: what was told last is gone (run/journal/recent_log)
+  kByPowerLoss,  // those in flight and reserved: what the disk had not is gone
 };
 // What is in doubt of a mailing whose last run this is.
 Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot);

@@ -24,7 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A frame: the octets behind this head, their check number with that of the round, and the round; four octets each.
+// A frame: the octets behind this head, their check number with that of the round, and the round; four octets each. All
+// zeros stand behind the last.
 struct FrameHead {
   std::uint32_t size = 0;
   std::uint32_t check = 0;
@@ -67,23 +68,26 @@ Result<void> WriteAt(int fd, const fs::path& path, std::size_t place, std::strin
   return {};
 }
 
-// The whole frames of the last round, one behind the other.
-std::string TakeFrames(std::string_view octets) {
-  std::string told;
-  std::uint32_t round = 0;
-  while (octets.size() >= kHead) {
+struct Frames {
+  std::string told;       // of the last round, one behind the other
+  bool is_whole = false;  // up to the head of nothing that stands behind each
+};
+
+Frames TakeFrames(std::string_view octets) {
+  Frames frames;
+  for (std::uint32_t round = 0; octets.size() >= kHead;) {
     FrameHead head;
     std::memcpy(&head, octets.data(), kHead);
     octets.remove_prefix(kHead);
-    const bool is_first = round == 0;
-    if (head.size > octets.size() || (!is_first && head.round != round)) break;
+    frames.is_whole = head.size == 0 && head.check == 0 && head.round == 0;
+    if (frames.is_whole || head.size > octets.size() || (round != 0 && head.round != round)) break;
     const std::string_view frame = octets.substr(0, head.size);
     if (CheckOf(frame, head.round) != head.check) break;
     round = head.round;
-    told += frame;
+    frames.told += frame;
     octets.remove_prefix(head.size);
   }
-  return told;
+  return frames;
 }
 
 // What was told, one after the other, into the journal.
@@ -111,6 +115,26 @@ class Taking {
   Result<void> Write() {
     if (auto written = blocks_.Write(); !written) return written;
     return words_.Write();
+  }
+  // What was told is all: who is reserved and not in flight did not go out.
+  Result<void> LetGoOfReserved() {
+    std::vector<std::int64_t> reserved;
+    const auto look = [&](std::int64_t block, std::string_view octets) -> Result<bool> {
+      for (std::size_t at = 0; at < octets.size(); at += kRecordSize) {
+        if (!IsReservedAt(octets.data() + at) || StateAt(octets.data() + at) == ResultState::kInFlight) continue;
+        reserved.push_back(block * kBlockSize + static_cast<std::int64_t>(at / kRecordSize));
+      }
+      return true;
+    };
+    if (auto walked = blocks_.Walk(0, look); !walked) return walked;
+    for (const std::int64_t index : reserved) {
+      const auto octets = blocks_.Look(index);
+      if (!octets) return octets.error();
+      StateRecord record = ReadRecord(*octets);
+      record.reserved = false;
+      if (auto changed = blocks_.Change(index, record); !changed) return changed;
+    }
+    return blocks_.Write();
   }
 
  private:
@@ -154,10 +178,10 @@ std::vector<MailingId> MailingsWithRecent(const JournalPlace& place) {
 // Not under the mailing's lock, by which others would take its run for one that goes on, but under that of the file as
 // a whole: until it is removed, no run begins another one in its place.
 Result<void> TakeRecentOf(platform::Database& database, const JournalPlace& place, MailingId mailing) {
-  const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);
-  if (!lock) return lock.error();
   auto transaction = platform::Transaction::Begin(database);
   if (!transaction) return transaction.error();
+  const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);  // as whoever begins one: in this order
+  if (!lock) return lock.error();
   // Whoever takes it up from now on waits for the end of this transaction.
   const auto in_hand = IsInHand(place.Locks(), mailing);
   if (!in_hand || *in_hand) return in_hand ? Result<void>() : in_hand.error();
@@ -182,7 +206,8 @@ Result<std::unique_ptr<RecentLog>> RecentLog::Begin(const JournalPlace& place, c
   platform::UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!fd) return platform::SystemError("create", path, errno);
   const std::string owner = OwnerOf(run);
-  if (auto written = WriteAt(fd.get(), path, 0, owner); !written) return written.error();
+  const std::string begin = owner + std::string(kHead, '\0');
+  if (auto written = WriteAt(fd.get(), path, 0, begin); !written) return written.error();
   std::unique_ptr<RecentLog> log(new RecentLog(std::move(fd), path, owner.size()));
   log->frame_.assign(kHead, '\0');
   return log;
@@ -203,19 +228,22 @@ void RecentLog::Said(std::uint32_t number, const ResultWords& words) {
 }
 
 Result<void> RecentLog::Append() {
-  if (frame_.size() == kHead) return {};
+  const std::size_t size = frame_.size();
+  if (size == kHead) return {};
   const auto told = std::string_view(frame_).substr(kHead);
   const FrameHead head{static_cast<std::uint32_t>(told.size()), CheckOf(told, round_), round_};
   std::memcpy(frame_.data(), &head, kHead);
+  frame_.append(kHead, '\0');
   auto written = WriteAt(fd_.get(), path_, end_, frame_);
-  is_whole_ = is_whole_ && written;
-  if (written) end_ += frame_.size();
-  frame_.resize(kHead);
+  if (written) end_ += size;
+  frame_.resize(written ? kHead : size);  // the next time, with what is told until then
   return written;
 }
 
 void RecentLog::BeginAnew() {
-  if (!is_whole_) is_whole_ = ::ftruncate(fd_.get(), static_cast<off_t>(begin_)) == 0;
+  const bool is_all_there = frame_.size() == kHead;
+  if (!is_all_there) IgnoreErrors(::ftruncate(fd_.get(), static_cast<off_t>(begin_)));
+  frame_.resize(kHead);
   end_ = begin_;
   ++round_;
 }
@@ -228,19 +256,20 @@ Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& plac
   const fs::path path = FileOf(place, mailing.entry.id);
   if (!fs::is_regular_file(fs::symlink_status(path, IgnoreErrors()))) return {};
   const auto octets = platform::ReadFile(path, kMostOctets);
-  if (!octets) return octets.error();
+  if (!octets) return {};  // as where it is not there
   const std::string owner = OwnerOf(run);
   if (!octets->starts_with(owner)) return {};
-  const std::string frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
+  const Frames frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
   auto taking = Taking::Into(database, mailing);
   if (!taking) return taking.error();
-  std::string_view told = frames;
+  std::string_view told = frames.told;
   for (bool more = !told.empty(); more;) {
     const auto next = taking->Next(told);
     if (!next) return next.error();
     more = *next;
   }
-  return taking->Write();
+  if (auto written = taking->Write(); !written || !frames.is_whole || !told.empty()) return written;
+  return taking->LetGoOfReserved();
 }
 
 Result<void> TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {

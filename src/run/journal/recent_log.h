@@ -27,7 +27,7 @@ class RecentLog {
   // that have them.
   void Changed(std::int64_t index, const StateRecord& record);
   void Said(std::uint32_t number, const ResultWords& words);
-  // As one: all of it is there after a kill, or nothing.
+  // As one: all of it is there after a kill, or nothing. What could not be written is so the next time.
   Result<void> Append();
   // All of it is committed. Up to the next Append, whoever takes what stands there changes nothing by it.
   void BeginAnew();
@@ -43,10 +43,11 @@ class RecentLog {
   std::size_t begin_;  // of what is told, behind what says whose it is
   std::size_t end_;
   std::uint32_t round_ = 1;  // how often it was begun anew
-  bool is_whole_ = true;     // nothing is missing since then
   std::string frame_;        // what Append writes
 };
 
+// Where it is missing or damaged, whoever was reserved may be out, and stays in doubt.
+//
 // Takes into the journal, in the transaction that is open, what the mailing's last run told last, where its program is
 // gone. Nobody else begins one meanwhile.
 Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing);

@@ -224,12 +224,12 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailin
   // First: nothing that is read afterwards changes under us, and nobody who has it is mistaken for gone.
   auto lock = MailingLock::Take(place_.Locks(), mailing);
   if (!lock) return lock.error();
+  if (auto taken = TakeWhatWasToldLast(mailing); !taken) return taken.error();
   auto beginning = Beginning::On(place_);
   if (!beginning) return beginning.error();
   platform::Database& database = *beginning->database;
   const auto stored = ReadMailing(database, mailing);
   if (!stored) return stored.error();
-  if (auto taken = TakeRecentIn(database, place_, *stored); !taken) return taken.error();
   BegunRun run;
   run.mailing = mailing;
   if (stored->runs.size() >= std::numeric_limits<std::uint16_t>::max()) {
@@ -254,6 +254,16 @@ Result<std::unique_ptr<JournalledRun>> SqliteRunJournal::TakeUp(MailingId mailin
   run.id = *run_id;
   return SqliteJournalledRun::Start(place_, std::move(beginning->database), std::move(beginning->transaction),
                                     *std::move(lock), run);
+}
+
+// By itself: what the new run tells takes its place, even where that run does not come about.
+Result<void> SqliteRunJournal::TakeWhatWasToldLast(MailingId mailing) {
+  auto transaction = platform::Transaction::Begin(database_);
+  if (!transaction) return transaction.error();
+  const auto stored = ReadMailing(database_, mailing);
+  if (!stored) return stored.error();
+  if (auto taken = TakeRecentIn(database_, place_, *stored); !taken) return taken;
+  return transaction->Commit();
 }
 
 Result<KeptFile> SqliteRunJournal::Keep(std::string name, int fd) {

@@ -40,6 +40,7 @@ class SqliteRunJournal final : public RunJournal {
                                                 const std::optional<recipients::PartialRange>& range, NewRun begins);
   Result<std::unique_ptr<JournalledRun>> TakeUp(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                                 NewRun begins);
+  Result<void> TakeWhatWasToldLast(MailingId mailing);
 
   JournalPlace place_;
   platform::Database database_;
