@@ -336,9 +336,10 @@ TEST_F(JournalTest, SaysWhyItIsUnknownWhatBecameOfSomebody) {
   run.reset();
   constexpr const char* kDied = "The program ended before the server's answer came.";
   constexpr const char* kPower = "The computer stopped before it was kept what became of this message.";
+  CopyFiles(root_.path(), root_ / "copy");
   EXPECT_EQ(RowAt(*journal, 2).reason, kDied);
   EXPECT_EQ(RowAt(*journal, 1).reason, "");
-  const auto later = OpenJournal("tuesday");
+  const auto later = OpenJournal("tuesday", root_ / "copy");
   EXPECT_EQ(RowAt(*later, 2).reason, kPower);
   EXPECT_EQ(RowAt(*later, 1).reason, kPower) << "it was reserved";
   run = Take(journal->GoOn(1, RunKind::kResume, kLeft, {"second"}));
