@@ -33,6 +33,11 @@ constexpr std::array<std::string_view, 13> kTooFast = {
 constexpr std::array<std::string_view, 6> kGreylists = {"greylist",  "graylist",  "grey list",
                                                         "gray list", "grey-list", "gray-list"};
 
+// Not a mere "closing connection".
+constexpr std::array<std::string_view, 8> kOfOneConnection = {"this connection", "per connection", "one connection",
+                                                              "a connection",    "this session",   "per session",
+                                                              "one session",     "a session"};
+
 std::string RateText(double a_minute) {
   if (a_minute >= 10) return platform::WithThousands(std::llround(a_minute));
   return fmt::format("{:.1f}", a_minute);
@@ -85,8 +90,8 @@ std::optional<Sentence> SlowDown::Decided(const smtp::Outcome& outcome) {
 
 std::optional<Sentence> SlowDown::CameBack(const smtp::Outcome& why) {
   const std::string text = platform::AsciiLower(why.reply.text);
-  const bool of_connection = text.find("connection") != std::string::npos || text.find("session") != std::string::npos;
-  return of_connection ? std::nullopt : Decided(why);
+  const auto says = [&](std::string_view words) { return text.find(words) != std::string::npos; };
+  return std::ranges::any_of(kOfOneConnection, says) ? std::nullopt : Decided(why);
 }
 
 std::optional<Sentence> SlowDown::GoFaster() {

@@ -53,11 +53,14 @@ TEST(SlowDown, HearsWhoAsksForFewerMessages) {
 
 // Where a message goes over another connection, that is the remedy for what is said of the one before.
 TEST(SlowDown, TellsALimitOfTheConnectionFromOneOfThePace) {
-  const test::FakeClock clock;
+  test::FakeClock clock;
   SlowDown slow_down(clock);
+  slow_down.WentOut();
   EXPECT_FALSE(slow_down.CameBack(Answer(421, "4.7.0", "Too many messages over this Connection")));
   EXPECT_FALSE(slow_down.CameBack(Answer(452, "4.5.3", "too many messages in a session")));
   EXPECT_FALSE(slow_down.CameBack(Answer(451, "4.3.0", "lookup failed")));
+  EXPECT_TRUE(slow_down.CameBack(Answer(421, "4.7.0", "Rate limit exceeded, closing connection")));
+  clock.monotonic += 20s;
   EXPECT_TRUE(slow_down.CameBack(Answer(451, "4.7.1", "too many messages, slow down")));
 }
 

@@ -59,7 +59,7 @@ Result<std::map<MailingId, Seen>> SeeWhoGoesOn(platform::Database& database, con
     if (!in_hand) return in_hand.error();
     what.in_hand = *in_hand;
   }
-  if (auto taken = TakeAllRecentIn(database, place); !taken) return taken.error();
+  TakeAllRecentIn(database, place);
   return seen;
 }
 

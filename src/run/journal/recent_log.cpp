@@ -252,11 +252,13 @@ void RecentLog::Remove() { fs::remove(path_, IgnoreErrors()); }
 
 Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing) {
   const StoredRun& run = mailing.runs.back();
-  if (run.entry.ended || run.boot != place.boot) return {};
+  if (run.entry.ended || run.boot != place.boot || run.boot.empty()) return {};
   const fs::path path = FileOf(place, mailing.entry.id);
   if (!fs::is_regular_file(fs::symlink_status(path, IgnoreErrors()))) return {};
   const auto octets = platform::ReadFile(path, kMostOctets);
-  if (!octets) return {};  // as where it is not there
+  const bool is_none =
+      !octets && (octets.error().failure == Failure::kNoInput || octets.error().failure == Failure::kBadData);
+  if (!octets) return is_none ? Result<void>() : Result<void>(octets.error());
   const std::string owner = OwnerOf(run);
   if (!octets->starts_with(owner)) return {};
   const Frames frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
@@ -272,14 +274,11 @@ Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& plac
   return taking->LetGoOfReserved();
 }
 
-Result<void> TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
+void TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
   for (const MailingId mailing : MailingsWithRecent(place)) {
     const auto in_hand = IsInHand(place.Locks(), mailing);
-    if (!in_hand) return in_hand.error();
-    if (*in_hand) continue;
-    if (auto taken = TakeRecentOf(database, place, mailing); !taken) return taken;
+    if (in_hand && !*in_hand) IgnoreErrors(TakeRecentOf(database, place, mailing));
   }
-  return {};
 }
 
 }  // namespace quillcast::run

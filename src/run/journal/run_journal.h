@@ -23,8 +23,8 @@
 
 namespace quillcast::run {
 
-// After a loss of power so many recipients, and who was in flight beside them, may be in doubt that nothing else is
-// known of: they are unknown then.
+// After a loss of power, or of what a run told last, so many recipients, and who was in flight beside them, may be in
+// doubt that nothing else is known of: they are unknown then.
 inline constexpr std::int64_t kDoubtful = 256;
 
 using MailingId = std::int64_t;

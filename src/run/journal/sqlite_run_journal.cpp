@@ -281,7 +281,7 @@ Result<platform::UniqueFd> SqliteRunJournal::Open(const KeptFile& file) {
 }
 
 Result<void> SqliteRunJournal::Forget(MailingId mailing) {
-  if (auto taken = TakeAllRecentIn(database_, place_); !taken) return taken;
+  TakeAllRecentIn(database_, place_);
   const auto lock = MailingLock::Take(place_.Locks(), mailing);
   if (!lock) return lock.error();
   {

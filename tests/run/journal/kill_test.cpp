@@ -182,6 +182,22 @@ TEST_F(KillTest, TakesNothingOfBeforeTheLastCommit) {
   EXPECT_EQ(Found(), "u-u");
 }
 
+TEST_F(KillTest, OneMailingThatIsDamagedStopsNoOther) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 3);
+  run->GoesOut(Given(*run, 1).front());
+  Take(run->Record());
+  run.reset();
+  Take(BeginWith(*journal, 2)->End());
+  Take(Take(platform::Database::Open(Place().file, platform::OpenMode::kCreate))
+           .Execute(("DELETE FROM states WHERE id < " + std::to_string(BlockKey(2, 0))).c_str()));
+  EXPECT_FALSE(journal->Count(1, kAll));
+  EXPECT_EQ(Take(journal->Count(2, kAll)), 2);
+  Take(journal->Forget(2));
+  EXPECT_TRUE(fs::exists(root_ / "runs.db-recent-1")) << "it is none the less what was told last";
+}
+
 TEST_F(KillTest, CommitsAtOnceWhereNothingElseCanBeWritten) {
   between_commits_ = kSeldom;
   const auto journal = OpenJournal();
