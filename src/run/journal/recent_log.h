@@ -47,8 +47,8 @@ class RecentLog {
 };
 
 // Takes into the journal, in the transaction that is open, what the mailing's last run told last, where its program is
-// gone. It is for the caller that
-// nobody else begins one meanwhile. Where it is missing or damaged, whoever was reserved stays in doubt.
+// gone. The caller sees to it that nobody begins another one meanwhile. Where it is missing or damaged, whoever was
+// reserved stays in doubt.
 Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing);
 // The same for every mailing that has something, and that nobody has in hand. Where that fails the file stays for the
 // next time, its mailing's reserved are in doubt until then, and no other mailing suffers.
