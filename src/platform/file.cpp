@@ -52,6 +52,8 @@ std::string RemedyOf(int error_number, std::string_view doing) {
       return "Check the name and the folder.";
     case EISDIR:
       return "Name a file in that folder.";
+    case EEXIST:
+      return "Move away what has that name, and try again.";
     default:
       return {};
   }

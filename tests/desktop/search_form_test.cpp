@@ -1,5 +1,4 @@
 // The dialog of the search: who is found, while one types too, and what is done with those that were found.
-#include <sys/resource.h>
 
 #include <QClipboard>
 #include <QDir>
@@ -11,7 +10,6 @@
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <csignal>
 #include <memory>
 
 #include "desktop/form_rig.h"
@@ -23,6 +21,7 @@
 #include "desktop/widgets/row_list.h"
 #include "desktop/widgets/status_line.h"
 #include "recipients/store_connection.h"
+#include "support/room_on_disk.h"
 
 namespace quillcast::desktop {
 
@@ -392,13 +391,9 @@ class SearchFormTest : public QObject {
     const QString nowhere = print("/nowhere/list.pdf");
     QVERIFY2(nowhere.startsWith("failed: Cannot create /nowhere/list.pdf"), qPrintable(nowhere));
     const std::string whole = test::ReadAll(file);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    ::getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small{8192, before.rlim_max};  // the disk is full under way
-    ::setrlimit(RLIMIT_FSIZE, &small);
+    std::optional<test::RoomOnDisk> full_under_way(8192);
     const QString told = print(PathToQt(file));
-    ::setrlimit(RLIMIT_FSIZE, &before);
+    full_under_way.reset();
     QVERIFY2(told.startsWith("failed: Cannot write " + PathToQt(file)), qPrintable(told));
     std::filesystem::permissions(file, std::filesystem::perms(0400));
     scene.rig.Shown();

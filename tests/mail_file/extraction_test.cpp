@@ -2,11 +2,9 @@
 #include "mail_file/extraction.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <csignal>
-
+#include "support/room_on_disk.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::mail_file {
@@ -169,16 +167,10 @@ TEST(Extraction, LeavesNothingHalfOnAFullDisk) {
   scene.place.Write("letter.eml", letter);
   scene.request.parts_folder = scene.In("parts/made/for it");
   scene.request.body_file = scene.In("body");
-  const rlimit before = [] {
-    rlimit limit{};
-    ::getrlimit(RLIMIT_FSIZE, &limit);
-    return limit;
+  const auto outcome = [&] {
+    const test::RoomOnDisk small(4);
+    return scene.Extract();
   }();
-  ::signal(SIGXFSZ, SIG_IGN);
-  const rlimit small{4, before.rlim_max};
-  ::setrlimit(RLIMIT_FSIZE, &small);
-  const auto outcome = scene.Extract();
-  ::setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_EQ(outcome.parts, (std::vector<std::string>{"a.bin", "Part 3.png"}));
   EXPECT_EQ(outcome.failed, 32U);
   const auto told = ExtractionTroubles(outcome, {});

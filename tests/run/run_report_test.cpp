@@ -2,11 +2,9 @@
 #include "run/run_report.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "run/sending_run.h"
+#include "support/room_on_disk.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::run {
@@ -117,14 +115,10 @@ TEST(RunReport, RemembersThatItCouldNotBeWritten) {
   std::vector<std::string> shown;
   RunReport report = ReportInto(folder / "r.txt", shown);
   report.Sent();
-  const auto before = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit limit{};
-  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
-  const rlimit nothing{0, limit.rlim_max};
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &nothing), 0);
-  report.Flush();
-  ::setrlimit(RLIMIT_FSIZE, &limit);
-  std::signal(SIGXFSZ, before);
+  {
+    const test::RoomOnDisk none(0);
+    report.Flush();
+  }
   ASSERT_TRUE(report.trouble());
   EXPECT_EQ(report.trouble()->failure, Failure::kIo);
   EXPECT_NE(report.trouble()->what.InEnglish().find("r.txt"), std::string::npos);

@@ -3,14 +3,13 @@
 #include "run/sending_run.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
-#include <csignal>
 #include <set>
 
 #include "run/fake_sending.h"
 #include "support/fake_clock.h"
+#include "support/room_on_disk.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::run {
@@ -65,7 +64,7 @@ class SendingRun : public ::testing::Test {
     };
     const RunParts parts{template_, counted, setting.range, begin, rows, carrier, cancel, clock_};
     {
-      const Room room(setting.room);
+      const test::RoomOnDisk room(setting.room);
       summary_ = SendLetters(parts, std::move(*entry), told_);
     }
     carried_ = carrier.carried;
@@ -122,26 +121,6 @@ class SendingRun : public ::testing::Test {
       EXPECT_TRUE(state == ResultState::kNotTried || told_.states.contains(position)) << "#" << position;
     }
   }
-
-  // A disk on which a file may grow to so many octets.
-  class Room {
-   public:
-    explicit Room(std::optional<rlim_t> octets) : before_(std::signal(SIGXFSZ, SIG_IGN)) {
-      ::getrlimit(RLIMIT_FSIZE, &limit_);
-      const rlimit smaller{octets.value_or(limit_.rlim_cur), limit_.rlim_max};
-      ::setrlimit(RLIMIT_FSIZE, &smaller);
-    }
-    Room(const Room&) = delete;
-    Room& operator=(const Room&) = delete;
-    ~Room() {
-      ::setrlimit(RLIMIT_FSIZE, &limit_);
-      std::signal(SIGXFSZ, before_);
-    }
-
-   private:
-    void (*before_)(int);
-    rlimit limit_{};
-  };
 
   test::TemporaryFolder folder_;
   test::FakeClock clock_;

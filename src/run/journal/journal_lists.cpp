@@ -38,6 +38,15 @@ struct Seen {
   bool in_hand = false;
 };
 
+Result<void> AskWhoIsInHand(std::map<MailingId, Seen>& seen, const JournalPlace& place) {
+  for (auto& [mailing, what] : seen) {
+    const auto in_hand = IsInHand(place.Locks(), mailing);
+    if (!in_hand) return in_hand.error();
+    what.in_hand |= *in_hand;
+  }
+  return {};
+}
+
 // A run has its lock from before it can be seen until after its end can be. So who is asked for first, and read then,
 // is known: the one that was seen before and whose lock was free has ended by the time it is read, or its program is
 // gone; one that was not seen before has only just begun.
@@ -54,12 +63,10 @@ Result<std::map<MailingId, Seen>> SeeWhoGoesOn(platform::Database& database, con
     if (!*row) break;
     seen[open->Int(0)].last = open->Int(1);
   }
-  for (auto& [mailing, what] : seen) {
-    const auto in_hand = IsInHand(place.Locks(), mailing);
-    if (!in_hand) return in_hand.error();
-    what.in_hand = *in_hand;
-  }
+  if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
   TakeAllRecentIn(database, place);
+  // Of a mailing that was taken up meanwhile, nothing was taken in.
+  if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
   return seen;
 }
 
@@ -123,7 +130,7 @@ class RowReader {
     if (row_.state != record.state) {
       row_.code = 1;
       row_.reply = {};
-      row_.reason = ReasonOf(doubt_);
+      row_.reason = ReasonOf(doubt_, record.state);
     } else if (record.words != 0) {
       if (auto read = ReadWords(record.words); !read) return read.error();
     }

@@ -65,12 +65,12 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
   std::unique_ptr<SqliteJournalledRun> started(new SqliteJournalledRun(place, std::move(parts), std::move(lock), run));
   platform::Transaction begun = std::move(transaction);  // goes back, where it does, before its connection ends
   started->database_->ForgetCancel();  // who cancels the sending still wants to know what became of it
+  if (auto log = started->BeginRecentLog(); !log) return log.error();
   if (auto reserved = started->ReserveBatch(); !reserved) return reserved.error();
   if (auto written = started->Write(); !written) return written.error();
   auto sync = LogSync::Start(place);
   if (!sync) return sync.error();
   started->sync_ = *std::move(sync);
-  started->BeginRecentLog();
   if (auto committed = begun.Commit(); !committed) return committed.error();
   started->Written();
   return std::unique_ptr<JournalledRun>(std::move(started));
@@ -112,15 +112,18 @@ Result<void> SqliteJournalledRun::Again(std::int64_t position, recipients::Recip
   return ReadRow(position - run_.first, recipient);
 }
 
-// Before the run can be seen: where it is missing then, it was lost. Without one each Record is a commit.
-void SqliteJournalledRun::BeginRecentLog() {
+// Before the run can be seen: where it is missing then, it was lost.
+Result<void> SqliteJournalledRun::BeginRecentLog() {
   const auto stored = ReadMailing(*database_, run_.mailing);
-  if (!stored) return;
-  if (auto log = RecentLog::Begin(place_, stored->runs.back())) recent_ = *std::move(log);
+  if (!stored) return stored.error();
+  auto log = RecentLog::Begin(place_, stored->runs.back());
+  if (!log) return log.error();
+  recent_ = *std::move(log);
+  return {};
 }
 
 Result<void> SqliteJournalledRun::Change(std::int64_t index, const StateRecord& record) {
-  if (recent_ != nullptr) recent_->Changed(index, record);
+  recent_->Changed(index, record);
   return blocks_.Change(index, record);
 }
 
@@ -234,7 +237,7 @@ StateRecord SqliteJournalledRun::Verdict(const StateRecord& before, const smtp::
   const ResultWords words{{Cut(outcome.reply.enhanced), Cut(outcome.reply.text), Cut(outcome.reason)}};
   const std::int64_t next = words_.next();
   record.words = words_.Add(words);
-  if (recent_ != nullptr && words_.next() != next) recent_->Said(record.words, words);
+  if (words_.next() != next) recent_->Said(record.words, words);
   return record;
 }
 

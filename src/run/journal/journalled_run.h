@@ -82,7 +82,7 @@ class SqliteJournalledRun final : public JournalledRun {
   Result<void> TryTriedAgain(std::int64_t index, int tries);
   StateRecord Verdict(const StateRecord& before, const smtp::Outcome& outcome);
   Result<void> Change(std::int64_t index, const StateRecord& record);
-  void BeginRecentLog();
+  Result<void> BeginRecentLog();
   // Keeps the first failure.
   void Note(const Result<void>& done);
   // The commit that has to be durable before the message of somebody who is reserved goes out.
@@ -124,7 +124,7 @@ class SqliteJournalledRun final : public JournalledRun {
   int log_pages_ = 0;
   int long_log_ = 0;  // as many are too many
   std::unique_ptr<LogSync> sync_;
-  std::unique_ptr<RecentLog> recent_;  // nothing where it could not be made
+  std::unique_ptr<RecentLog> recent_;
   std::optional<Error> failed_;
 };
 

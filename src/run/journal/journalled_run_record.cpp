@@ -18,7 +18,7 @@ void SqliteJournalledRun::Written() {
     sync_->Ask(commits_);
   }
   committed_ = place_.clock->Monotonic();
-  if (recent_ != nullptr) recent_->BeginAnew();
+  recent_->BeginAnew();
   if (log_pages_ < place_.long_log) long_log_ = place_.long_log;  // it was begun anew
   if (log_pages_ >= long_log_) {
     long_log_ = log_pages_ + place_.long_log;
@@ -38,14 +38,14 @@ Result<void> SqliteJournalledRun::Commit() {
 // A kill loses neither what is in the recent log nor what is committed. Where the one cannot be written, the other may.
 Result<void> SqliteJournalledRun::Keep() {
   if (!blocks_.IsChanged()) return {};
-  const bool is_told = recent_ != nullptr && recent_->Append();
+  const auto told = recent_->Append();
   const bool is_due = to_be_durable_ > commits_ || place_.clock->Monotonic() - committed_ >= place_.between_commits;
-  return is_told && !is_due ? Result<void>() : Commit();
+  return told && !is_due ? Result<void>() : Commit();
 }
 
 void SqliteJournalledRun::Show() {
   if (failed_ || !blocks_.IsChanged()) return;
-  if (recent_ != nullptr) IgnoreErrors(recent_->Append());
+  IgnoreErrors(recent_->Append());
   IgnoreErrors(Commit());  // the next Record or End tries it again
 }
 
@@ -79,7 +79,7 @@ Result<void> SqliteJournalledRun::End() {
   if (auto committed = transaction->Commit(); !committed) return committed;
   to_be_durable_ = commits_ + 1;
   Written();
-  if (recent_ != nullptr) recent_->Remove();
+  recent_->Remove();
   const bool is_there = FileAtPlace::Of(place_) == file_;
   if (is_there) sync_->Shorten();  // which would make a new one
   lock_.reset();

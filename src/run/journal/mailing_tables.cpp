@@ -233,9 +233,10 @@ Result<MailingCounts> CountStates(StateBlocks& blocks, Doubt doubt) {
   return counts;
 }
 
-const char* ReasonOf(Doubt doubt) {
-  return doubt == Doubt::kByPowerLoss ? "The computer stopped before it was kept what became of this message."
-                                      : "The program ended before the server's answer came.";
+const char* ReasonOf(Doubt doubt, ResultState state) {
+  if (doubt == Doubt::kByPowerLoss) return "The computer stopped before it was kept what became of this message.";
+  return state == ResultState::kInFlight ? "The program ended before the server's answer came."
+                                         : "What the program last kept of this message is lost.";
 }
 
 }  // namespace quillcast::run

@@ -58,7 +58,7 @@ Doubt DoubtOf(const StoredRun& last, bool in_hand, const std::string& boot);
 // As whom a recipient counts then.
 ResultState StateIn(Doubt doubt, const char* record);
 Result<MailingCounts> CountStates(StateBlocks& blocks, Doubt doubt);
-// Why, as a whole sentence.
-const char* ReasonOf(Doubt doubt);
+// Why one of this state is in doubt, as a whole sentence.
+const char* ReasonOf(Doubt doubt, ResultState state);
 
 }  // namespace quillcast::run

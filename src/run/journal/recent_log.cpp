@@ -25,7 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // A frame: the octets behind this head, their check number with that of the round, and the round; four octets each. All
-// zeros stand behind the last.
+// zeros stand behind the last, nothing where none was ever written.
 struct FrameHead {
   std::uint32_t size = 0;
   std::uint32_t check = 0;
@@ -70,11 +70,11 @@ Result<void> WriteAt(int fd, const fs::path& path, std::size_t place, std::strin
 
 struct Frames {
   std::string told;       // of the last round, one behind the other
-  bool is_whole = false;  // up to the head of nothing that stands behind each
+  bool is_whole = false;  // up to the head of nothing that stands behind each, or there is none
 };
 
 Frames TakeFrames(std::string_view octets) {
-  Frames frames;
+  Frames frames{{}, octets.empty()};
   for (std::uint32_t round = 0; octets.size() >= kHead;) {
     FrameHead head;
     std::memcpy(&head, octets.data(), kHead);
@@ -206,8 +206,7 @@ Result<std::unique_ptr<RecentLog>> RecentLog::Begin(const JournalPlace& place, c
   platform::UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!fd) return platform::SystemError("create", path, errno);
   const std::string owner = OwnerOf(run);
-  const std::string begin = owner + std::string(kHead, '\0');
-  if (auto written = WriteAt(fd.get(), path, 0, begin); !written) return written.error();
+  if (auto written = WriteAt(fd.get(), path, 0, owner); !written) return written.error();
   std::unique_ptr<RecentLog> log(new RecentLog(std::move(fd), path, owner.size()));
   log->frame_.assign(kHead, '\0');
   return log;

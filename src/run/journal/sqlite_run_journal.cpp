@@ -122,7 +122,8 @@ Result<std::int64_t> SettleDoubts(platform::Database& database, const StoredMail
     StateRecord record = ReadRecord(*octets);
     const ResultState state = StateIn(doubt, *octets);
     if (state == ResultState::kUnknown && record.state != state) {
-      record = {state, false, record.attempts, record.run, record.when, 1, 0, words->Add({{"", "", ReasonOf(doubt)}})};
+      const std::uint32_t why = words->Add({{"", "", ReasonOf(doubt, record.state)}});
+      record = {state, false, record.attempts, record.run, record.when, 1, 0, why};
     }
     record.reserved = false;
     if (auto changed = blocks->Change(index, record); !changed) return changed.error();

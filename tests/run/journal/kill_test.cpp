@@ -4,6 +4,7 @@
 
 #include "run/journal/each_write.h"
 #include "run/journal/sending.h"
+#include "support/room_on_disk.h"
 
 namespace quillcast::run {
 namespace {
@@ -78,7 +79,7 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
   const fs::path recent = root_ / "runs.db-recent-1";
   std::vector<std::string> told = {std::string(40, '-')};
   constexpr std::uintmax_t kNothingBehind = 12;  // octets that say so
-  std::vector<std::uintmax_t> ends = {fs::file_size(recent) - kNothingBehind};
+  std::vector<std::uintmax_t> ends = {fs::file_size(recent)};
   std::string states = told[0];
   for (const std::int64_t position : Given(*run, 20)) {
     run->GoesOut(position);
@@ -110,11 +111,14 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
     EXPECT_EQ(found_with(damaged), in_doubt(told[record - 1]));
   }
   EXPECT_EQ(found_with(octets.substr(0, ends[0]) + std::string(kNothingBehind, '\0')), told[0]);
+  EXPECT_EQ(found_with(octets.substr(0, ends[0])), told[0]) << "as it was begun";
   EXPECT_EQ(found_with("quillcast" + octets), in_doubt(told[0])) << "of another run";
   EXPECT_EQ(found_with(""), in_doubt(told[0]));
   std::string large = octets;
   large.resize(65 << 20);
   EXPECT_EQ(found_with(large), in_doubt(told[0])) << "nobody's";
+  EXPECT_EQ(RowAt(*OpenJournal("monday", root_ / "torn"), 1).reason,
+            "What the program last kept of this message is lost.");
   EXPECT_EQ(Found(), told.back());
   EXPECT_EQ(RowAt(*OpenJournal("monday", root_ / "copy"), 1).reply.text, Sent(1).reply.text);
 }
@@ -198,17 +202,37 @@ TEST_F(KillTest, OneMailingThatIsDamagedStopsNoOther) {
   EXPECT_TRUE(fs::exists(root_ / "runs.db-recent-1")) << "it is none the less what was told last";
 }
 
-TEST_F(KillTest, CommitsAtOnceWhereNothingElseCanBeWritten) {
+TEST_F(KillTest, NothingBeginsWhereWhatIsToldCouldBeLost) {
+  const auto journal = OpenJournal();
+  const fs::path recent = root_ / "runs.db-recent-1";
+  fs::create_directories(recent / "in the way");
+  test::FakeRows rows(2);
+  const auto run = journal->Begin({"Subject", "Group", "inputs", {}}, rows, {}, {"base"});
+  ASSERT_FALSE(run);
+  EXPECT_EQ(Describe(run.error()),
+            "Cannot create " + recent.string() + ": File exists.\nMove away what has that name, and try again.");
+  EXPECT_TRUE(Take(journal->List()).empty());
+  fs::remove_all(recent);
+  EXPECT_EQ(BeginWith(*journal, 2)->size(), 2);
+}
+
+// What was told is longer than what is committed.
+TEST_F(KillTest, CommitsAtOnceWhatCannotBeToldOtherwise) {
   between_commits_ = kSeldom;
   const auto journal = OpenJournal();
-  fs::create_directories(root_ / "runs.db-recent-1" / "in the way");
-  auto run = BeginWith(*journal, 2);
-  Given(*run);
-  for (const auto& [position, states] : {std::pair{1, "o-"}, {2, "oo"}}) {
-    run->GoesOut(position);
+  auto run = BeginWith(*journal, 3);
+  const fs::path recent = root_ / "runs.db-recent-1";
+  for (int tries = 0; fs::file_size(recent) < 2 * fs::file_size(root_ / "runs.db-wal"); ++tries) {
+    run->IsTriedAgain(3, tries % 2);
     Take(run->Record());
-    EXPECT_EQ(States(*journal), states);
   }
+  run->GoesOut(Given(*run, 1).front());
+  {
+    const test::RoomOnDisk full(fs::file_size(recent));
+    Take(run->Record());
+  }
+  EXPECT_EQ(States(*journal), "o--");
+  EXPECT_EQ(Found(), "u--");
 }
 
 // Killed again and again, by death or by loss of power, until nobody is left: nobody has got it twice, and everybody

@@ -1,15 +1,14 @@
 // The file of what went out, in the hands of others: damaged, removed, full, grown old.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <csignal>
 #include <fstream>
 #include <functional>
 
 #include "run/pace/turns.h"
 #include "run/pace/zoned_clock.h"
+#include "support/room_on_disk.h"
 #include "support/temporary_folder.h"
 
 namespace quillcast::run {
@@ -98,13 +97,10 @@ TEST_F(DepartureFile, LossAndDamageAreToldOnceAndStopNoRun) {
 TEST_F(DepartureFile, AFullDiskLeavesThePaceToTheRun) {
   Turns turns = Program(kFourAnHour);
   EXPECT_EQ(SendWhatMay(turns, 1), 1);
-  std::signal(SIGXFSZ, SIG_IGN);
-  struct rlimit before {};
-  ::getrlimit(RLIMIT_FSIZE, &before);
-  const struct rlimit full { 3 * kEntry + 5, before.rlim_max };
-  ::setrlimit(RLIMIT_FSIZE, &full);
-  EXPECT_EQ(SendWhatMay(turns), 3);
-  ::setrlimit(RLIMIT_FSIZE, &before);
+  {
+    const test::RoomOnDisk full(3 * kEntry + 5);
+    EXPECT_EQ(SendWhatMay(turns), 3);
+  }
   EXPECT_EQ(told_.size(), 1U);
   Turns next = Program(kFourAnHour);  // what was written of the second entry is none
   EXPECT_EQ(SendWhatMay(next), 3);
