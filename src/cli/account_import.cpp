@@ -115,8 +115,7 @@ int RunAccountImport(Context& context, const AccountImportOptions& options) {
 
 void AddAccountImport(CLI::App& account, Context& context) {
   auto* command = account.add_subcommand(
-      "import",
-      "ListAccounts the accounts of Thunderbird, Evolution and Claws Mail, or take one over; never a password");
+      "import", "List the accounts of Thunderbird, Evolution and Claws Mail, or take one over; never a password");
   auto options = std::make_shared<AccountImportOptions>();
   command->add_option("ACCOUNT", options->account, "Its number in the list, or its name; without it the list is shown")
       ->check(NamesSomething);

@@ -120,7 +120,7 @@ void AddRecipientCommand(CLI::App& app, Context& context) {
   list.footer("Example: quillcast --json recipient list --group Readers --fields");
   OnGroup(list, context, options, ListRecipients);
 
-  CLI::App& add = *recipient.add_subcommand("add", "AddRecipient one recipient");
+  CLI::App& add = *recipient.add_subcommand("add", "Add one recipient");
   add.add_option("-e,--email", options->email, "The address")->required();
   add.add_option("-f,--field", options->fields, kFieldHelp)->allow_extra_args(false);
   add.footer("Example: quillcast recipient add -g Readers -e ada@example.org -f \"First Name=Ada\" -f City=London");

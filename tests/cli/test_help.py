@@ -127,7 +127,10 @@ class Help(Case):
             for below_name in re.findall(r"^  (\w+)", below, re.M):
                 look(page, *command, below_name)
         for name in commands:
-            look((folder / f"quillcast-{name}.1").read_text(), name)
+            page = (folder / f"quillcast-{name}.1").read_text()
+            look(page, name)
+            names_of_code = set(re.findall(r"\b[A-Z][a-z]+[A-Z]\w*", page)) - {"MergeFirstName"}
+            self.assertFalse(names_of_code, "in what a person reads")
 
     def test_about_names_each_library_that_the_program_stands_on(self):
         told = json.loads(self.ok("--json", "about"))
