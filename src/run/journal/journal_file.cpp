@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+
 #include "run/journal/mailing_lock.h"
 
 namespace quillcast::run {
@@ -12,7 +14,7 @@ namespace {
 constexpr const char* kMoveAway = "Move the file away to begin with an empty one; the reports of the history are kept.";
 
 // Of the layout below. A file of a later one is left alone.
-constexpr std::int64_t kVersion = 2;
+constexpr std::int64_t kVersion = 3;
 
 // Small pages, because each Record writes two of them or so, and a sync takes longer the more there is to write. Pages
 // that are no longer used are given back, so that what is forgotten is no longer in the file; what a page in use no
@@ -23,7 +25,8 @@ constexpr const char* kTables = R"(
                         inputs TEXT NOT NULL, recipients INTEGER NOT NULL, first INTEGER NOT NULL, counts BLOB);
   CREATE TABLE runs(id INTEGER PRIMARY KEY AUTOINCREMENT, mailing INTEGER NOT NULL, number INTEGER NOT NULL,
                     kind INTEGER NOT NULL, history TEXT NOT NULL, boot TEXT NOT NULL, began INTEGER NOT NULL,
-                    ended INTEGER, recipients INTEGER NOT NULL, pace TEXT NOT NULL DEFAULT '');
+                    ended INTEGER, recipients INTEGER NOT NULL, pace TEXT NOT NULL DEFAULT '',
+                    round INTEGER NOT NULL DEFAULT 0);
   CREATE INDEX runs_of_mailing ON runs(mailing, number);
   CREATE TABLE rows(id INTEGER PRIMARY KEY, rows BLOB NOT NULL);
   CREATE TABLE states(id INTEGER PRIMARY KEY, records BLOB NOT NULL);
@@ -36,10 +39,11 @@ constexpr const char* kTables = R"(
   CREATE INDEX files_of_mailing ON mailing_files(mailing);
   CREATE INDEX mailings_of_content ON mailing_files(content);
   PRAGMA application_id = 1365457483;
-  PRAGMA user_version = 2;)";
-// Out of a file of the first layout. A program that has it open already, and knows no other, goes on unharmed.
-constexpr const char* kFromFirst =
-    "ALTER TABLE runs ADD COLUMN pace TEXT NOT NULL DEFAULT ''; PRAGMA user_version = 2;";
+  PRAGMA user_version = 3;)";
+// Out of a file of an earlier layout. A program that has it open already, and knows no other, goes on unharmed.
+constexpr std::array<const char*, kVersion> kTablesFrom = {
+    kTables, "ALTER TABLE runs ADD COLUMN pace TEXT NOT NULL DEFAULT ''; PRAGMA user_version = 2;",
+    "ALTER TABLE runs ADD COLUMN round INTEGER NOT NULL DEFAULT 0; PRAGMA user_version = 3;"};
 constexpr std::int64_t kApplication = 1365457483;
 
 // Commits wait for no disk: the run makes durable what has to be. NORMAL has whoever takes the log into the file sync
@@ -72,7 +76,7 @@ Result<void> CheckIsOurs(platform::Database& database, const JournalPlace& place
 Result<void> MakeTables(platform::Database& database, const JournalPlace& place) {
   const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);
   if (!lock) return lock.error();
-  const auto version = VersionOf(database);
+  auto version = VersionOf(database);
   if (!version) return version.error();
   if (*version == kVersion) return {};
   if (*version == 0) {
@@ -80,7 +84,11 @@ Result<void> MakeTables(platform::Database& database, const JournalPlace& place)
   }
   auto transaction = platform::Transaction::Begin(database);
   if (!transaction) return transaction.error();
-  if (auto made = database.Execute(*version == 0 ? kTables : kFromFirst); !made) return made;
+  while (*version != kVersion) {
+    if (auto made = database.Execute(kTablesFrom.at(static_cast<std::size_t>(*version))); !made) return made;
+    version = VersionOf(database);
+    if (!version) return version.error();
+  }
   return transaction->Commit();
 }
 

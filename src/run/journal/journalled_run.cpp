@@ -38,7 +38,8 @@ SqliteJournalledRun::SqliteJournalledRun(JournalPlace place, Parts parts, Mailin
       words_(std::move(parts.words)),
       read_rows_(std::move(parts.read_rows)),
       walk_(std::move(parts.walk)),
-      reserving_(std::move(parts.reserving)) {
+      reserving_(std::move(parts.reserving)),
+      write_round_(std::move(parts.write_round)) {
   database_->OnCommit([this](int pages) { log_pages_ = pages; });
 }
 
@@ -52,6 +53,8 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
   if (!words) return words.error();
   auto rows = database->Prepare("SELECT rows FROM rows WHERE id = ?");
   if (!rows) return rows.error();
+  auto round = database->Prepare("UPDATE runs SET round = ? WHERE id = ?");
+  if (!round) return round.error();
   auto filter = ChoiceFilter::Of(*database, place.file, run.mailing, run.choice);
   if (!filter) return filter.error();
   auto ahead = ChoiceFilter::Of(*database, place.file, run.mailing, run.choice);
@@ -60,6 +63,7 @@ Result<std::unique_ptr<JournalledRun>> SqliteJournalledRun::Start(const JournalP
               *std::move(blocks),
               *std::move(words),
               *std::move(rows),
+              *std::move(round),
               ScopeWalk(*std::move(filter), run.recipients),
               ScopeWalk(*std::move(ahead), run.recipients)};
   std::unique_ptr<SqliteJournalledRun> started(new SqliteJournalledRun(place, std::move(parts), std::move(lock), run));

@@ -70,6 +70,7 @@ class SqliteJournalledRun final : public JournalledRun {
     StateBlocks blocks;
     WordsWriter words;
     platform::Statement read_rows;
+    platform::Statement write_round;
     ScopeWalk walk;
     ScopeWalk reserving;
   };
@@ -125,6 +126,7 @@ class SqliteJournalledRun final : public JournalledRun {
   int long_log_ = 0;  // as many are too many
   std::unique_ptr<LogSync> sync_;
   std::unique_ptr<RecentLog> recent_;
+  platform::Statement write_round_;
   std::optional<Error> failed_;
 };
 

@@ -6,7 +6,11 @@ namespace quillcast::run {
 
 Result<void> SqliteJournalledRun::Write() {
   if (auto written = blocks_.Write(); !written) return written;
-  return words_.Write();
+  if (auto written = words_.Write(); !written) return written;
+  write_round_.Reset();
+  if (auto bound = write_round_.Bind(1, recent_->next_round()); !bound) return bound;
+  if (auto bound = write_round_.Bind(2, run_.id); !bound) return bound;
+  return write_round_.Run();
 }
 
 void SqliteJournalledRun::Written() {

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kMailing = "SELECT subject, people, recipients, first, counts FROM mailings WHERE id = ?";
 constexpr const char* kRuns =
-    "SELECT id, kind, history, boot, began, ended, recipients, pace FROM runs WHERE mailing = ? ORDER BY number";
+    "SELECT id, kind, history, boot, began, ended, recipients, pace, round FROM runs WHERE mailing = ? ORDER BY number";
 constexpr const char* kAddMailing =
     "INSERT INTO mailings(subject, people, inputs, recipients, first) VALUES(?, ?, ?, 0, 1)";
 constexpr const char* kAddRun =
@@ -62,6 +62,7 @@ Result<std::vector<StoredRun>> ReadRuns(platform::Database& database, MailingId 
     if (!statement->IsNull(5)) run.entry.ended = TimeOf(statement->Int(5));
     run.entry.recipients = statement->Int(6);
     run.entry.pace = statement->Text(7);
+    run.round = statement->Int(8);
     runs.push_back(std::move(run));
   }
 }

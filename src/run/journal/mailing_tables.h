@@ -15,7 +15,8 @@ namespace quillcast::run {
 
 struct StoredRun {
   RunEntry entry;
-  std::string boot;  // in which it began
+  std::string boot;        // in which it began
+  std::int64_t round = 0;  // of its recent log, as of its last commit
 };
 
 struct MailingCounts {

@@ -24,8 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A frame: the octets behind this head, their check number with that of the round, and the round; four octets each. All
-// zeros stand behind the last, nothing where none was ever written.
+// A frame: the octets behind this head, their check number with that of the round, and the round; four octets each. A
+// round begins with a frame of no octets or of some, and all zeros stand behind its last.
 struct FrameHead {
   std::uint32_t size = 0;
   std::uint32_t check = 0;
@@ -69,21 +69,30 @@ Result<void> WriteAt(int fd, const fs::path& path, std::size_t place, std::strin
 }
 
 struct Frames {
-  std::string told;       // of the last round, one behind the other
-  bool is_whole = false;  // up to the head of nothing that stands behind each, or there is none
+  std::uint32_t round = 0;
+  std::string told;       // one behind the other
+  bool is_whole = false;  // up to the head of nothing that stands behind each
 };
 
+// A round of which nothing is told yet.
+std::string Opening(std::uint32_t round) {
+  std::string octets(2 * kHead, '\0');
+  const FrameHead head{0, CheckOf("", round), round};
+  std::memcpy(octets.data(), &head, kHead);
+  return octets;
+}
+
 Frames TakeFrames(std::string_view octets) {
-  Frames frames{{}, octets.empty()};
-  for (std::uint32_t round = 0; octets.size() >= kHead;) {
+  Frames frames;
+  while (octets.size() >= kHead) {
     FrameHead head;
     std::memcpy(&head, octets.data(), kHead);
     octets.remove_prefix(kHead);
     frames.is_whole = head.size == 0 && head.check == 0 && head.round == 0;
-    if (frames.is_whole || head.size > octets.size() || (round != 0 && head.round != round)) break;
+    if (frames.is_whole || head.size > octets.size() || (frames.round != 0 && head.round != frames.round)) break;
     const std::string_view frame = octets.substr(0, head.size);
     if (CheckOf(frame, head.round) != head.check) break;
-    round = head.round;
+    frames.round = head.round;
     frames.told += frame;
     octets.remove_prefix(head.size);
   }
@@ -206,8 +215,8 @@ Result<std::unique_ptr<RecentLog>> RecentLog::Begin(const JournalPlace& place, c
   platform::UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!fd) return platform::SystemError("create", path, errno);
   const std::string owner = OwnerOf(run);
-  if (auto written = WriteAt(fd.get(), path, 0, owner); !written) return written.error();
   std::unique_ptr<RecentLog> log(new RecentLog(std::move(fd), path, owner.size()));
+  if (auto written = WriteAt(log->fd_.get(), path, 0, owner + Opening(log->round_)); !written) return written.error();
   log->frame_.assign(kHead, '\0');
   return log;
 }
@@ -240,11 +249,11 @@ Result<void> RecentLog::Append() {
 }
 
 void RecentLog::BeginAnew() {
-  const bool is_all_there = frame_.size() == kHead;
-  if (!is_all_there) IgnoreErrors(::ftruncate(fd_.get(), static_cast<off_t>(begin_)));
-  frame_.resize(kHead);
-  end_ = begin_;
   ++round_;
+  end_ = begin_;
+  // The next Append may fail as well, and the round before the next is as far back as is known to be committed.
+  if (frame_.size() != kHead) IgnoreErrors(WriteAt(fd_.get(), path_, begin_, Opening(round_)));
+  frame_.resize(kHead);
 }
 
 void RecentLog::Remove() { fs::remove(path_, IgnoreErrors()); }
@@ -260,7 +269,10 @@ Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& plac
   if (!octets) return is_none ? Result<void>() : Result<void>(octets.error());
   const std::string owner = OwnerOf(run);
   if (!octets->starts_with(owner)) return {};
-  const Frames frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
+  Frames frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
+  // Where it was killed right behind a commit, nothing was told since.
+  if (std::int64_t{frames.round} + 1 == run.round) frames = {frames.round + 1, {}, true};
+  if (frames.round != run.round) return {};  // an earlier state of it
   auto taking = Taking::Into(database, mailing);
   if (!taking) return taking.error();
   std::string_view told = frames.told;

@@ -29,7 +29,10 @@ class RecentLog {
   void Said(std::uint32_t number, const ResultWords& words);
   // As one: all of it is there after a kill, or nothing. What could not be written is so the next time.
   Result<void> Append();
-  // All of it is committed. Up to the next Append, whoever takes what stands there changes nothing by it.
+  // What is told behind the next commit is of this round, which the commit writes into the journal: by that an earlier
+  // state of the file is known for what it is.
+  std::int64_t next_round() const { return std::int64_t{round_} + 1; }
+  // All of it is committed.
   void BeginAnew();
   // The run has ended.
   void Remove();
@@ -42,7 +45,7 @@ class RecentLog {
   std::filesystem::path path_;
   std::size_t begin_;  // of what is told, behind what says whose it is
   std::size_t end_;
-  std::uint32_t round_ = 1;  // how often it was begun anew
+  std::uint32_t round_ = 1;  // one more with each commit
   std::string frame_;        // what Append writes
 };
 

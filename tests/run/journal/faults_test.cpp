@@ -239,7 +239,7 @@ TEST_F(FaultsTest, WhatIsNotOursIsLeftAlone) {
                  "INSERT ON runs BEGIN SELECT 1; END"),
             Failure::kBadData},
         Row{"a later version",
-            with("PRAGMA application_id = 1365457483; PRAGMA user_version = 3; CREATE TABLE runs(a)"),
+            with("PRAGMA application_id = 1365457483; PRAGMA user_version = 4; CREATE TABLE runs(a)"),
             Failure::kUnavailable},
         Row{"a folder", [](const fs::path& file) { fs::create_directory(file); }, Failure::kNoInput}}) {
     fs::remove_all(root_ / "place");

@@ -316,7 +316,7 @@ TEST_F(JournalTest, TakesOverAFileOfTheFirstLayout) {
   Take(run->End());
   run.reset();
   Take(Take(platform::Database::Open(Place().file, platform::OpenMode::kCreate))
-           .Execute("ALTER TABLE runs DROP COLUMN pace; PRAGMA user_version = 1; "
+           .Execute("ALTER TABLE runs DROP COLUMN round; ALTER TABLE runs DROP COLUMN pace; PRAGMA user_version = 1; "
                     "UPDATE mailings SET counts = substr(counts, 1, length(counts) - 1)"));
   const auto journal = OpenJournal();
   const MailingEntry entry = Take(journal->List()).front();

@@ -78,8 +78,9 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
   auto run = BeginWith(*journal, 40);
   const fs::path recent = root_ / "runs.db-recent-1";
   std::vector<std::string> told = {std::string(40, '-')};
-  constexpr std::uintmax_t kNothingBehind = 12;  // octets that say so
-  std::vector<std::uintmax_t> ends = {fs::file_size(recent)};
+  constexpr std::size_t kNothingBehind = 12;  // octets that say so
+  const std::string begun = Take(platform::ReadFile(recent, 1 << 20));
+  std::vector<std::uintmax_t> ends = {begun.size() - 2 * kNothingBehind};
   std::string states = told[0];
   for (const std::int64_t position : Given(*run, 20)) {
     run->GoesOut(position);
@@ -110,8 +111,10 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
     damaged[ends[record] - 2] ^= 0x10;
     EXPECT_EQ(found_with(damaged), in_doubt(told[record - 1]));
   }
-  EXPECT_EQ(found_with(octets.substr(0, ends[0]) + std::string(kNothingBehind, '\0')), told[0]);
-  EXPECT_EQ(found_with(octets.substr(0, ends[0])), told[0]) << "as it was begun";
+  EXPECT_EQ(found_with(begun), told[0]);
+  for (const std::size_t zeros : {std::size_t{0}, kNothingBehind, octets.size()}) {
+    EXPECT_EQ(found_with(octets.substr(0, ends[0]) + std::string(zeros, '\0')), in_doubt(told[0])) << zeros;
+  }
   EXPECT_EQ(found_with("quillcast" + octets), in_doubt(told[0])) << "of another run";
   EXPECT_EQ(found_with(""), in_doubt(told[0]));
   std::string large = octets;
@@ -179,11 +182,17 @@ TEST_F(KillTest, TakesNothingOfBeforeTheLastCommit) {
     run->GoesOut(position);
     Take(run->Record());
   }
+  const auto at = root_ / "runs.db-recent-1";
+  const std::string earlier = Take(platform::ReadFile(at, 1 << 20));
   run->Show();
   EXPECT_EQ(Found(), "uuu");
   run->Settled(2, smtp::Left());
   Take(run->Record());
   EXPECT_EQ(Found(), "u-u");
+  run->Show();
+  EXPECT_EQ(Found(), "u-u");
+  std::ofstream(at, std::ios::binary) << earlier;
+  EXPECT_EQ(Found(), "u-u") << "which has what was told up to two commits ago";
 }
 
 TEST_F(KillTest, OneMailingThatIsDamagedStopsNoOther) {
