@@ -5,7 +5,7 @@
 namespace quillcast::run {
 
 void SlidingLimit::WentOut(Uptime when) {
-  if (std::ssize(times_) < limit_.messages) {
+  if (std::ssize(times_) < messages_) {
     times_.push_back(when);
     return;
   }
@@ -23,10 +23,10 @@ void SlidingLimit::ComesBack(Uptime since) {
 
 // With n allowed, one more may go out when the n-th last has left the stretch of time behind it.
 Uptime SlidingLimit::Due(Uptime now, std::int64_t on_their_way) const {
-  const std::int64_t others = limit_.messages - on_their_way;
-  if (others <= 0) return now + limit_.within;
+  const std::int64_t others = messages_ - on_their_way;
+  if (others <= 0) return now + within_;
   if (std::ssize(times_) < others) return now;
-  return std::max(now, Last(static_cast<std::size_t>(others)) + limit_.within);
+  return std::max(now, Last(static_cast<std::size_t>(others)) + within_);
 }
 
 }  // namespace quillcast::run

@@ -1,6 +1,7 @@
 // Keeps to so many messages in any stretch of time.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <vector>
 
@@ -10,7 +11,11 @@ namespace quillcast::run {
 
 class SlidingLimit {
  public:
-  explicit SlidingLimit(const MessageLimit& limit) : limit_(limit) {}
+  // A message's first octet is out so much later, at most, than the time that is told of it. One may be late and the
+  // next be not, so any stretch is so much longer.
+  static constexpr auto kFirstOctet = std::chrono::milliseconds(1);
+
+  explicit SlidingLimit(const MessageLimit& limit) : messages_(limit.messages), within_(limit.within + kFirstOctet) {}
 
   // One went out, not before those that were told already.
   void WentOut(Uptime when);
@@ -20,12 +25,13 @@ class SlidingLimit {
   // moment. While those alone are enough nobody knows: it is given as the longest that it can take.
   Uptime Due(Uptime now, std::int64_t on_their_way) const;
   // What went out counts no more.
-  bool IsEmptyAt(Uptime now) const { return times_.empty() || Last(1) + limit_.within <= now; }
+  bool IsEmptyAt(Uptime now) const { return times_.empty() || Last(1) + within_ <= now; }
 
  private:
   const Uptime& Last(std::size_t nth) const { return times_[(oldest_ + times_.size() - nth) % times_.size()]; }
 
-  MessageLimit limit_;
+  std::int64_t messages_;
+  std::chrono::milliseconds within_;
   std::vector<Uptime> times_;  // of the last ones, as many as the limit counts: a ring once it has so many
   std::size_t oldest_ = 0;
 };

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <functional>
 
+#include "run/pace/sliding_limit.h"
 #include "run/pace/turns.h"
 #include "run/pace/zoned_clock.h"
 #include "support/room_on_disk.h"
@@ -139,12 +140,12 @@ TEST_F(DepartureFile, CountsTheTimeThatPassedWhateverTheClockSays) {
     for (const auto left : {each.left, each.left - 1min}) {  // once, and not anew for each program
       Turns turns = Program(kFourAnHour);
       Turn turn{DomainOf("example.org")};
-      EXPECT_EQ(turns.Take(turn).until - clock_.Now(), left);
+      EXPECT_EQ(turns.Take(turn).until - clock_.Now(), left + SlidingLimit::kFirstOctet);
       clock_.now += 1min;
     }
     if (each.before.boot != 0) is({each.after.boot});  // and right in the end
     EXPECT_EQ(SendWhatMay(*std::make_unique<Turns>(Program(kFourAnHour))), 0);
-    clock_.now += each.left - 2min;
+    clock_.now += each.left - 2min + SlidingLimit::kFirstOctet;
     EXPECT_EQ(SendWhatMay(*std::make_unique<Turns>(Program(kFourAnHour))), 4);
   }
   EXPECT_TRUE(told_.empty());
@@ -164,7 +165,7 @@ TEST_F(DepartureFile, IsPrivateAndCutToADay) {
   clock_.now += 23h;
   std::optional<Turns> turns(Program());
   Send(*turns, 10);
-  clock_.now += 1h;
+  clock_.now += 1h + SlidingLimit::kFirstOctet;
   std::optional<Turns> beside(Program(kFourAnHour));
   EXPECT_EQ(fs::file_size(file_), 1512 * kEntry) << "somebody has it open";
   turns.reset();

@@ -8,6 +8,8 @@
 #include <random>
 #include <sstream>
 
+#include "run/pace/sliding_limit.h"
+#include "run/pace/sliding_limit.h"
 #include "run/pace/zoned_clock.h"
 #include "support/temporary_folder.h"
 
@@ -31,9 +33,10 @@ struct Rule {
 std::vector<Rule> LimitsOf(const PaceRules& rules) {
   std::vector<Rule> limits;
   for (const auto& limit : {rules.rate, rules.per_hour, rules.per_day}) {
-    if (limit) limits.push_back({limit->messages, limit->within, false});
+    if (limit) limits.push_back({limit->messages, limit->within + SlidingLimit::kFirstOctet, false});
   }
-  if (rules.per_domain) limits.push_back({rules.per_domain->messages, rules.per_domain->within, true});
+  if (rules.per_domain)
+    limits.push_back({rules.per_domain->messages, rules.per_domain->within + SlidingLimit::kFirstOctet, true});
   return limits;
 }
 

@@ -10,6 +10,7 @@
 #include "smtp/client/client.h"
 #include "smtp/letters.h"
 #include "smtp/scripted_server.h"
+#include "smtp/side_by_side.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -211,78 +212,81 @@ TEST(ClientConnections, OneThatGoesWrongStopsNoOther) {
   using enum Way;
   constexpr int kLetters = 200;
   struct Case {
+    const char* offers;
     const char* at;
     Way way;
     Doubt doubt = Doubt::kNone;
   };
+  std::vector<Case> cases;
   for (const char* offers : {kPlain, kChunking}) {
-    for (const Case& c : {Case{"", kHangsUp},
-                          {"", kHangsUpInItsReply},
-                          {"", kHangsUpBehindIt},
-                          {"", kIsSilent},
-                          {"EHLO", kHangsUp},
-                          {"EHLO", kHangsUpInItsReply},
-                          {"EHLO", kHangsUpBehindIt},
-                          {"MAIL", kHangsUp},
-                          {"MAIL", kHangsUpInItsReply},
-                          {"MAIL", kHangsUpBehindIt},
-                          {"MAIL", kIsSilent, Doubt::kWhatIsInFlight},
-                          {"MAIL", kIsLate},
-                          {"RCPT", kHangsUp},
-                          {"RCPT", kHangsUpInItsReply},
-                          {"RCPT", kHangsUpBehindIt, Doubt::kWhatIsInFlight},
-                          {"<", kHangsUp, Doubt::kWhatIsInFlight},
-                          {".", kHangsUp, Doubt::kWhatIsInFlight},
-                          {".", kHangsUpInItsReply, Doubt::kWhatIsInFlight},
-                          {".", kHangsUpBehindIt, Doubt::kWhatIsInFlight},
-                          {".", kIsSilent, Doubt::kWhatIsInFlight},
-                          {".", kIsLate}}) {
-      SCOPED_TRACE(testing::Message() << offers << "at \"" << c.at << "\" way " << static_cast<int>(c.way));
-      Letters letters(kLetters, {}, Letters::Size::kKnown);
-      std::atomic<int> taken = 0;
-      std::atomic<int> taken_by_then = 0;
-      Busy busy(
-          [&](int number) -> Instead {
-            return [&, number, messages = 0](Peer& peer, const std::string& line) mutable -> std::optional<bool> {
-              std::this_thread::sleep_for(300us);
-              const bool is_place = *c.at == '\0' ? line.empty() : line.starts_with(c.at);
-              taken += line == "." ? 1 : 0;
-              if (number != 1 || !is_place || ((*c.at == '.' || *c.at == '<') && messages++ == 0)) return {};
-              if (c.way == kIsLate) std::this_thread::sleep_for(60ms);
-              if (c.way == kIsLate) return {};
-              if (c.way == kIsSilent) peer.Stall();
-              if (*c.at == '<') peer.Octets(5);
-              const char* reply = *c.at == '\0' ? "220 ESMTP\r\n" : *c.at == 'E' ? offers : "250 ok\r\n";
-              if (c.way == kHangsUpInItsReply) peer.Say(std::string(reply).substr(0, 2));
-              if (c.way == kHangsUpBehindIt) peer.Say(reply);
-              taken_by_then = taken.load();
-              return true;
-            };
-          },
-          offers);
-      ClientOptions options = OptionsFor(busy.server->port(), 4);
-      options.timeout = 1s;
-      SendAll(options, letters);
-      busy.End();
-      ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(kLetters));
-      const std::lock_guard lock(busy.mutex);
-      std::size_t not_sent = 0;
-      for (std::size_t n = 0; n < kLetters; ++n) {
-        const State state = letters.outcomes[n].state;
-        const int times = busy.taken["Subject: " + std::to_string(n)];
-        EXPECT_LE(times, 1) << n;
-        if (state != State::kUnknown) {
-          EXPECT_EQ(times, state == State::kSent ? 1 : 0) << n;
-        }
-        not_sent += state == State::kSent ? 0 : 1;
-      }
-      const std::size_t in_flight = std::string(offers) == kPlain ? 1 : SendWindow::kMost;
-      EXPECT_LE(not_sent, c.doubt == Doubt::kNone ? 0 : in_flight);
-      if (c.way == kIsSilent) {
-        EXPECT_GT(taken_by_then, kLetters / 2) << "the others waited for it";
-      }
-    }
+    cases.insert(cases.end(), {Case{offers, "", kHangsUp},
+                               {offers, "", kHangsUpInItsReply},
+                               {offers, "", kHangsUpBehindIt},
+                               {offers, "", kIsSilent},
+                               {offers, "EHLO", kHangsUp},
+                               {offers, "EHLO", kHangsUpInItsReply},
+                               {offers, "EHLO", kHangsUpBehindIt},
+                               {offers, "MAIL", kHangsUp},
+                               {offers, "MAIL", kHangsUpInItsReply},
+                               {offers, "MAIL", kHangsUpBehindIt},
+                               {offers, "MAIL", kIsSilent, Doubt::kWhatIsInFlight},
+                               {offers, "MAIL", kIsLate},
+                               {offers, "RCPT", kHangsUp},
+                               {offers, "RCPT", kHangsUpInItsReply},
+                               {offers, "RCPT", kHangsUpBehindIt, Doubt::kWhatIsInFlight},
+                               {offers, "<", kHangsUp, Doubt::kWhatIsInFlight},
+                               {offers, ".", kHangsUp, Doubt::kWhatIsInFlight},
+                               {offers, ".", kHangsUpInItsReply, Doubt::kWhatIsInFlight},
+                               {offers, ".", kHangsUpBehindIt, Doubt::kWhatIsInFlight},
+                               {offers, ".", kIsSilent, Doubt::kWhatIsInFlight},
+                               {offers, ".", kIsLate}});
   }
+  PlaySideBySide(cases, 6, [](const Case& c) {
+    SCOPED_TRACE(testing::Message() << c.offers << "at \"" << c.at << "\" way " << static_cast<int>(c.way));
+    Letters letters(kLetters, {}, Letters::Size::kKnown);
+    std::atomic<int> taken = 0;
+    std::atomic<int> taken_by_then = 0;
+    Busy busy(
+        [&](int number) -> Instead {
+          return [&, number, messages = 0](Peer& peer, const std::string& line) mutable -> std::optional<bool> {
+            std::this_thread::sleep_for(300us);
+            const bool is_place = *c.at == '\0' ? line.empty() : line.starts_with(c.at);
+            taken += line == "." ? 1 : 0;
+            if (number != 1 || !is_place || ((*c.at == '.' || *c.at == '<') && messages++ == 0)) return {};
+            if (c.way == kIsLate) std::this_thread::sleep_for(60ms);
+            if (c.way == kIsLate) return {};
+            if (c.way == kIsSilent) peer.Stall();
+            if (*c.at == '<') peer.Octets(5);
+            const char* reply = *c.at == '\0' ? "220 ESMTP\r\n" : *c.at == 'E' ? c.offers : "250 ok\r\n";
+            if (c.way == kHangsUpInItsReply) peer.Say(std::string(reply).substr(0, 2));
+            if (c.way == kHangsUpBehindIt) peer.Say(reply);
+            taken_by_then = taken.load();
+            return true;
+          };
+        },
+        c.offers);
+    ClientOptions options = OptionsFor(busy.server->port(), 4);
+    options.timeout = 1s;
+    SendAll(options, letters);
+    busy.End();
+    ASSERT_EQ(letters.outcomes.size(), static_cast<std::size_t>(kLetters));
+    const std::lock_guard lock(busy.mutex);
+    std::size_t not_sent = 0;
+    for (std::size_t n = 0; n < kLetters; ++n) {
+      const State state = letters.outcomes[n].state;
+      const int times = busy.taken["Subject: " + std::to_string(n)];
+      EXPECT_LE(times, 1) << n;
+      if (state != State::kUnknown) {
+        EXPECT_EQ(times, state == State::kSent ? 1 : 0) << n;
+      }
+      not_sent += state == State::kSent ? 0 : 1;
+    }
+    const std::size_t in_flight = std::string(c.offers) == kPlain ? 1 : SendWindow::kMost;
+    EXPECT_LE(not_sent, c.doubt == Doubt::kNone ? 0 : in_flight);
+    if (c.way == kIsSilent) {
+      EXPECT_GT(taken_by_then, kLetters / 2) << "the others waited for it";
+    }
+  });
 }
 
 // The server hangs up on one message, and counts the connections that it is lost over; whether the way was lost is

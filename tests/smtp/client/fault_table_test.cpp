@@ -9,6 +9,7 @@
 #include "smtp/client/client.h"
 #include "smtp/letters.h"
 #include "smtp/scripted_server.h"
+#include "smtp/side_by_side.h"
 #include "support/memory.h"
 
 namespace quillcast::smtp {
@@ -247,19 +248,12 @@ TEST(FaultTable, EveryFaultAtEveryPlace) {
       }
     }
   }
-  std::atomic<std::size_t> next = 0;
-  std::vector<std::thread> players;
-  for (int n = 0; n < 48; ++n) {
-    players.emplace_back([&] {
-      for (std::size_t at = next++; at < runs.size(); at = next++) {
-        std::ostringstream name;
-        name << runs[at];
-        SCOPED_TRACE(name.str());
-        Check(runs[at]);
-      }
-    });
-  }
-  for (auto& player : players) player.join();
+  PlaySideBySide(runs, 48, [](const FaultRun& run) {
+    std::ostringstream name;
+    name << run;
+    SCOPED_TRACE(name.str());
+    Check(run);
+  });
   std::cout << runs.size() << " faults played\n";
 #ifndef __SANITIZE_ADDRESS__
   EXPECT_LT(test::PeakMemory(), 64U << 20);  // with all the servers, and 48 clients at a time

@@ -7,6 +7,7 @@
 #include "smtp/client/client.h"
 #include "smtp/letters.h"
 #include "smtp/scripted_server.h"
+#include "smtp/side_by_side.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -63,31 +64,32 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     bool cancels = false;
     bool was_there = false;
   };
-  for (const Case& c : {
-           Case{"comes again", "3--9", 60s, "sssssss", 2},
-           Case{"twice", "3-3-9", 60s, "sssssss", 2},
-           Case{"not asked for", "3---------", 0s, "sssffff", 0},
-           Case{"stays away: the rest is left", "3---------", 1s, "sssn", 1},
-           Case{"was never there", "-9", 60s, "fssssss", 0},
-           Case{"was there before", "-9", 60s, "sssssss", 1, false, true},
-           Case{"was there before, and stays away", "----------", 1s, "n", 1, false, true},
-           Case{"was there before, and not waited for", "-9", 0s, "fssssss", 0, false, true},
-           Case{"says that it is busy", "349", 60s, "sssssss", 1},
-           Case{"is busy, and was never there", "49", 60s, "dssssss", 0},
-           Case{"lets in and hangs up for a while", "3mmmmmm9", 60s, "sssssss", 1},
-           Case{"hangs up on three in a row", "3mmmmmmmmmmmmmmm9", 2s, "sssfffs", 2},
-           Case{"comes again and is busy first", "3-49", 60s, "sssssss", 2},
-           Case{"something else answers meanwhile", "3h9", 60s, "sssssss", 1},
-           Case{"cancelled meanwhile", "3---------", 60s, "sssn", 1, true},
-           Case{"is silent to one, and lets others in", "^9", 60s, "sssfsss", 0},
-           Case{"is silent and away", "^-9", 60s, "sssssss", 1},
-           Case{"is silent, and lets others in late", "^s", 60s, "sssssss", 0},
-           Case{"always lets in late, and is silent", "SSS9", 60s, "ffsssss", 0},
-           Case{"always lets in late, and hangs up on one message", "MMMs", 60s, "fssssss", 0},
-           Case{"lost thrice under the same message", "m-m-m-9", 60s, "sssssss", 3},
-           Case{"hangs up on one message", "mm9", 60s, "fssssss", 0},
-           Case{"is silent, and not waited for", "^9", 0s, "sssfsss", 0},
-       }) {
+  const std::vector<Case> cases = {
+      Case{"comes again", "3--9", 60s, "sssssss", 2},
+      Case{"twice", "3-3-9", 60s, "sssssss", 2},
+      Case{"not asked for", "3---------", 0s, "sssffff", 0},
+      Case{"stays away: the rest is left", "3---------", 1s, "sssn", 1},
+      Case{"was never there", "-9", 60s, "fssssss", 0},
+      Case{"was there before", "-9", 60s, "sssssss", 1, false, true},
+      Case{"was there before, and stays away", "----------", 1s, "n", 1, false, true},
+      Case{"was there before, and not waited for", "-9", 0s, "fssssss", 0, false, true},
+      Case{"says that it is busy", "349", 60s, "sssssss", 1},
+      Case{"is busy, and was never there", "49", 60s, "dssssss", 0},
+      Case{"lets in and hangs up for a while", "3mmmmmm9", 60s, "sssssss", 1},
+      Case{"hangs up on three in a row", "3mmmmmmmmmmmmmmm9", 2s, "sssfffs", 2},
+      Case{"comes again and is busy first", "3-49", 60s, "sssssss", 2},
+      Case{"something else answers meanwhile", "3h9", 60s, "sssssss", 1},
+      Case{"cancelled meanwhile", "3---------", 60s, "sssn", 1, true},
+      Case{"is silent to one, and lets others in", "^9", 60s, "sssfsss", 0},
+      Case{"is silent and away", "^-9", 60s, "sssssss", 1},
+      Case{"is silent, and lets others in late", "^s", 60s, "sssssss", 0},
+      Case{"always lets in late, and is silent", "SSS9", 60s, "ffsssss", 0},
+      Case{"always lets in late, and hangs up on one message", "MMMs", 60s, "fssssss", 0},
+      Case{"lost thrice under the same message", "m-m-m-9", 60s, "sssssss", 3},
+      Case{"hangs up on one message", "mm9", 60s, "fssssss", 0},
+      Case{"is silent, and not waited for", "^9", 0s, "sssfsss", 0},
+  };
+  PlaySideBySide(cases, 12, [](const Case& c) {
     SCOPED_TRACE(c.what);
     PatientLetters letters(7);
     platform::CancelToken cancel;
@@ -125,7 +127,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     EXPECT_EQ(letters.times_back > 0,
               first == '3' || first == 'm' || first == 'S' || first == 'M' || (first == '^' && c.wait > 0s))
         << "a journal had it as out";
-  }
+  });
 }
 
 }  // namespace
