@@ -90,7 +90,8 @@ int RunClear(Context& context) {
   for (const auto& sentence : run::WhatStayed(cleared)) context.output.Note(sentence.InEnglish());
   if (!forgotten) return context.output.Fail(forgotten.error());
   if (const auto went = run::WhatWentOf(*forgotten)) context.output.Note(went->InEnglish());
-  for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
+  for (const auto& sentence : run::WhatStayed(*forgotten, forgotten->kept.size()))
+    context.output.Note(sentence.InEnglish());
   return 0;
 }
 

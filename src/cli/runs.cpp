@@ -51,8 +51,8 @@ const char* TextOf(run::RunStanding standing) {
   return ", this run was cut off";
 }
 
-nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::RunEntry& run, std::int64_t skipped,
-                                const platform::Clock& clock) {
+nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::RunEntry& run,
+                                const std::optional<run::SkippedOnes>& skipped, const platform::Clock& clock) {
   nlohmann::ordered_json object = {{"run", run.id},
                                    {"mailing", mailing.runs.front().id},
                                    {"kind", WordOf(run.kind)},
@@ -67,13 +67,14 @@ nlohmann::ordered_json AsObject(const run::MailingEntry& mailing, const run::Run
   for (std::size_t n = 0; n < run::kResultStates; ++n) {
     object[run::Name(static_cast<run::ResultState>(n))] = mailing.counts[n];
   }
-  object[run::kSkipped] = skipped;
+  object[run::kSkipped] = skipped ? nlohmann::ordered_json(skipped->count()) : nlohmann::ordered_json();
   object["not_tried_again"] = mailing.tried_again;
   return object;
 }
 
 // A mailing by its first run, and those that went on with it below.
-void ShowMailing(const Context& context, const run::MailingEntry& mailing, std::int64_t skipped) {
+void ShowMailing(const Context& context, const run::MailingEntry& mailing,
+                 const std::optional<run::SkippedOnes>& skipped) {
   for (const run::RunEntry& run : mailing.runs) {
     const bool is_first = run.kind == run::RunKind::kFirst;
     const std::string what =
@@ -84,8 +85,9 @@ void ShowMailing(const Context& context, const run::MailingEntry& mailing, std::
                     what, platform::Counted(run.recipients, "recipient", "recipients"), TextOf(run.standing)));
     context.output.Object(AsObject(mailing, run, skipped, context.clock));
   }
-  const std::string left_out =
-      skipped == 0 ? "" : fmt::format(", {} {}", platform::WithThousands(skipped), run::kSkipped);
+  const std::string left_out = !skipped || skipped->count() == 0
+                                   ? ""
+                                   : fmt::format(", {} {}", platform::WithThousands(skipped->count()), run::kSkipped);
   context.output.Line(fmt::format("    the mailing {}{}", run::StandingText(mailing), left_out));
 }
 
@@ -98,8 +100,9 @@ int RunList(Context& context) {
     for (const auto& mailing : *mailings) {
       const auto skipped = run::SkippedOf(journal, mailing);
       if (!skipped) return skipped.error();
-      ShowMailing(context, mailing, skipped->count());
+      ShowMailing(context, mailing, *skipped);
     }
+    if (const auto whole = run::CheckIsWhole(journal); !whole) return whole.error();
     if (mailings->empty()) context.output.Note("There is no run in the journal yet.");
     return 0;
   });
@@ -144,14 +147,14 @@ int RunRunsShow(Context& context, const ShowOptions& options) {
     if (!mailing) return mailing.error();
     const auto skipped = run::SkippedOf(journal, *mailing);
     if (!skipped) return skipped.error();
-    ShowMailing(context, *mailing, skipped->count());
+    ShowMailing(context, *mailing, *skipped);
     const auto shown = ShowRows(context, journal, *mailing, choice->rows);
     if (!shown) return shown.error();
     const bool asks_for_some = !options.whom.states.empty() || !options.whom.replies.empty();
     if (*shown == 0 && asks_for_some && choice->rows.states.any()) {
       context.output.Note(run::NobodyOf(choice->rows, *mailing).what.InEnglish());
     }
-    if (choice->skipped || (!asks_for_some && skipped->count() > 0)) {
+    if (choice->skipped || (!asks_for_some && (!*skipped || (*skipped)->count() > 0))) {
       context.output.Note(run::WhoWasSkipped(*skipped).InEnglish());
     }
     if (!asks_for_some) {
@@ -162,8 +165,24 @@ int RunRunsShow(Context& context, const ShowOptions& options) {
   });
 }
 
+Result<int> ForgetDamaged(Context& context, run::RunJournal& journal, std::int64_t run) {
+  const auto mailing = journal.MailingOf(run);
+  if (!mailing) return mailing.error();
+  if (const auto asked = AskFirst(context, Say("Run #{} is damaged, so that nobody can read what became of its "
+                                               "recipients. Are you sure you want to forget it?",
+                                               run));
+      !asked) {
+    return asked.error();
+  }
+  if (const auto gone = journal.Forget(*mailing); !gone) return gone.error();
+  context.output.Line(Say("Run #{} was forgotten.", run).InEnglish());
+  context.output.Object({{"forgotten", 1}});
+  return 0;
+}
+
 Result<int> ForgetOne(Context& context, const profile::Folders& folders, run::RunJournal& journal, std::int64_t run) {
   const auto mailing = MailingOf(journal, run);
+  if (!mailing && mailing.error().failure == Failure::kBadData) return ForgetDamaged(context, journal, run);
   if (!mailing) return mailing.error();
   if (!run::WhatIsLeft(*mailing).empty() && run::StandingOf(*mailing) != run::MailingStanding::kGoesOn) {
     if (const auto asked = AskFirst(context, run::ForgetQuestion(*mailing)); !asked) return asked.error();
@@ -187,7 +206,8 @@ int RunForget(Context& context, const ForgetOptions& options) {
     context.output.Object({{"forgotten", forgotten->mailings},
                            {"forgotten_unknown", forgotten->unknown},
                            {"kept", forgotten->kept.size()}});
-    for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
+    for (const auto& sentence : run::WhatStayed(*forgotten, forgotten->kept.size()))
+      context.output.Note(sentence.InEnglish());
     return 0;
   });
 }

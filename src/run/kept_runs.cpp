@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "platform/text.h"
@@ -265,14 +266,26 @@ std::optional<Sentence> WhatWentOf(const Forgotten& forgotten) {
              NumberValue(forgotten.in_doubt), whom);
 }
 
-std::vector<Sentence> WhatStayed(const Forgotten& forgotten) {
+Result<void> CheckIsWhole(RunJournal& journal) {
+  const auto damaged = journal.Damaged();
+  if (!damaged) return damaged.error();
+  if (damaged->empty()) return {};
+  const std::string runs = fmt::format("#{}", fmt::join(*damaged, ", #"));
+  return Error{Failure::kBadData, Say("What the journal has of these runs is damaged: {}.", runs),
+               "quillcast runs forget forgets one; its report in the history stays."};
+}
+
+std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_named) {
   std::vector<Sentence> sentences;
-  for (const MailingEntry& mailing : forgotten.kept) {
+  const std::size_t named = std::min(most_named, forgotten.kept.size());
+  for (const MailingEntry& mailing : std::span(forgotten.kept).first(named)) {
     const std::string subject = platform::Printable(mailing.subject, kLongestShownSubject);
     sentences.push_back(StandingOf(mailing) == MailingStanding::kCanResume
                             ? Say("The run \"{}\" to {} was kept, for it can be resumed.", subject, mailing.group)
                             : Say("The run \"{}\" to {} was kept, for it goes on.", subject, mailing.group));
   }
+  const auto more = static_cast<std::int64_t>(forgotten.kept.size() - named);
+  if (more > 0) sentences.push_back(SayOf(more, "So was {} more.", "So were {} more."));
   return sentences;
 }
 

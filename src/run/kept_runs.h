@@ -73,7 +73,9 @@ Result<Forgotten> FinishedOnes(RunJournal& journal);
 std::optional<Sentence> WhatWouldGo(const Forgotten& forgotten);
 // "2 runs were forgotten.", and of how many nobody knows whether they got it; nothing where none was.
 std::optional<Sentence> WhatWentOf(const Forgotten& forgotten);
-// What was kept and why, naming each.
-std::vector<Sentence> WhatStayed(const Forgotten& forgotten);
+// What cannot be read of the journal, where there is something, and what to do.
+Result<void> CheckIsWhole(RunJournal& journal);
+// What was kept and why, naming each, or the first so many where they are more.
+std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_named);
 
 }  // namespace quillcast::run

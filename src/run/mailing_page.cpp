@@ -39,7 +39,7 @@ th, td {{ text-align: left; padding: .25rem .6rem .25rem 0; border-bottom: 1px s
 .number {{ text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; }}
 tr.all td {{ font-weight: bold; }}
 td.bar {{ width: 40%; vertical-align: middle; }}
-td.bar span {{ display: inline-block; height: .8rem; }}
+td.bar div {{ display: flex; }} td.bar span {{ height: .8rem; min-width: 2px; }}
 .sent {{ background: var(--sent); }} .other {{ background: var(--other); }} .unknown {{ background: var(--unknown); }} .left {{ background: var(--left); }}
 .key::before {{ content: ""; display: inline-block; width: .8rem; height: .8rem; margin: 0 .4rem 0 .8rem; background: var(--colour); }}
 svg {{ width: 100%; height: auto; }} svg .sent {{ fill: var(--sent); }} svg .other {{ fill: var(--other); }} svg .unknown {{ fill: var(--unknown); }} svg .left {{ fill: var(--left); }} svg text {{ fill: currentColor; font-size: 11px; }}
@@ -85,7 +85,7 @@ std::string Number(std::int64_t number) { return platform::WithThousands(number)
 // How it came to its end, behind when it began.
 std::string EndOf(const RunEntry& run, const platform::Clock& clock) {
   if (run.ended) return " to " + MomentText(*run.ended, clock);
-  return run.standing == RunStanding::kGoesOn ? ", and this goes on" : ", until this was cut off";
+  return run.standing == RunStanding::kGoesOn ? ", which goes on" : " until it was cut off";
 }
 
 // As its messages name the sender; empty where the journal cannot give that any more.
@@ -95,11 +95,11 @@ std::string SenderOf(RunJournal& journal, MailingId mailing) {
   return frozen ? std::string(platform::Trim(account::TextsOf(frozen->inputs.account).from)) : std::string();
 }
 
-// Any that there are at all get a line that can be seen.
-std::string Bar(const char* kind, std::int64_t part, std::int64_t whole) {
+// One piece of a bar.
+std::string Piece(const char* kind, std::int64_t part, std::int64_t whole) {
   if (part == 0 || whole == 0) return "";
-  const double percent = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
-  return fmt::format("<span class=\"{}\" style=\"width:{:.2f}%\"></span>", kind, std::max(percent, 0.5));
+  return fmt::format("<span class=\"{}\" style=\"width:{:.2f}%\"></span>", kind,
+                     100.0 * static_cast<double>(part) / static_cast<double>(whole));
 }
 
 // Who is sent and who is not has a column always; the others where there is somebody.
@@ -145,7 +145,7 @@ void Page::Begin(const std::string& sender) {
     const char* what = run.kind == RunKind::kFirst    ? "Sent"
                        : run.kind == RunKind::kResume ? "The sending was taken up again"
                                                       : "Some were tried again";
-    Put(fmt::format(" {} {}{}.", what, MomentText(run.began, clock_), EndOf(run, clock_)));
+    Put(fmt::format(" {} from {}{}.", what, MomentText(run.began, clock_), EndOf(run, clock_)));
   }
   Put("</p>\n");
 }
@@ -158,10 +158,10 @@ void Page::States() {
     if (count == 0) continue;
     Put(
         fmt::format("<tr><th scope=\"row\">{}<br><small>{}</small></th><td class=\"number\">{}</td><td "
-                    "class=\"number\">{:.1f} %</td><td class=\"bar\">{}</td></tr>\n",
+                    "class=\"number\">{:.1f} %</td><td class=\"bar\"><div>{}</div></td></tr>\n",
                     run::Name(state), MeaningOf(state), Number(count),
                     100.0 * static_cast<double>(count) / static_cast<double>(mailing_.recipients),
-                    Bar(ShownOf(FateOf(state)).colour, count, mailing_.recipients)));
+                    Piece(ShownOf(FateOf(state)).colour, count, mailing_.recipients)));
   }
   Put("</table>\n");
 }
@@ -191,10 +191,10 @@ void Page::Bars(const char* heading, const char* what, std::vector<NamedTally> r
     for (const Shown& shown : kShown) {
       if (!IsColumn(shown.fate, whole.tally)) continue;
       numbers += fmt::format("<td class=\"number\">{}</td>", Number(row.tally.of(shown.fate)));
-      if (!is_whole) bars += Bar(shown.colour, row.tally.of(shown.fate), most);
+      if (!is_whole) bars += Piece(shown.colour, row.tally.of(shown.fate), most);
     }
-    Put(fmt::format("<tr{}><td>{}{}</td>{}<td class=\"bar\">{}</td></tr>\n", is_whole ? " class=\"all\"" : "",
-                    Safe(row.name), words, numbers, bars));
+    Put(fmt::format("<tr{}><td>{}{}</td>{}<td class=\"bar\"><div>{}</div></td></tr>\n",
+                    is_whole ? " class=\"all\"" : "", Safe(row.name), words, numbers, bars));
   }
   Put("</table>\n");
 }

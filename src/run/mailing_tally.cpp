@@ -52,6 +52,17 @@ std::string InCommon(std::string_view one, std::string_view other) {
   return text;
 }
 
+// Of sentences that share less than half of their words, nothing is told.
+std::string InCommonOfReasons(std::string_view one, std::string_view other) {
+  if (one.empty()) return "";
+  const std::string common = InCommon(one, other);
+  const auto words = [](std::string_view text) {
+    const auto all = platform::Split(text, ' ');
+    return std::ssize(all) - std::ranges::count(all, kOtherWord);
+  };
+  return 2 * words(common) >= std::min(words(one), words(other)) ? common : "";
+}
+
 // The largest of a few lengths that people count in by which the whole is at most so many columns.
 std::chrono::seconds StepFor(std::chrono::seconds whole, std::size_t most) {
   using namespace std::chrono_literals;
@@ -104,11 +115,12 @@ void MailingTally::Add(const JournalRow& row) {
   const Fate fate = FateOf(row.state);
   Count(domains_, DomainOfRow(row.recipient), fate);
   Counted& reply = Count(replies_, ReplyOf(row), fate);
-  const std::string& words = row.reply.code == 0 ? row.reason : row.reply.text;
+  const bool is_reason = row.reply.code == 0;
+  const std::string& words = is_reason ? row.reason : row.reply.text;
   if (reply.tally.all() == 1) {
     reply.words = words;
   } else if (reply.words != words) {
-    reply.words = InCommon(reply.words, words);
+    reply.words = is_reason ? InCommonOfReasons(reply.words, words) : InCommon(reply.words, words);
   }
   if (!row.when || fate == Fate::kNotTried) return;
   // A clock that was set meanwhile puts nobody outside.

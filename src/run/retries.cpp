@@ -25,7 +25,7 @@ bool Retries::Defer(const Retry& retry) {
   if (tries > rules_.times) return false;
   const auto row = static_cast<std::size_t>(tries - 1);
   if (rows_.size() <= row) rows_.resize(row + 1);
-  rows_[row].push_back({retry.position, clock_.Monotonic() + rules_.DelayAfter(tries), retry.domain, retry.before});
+  rows_[row].push_back({retry.position, clock_.SinceBoot() + rules_.DelayAfter(tries), retry.domain, retry.before});
   ++size_;
   return true;
 }
@@ -40,12 +40,13 @@ const Retries::Row* Retries::FirstRow() const {
 
 std::optional<platform::Instant> Retries::NextDue() const {
   const Row* first = FirstRow();
-  return first == nullptr ? std::nullopt : std::optional(first->front().due);
+  if (first == nullptr) return {};
+  return clock_.Monotonic() + (first->front().due - clock_.SinceBoot());
 }
 
 bool Retries::IsOneDue() const {
-  const auto due = NextDue();
-  return due && *due <= clock_.Monotonic();
+  const Row* first = FirstRow();
+  return first != nullptr && first->front().due <= clock_.SinceBoot();
 }
 
 std::optional<Retry> Retries::TakeDue() {

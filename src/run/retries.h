@@ -23,7 +23,7 @@ struct Retry {
 
 class Retries {
  public:
-  // The time of day may be set meanwhile, so that they wait by the other clock.
+  // The time of day may be set meanwhile, and the computer be asleep: they wait by the time since its start.
   Retries(const RetryRules& rules, const platform::Clock& clock) : rules_(rules), clock_(clock) {}
 
   // Whether this is the kind of outcome that another time may change, and nothing can be doubled by another try: the
@@ -45,7 +45,7 @@ class Retries {
  private:
   struct Waiting {
     std::int64_t position;
-    platform::Instant due;
+    platform::Uptime due;
     Domain domain;
     int before;
   };

@@ -15,19 +15,22 @@ std::string PlacesText(std::int64_t first, std::int64_t last) {
 
 }  // namespace
 
-Result<SkippedOnes> SkippedOf(RunJournal& journal, const MailingEntry& mailing) {
-  SkippedOnes skipped{mailing.recipients, {1, mailing.recipients}};
+Result<std::optional<SkippedOnes>> SkippedOf(RunJournal& journal, const MailingEntry& mailing) {
   const auto kept = journal.Inputs(mailing.id);
   if (!kept) return kept.error();
   const auto frozen = ReadFrozenText(kept->inputs, kept->files);
-  if (!frozen || !frozen->inputs.range) return skipped;  // whoever goes on with it is told what is wrong
+  if (!frozen) return std::optional<SkippedOnes>();  // whoever goes on with it is told what is wrong
+  SkippedOnes skipped{mailing.recipients, {1, mailing.recipients}};
+  if (!frozen->inputs.range) return std::optional(skipped);
   skipped.part.first = frozen->inputs.range->first;
   skipped.part.last = skipped.part.first + mailing.recipients - 1;
   skipped.list = std::max(frozen->inputs.recipients, skipped.part.last);
-  return skipped;
+  return std::optional(skipped);
 }
 
-Sentence WhoWasSkipped(const SkippedOnes& skipped) {
+Sentence WhoWasSkipped(const std::optional<SkippedOnes>& known) {
+  if (!known) return Say("Who was skipped is not known: what the journal has of the letter is damaged.");
+  const SkippedOnes& skipped = *known;
   if (skipped.count() == 0) return Say("Nobody was skipped: the run was for the whole list.");
   std::string places;
   if (skipped.part.first > 1) places = PlacesText(1, skipped.part.first - 1);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "platform/result.h"
 #include "platform/sentence.h"
@@ -19,9 +20,9 @@ struct SkippedOnes {
   std::int64_t count() const { return list - (part.last - part.first + 1); }
 };
 
-// Fails as the journal does. Nobody where its text of the mailing cannot be read.
-Result<SkippedOnes> SkippedOf(RunJournal& journal, const MailingEntry& mailing);
+// Fails as the journal does. Nothing where its text of the mailing is damaged, so that nobody knows.
+Result<std::optional<SkippedOnes>> SkippedOf(RunJournal& journal, const MailingEntry& mailing);
 // Their places: "Skipped, for they are outside the part of the list that was asked for: #1 to #4 and #8 to #30."
-Sentence WhoWasSkipped(const SkippedOnes& skipped);
+Sentence WhoWasSkipped(const std::optional<SkippedOnes>& skipped);
 
 }  // namespace quillcast::run

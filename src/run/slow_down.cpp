@@ -89,7 +89,10 @@ std::optional<Sentence> SlowDown::Decided(const smtp::Outcome& outcome) {
 }
 
 std::optional<Sentence> SlowDown::CameBack(const smtp::Outcome& why) {
-  const std::string text = platform::AsciiLower(why.reply.text);
+  std::string text = platform::AsciiLower(why.reply.text);
+  for (const std::string_view goodbye : {"closing this connection", "closing this session"}) {
+    if (const auto at = text.find(goodbye); at != std::string::npos) text.erase(at, goodbye.size());
+  }
   const auto says = [&](std::string_view words) { return text.find(words) != std::string::npos; };
   return std::ranges::any_of(kOfOneConnection, says) ? std::nullopt : Decided(why);
 }

@@ -1,8 +1,10 @@
 """What the journal keeps of runs, by command: shown, gone on with, taken out, forgotten."""
+import contextlib
 import email
 import html.parser
 import json
 import socket
+import sqlite3
 import threading
 import unittest
 
@@ -240,6 +242,21 @@ class KeptRuns(Case):
         self.assertIn("1 run was forgotten, with 1 recipient of whom nobody knows whether the message arrived.",
                       self.run_program("--yes", "history", "clear")[2])
         self.assertEqual(self.objects("runs", "list"), [])
+
+    def test_one_that_is_damaged_hides_no_other(self):
+        box = self.mailbox()
+        for _ in range(2):
+            self.mail(box, code=0)
+        with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db")) as journal, journal:
+            journal.execute("UPDATE mailings SET recipients = 2 WHERE id = 1")
+        code, out, err = self.run_program("--json", "runs", "list")
+        self.assertEqual((code, [json.loads(line)["run"] for line in out.splitlines()]), (65, [2]), err)
+        self.assertIn("What the journal has of these runs is damaged: #1.", err)
+        code, _, err = self.run_program("runs", "forget", 1)
+        self.assertEqual(code, 77)
+        self.assertIn("Run #1 is damaged, so that nobody can read what became of its recipients.", err)
+        self.assertEqual(self.ok("--yes", "runs", "forget", 1), "Run #1 was forgotten.\n")
+        self.assertEqual([row["run"] for row in self.objects("runs", "list")], [2])
 
     def test_one_program_at_a_time_goes_on(self):
         """While a run goes on it is shown as such, is no one else's, and is not forgotten."""

@@ -52,6 +52,8 @@ class ContentsInMemory final : public run::RunJournal {
     return NoRuns();
   }
   Result<std::vector<run::MailingEntry>> List() override { return NoRuns(); }
+  Result<std::vector<run::RunId>> Damaged() override { return NoRuns(); }
+  Result<run::MailingId> MailingOf(run::RunId) override { return NoRuns(); }
   Result<run::MailingEntry> Find(run::RunId) override { return NoRuns(); }
   Result<run::NewMailing> Inputs(run::MailingId) override { return NoRuns(); }
   Result<std::int64_t> Count(run::MailingId, const run::RecipientChoice&) override { return NoRuns(); }

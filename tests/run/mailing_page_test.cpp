@@ -70,7 +70,7 @@ TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
         "no answer; The program ended before the server's answer came. | 0 | 0 | 1 | 0 | \n",
         "not tried | 0 | 0 | 0 | 3 | \n", "example.org | 1 | 2 | 1 | 3 | \n", "All | 1 | 2 | 1 | 3 | \n",
         // The head, up to the moment.
-        "\nFrom Ada &lt;ada@example.org&gt; to 7 recipients of the group Readers. Sent 2",
+        "\nFrom Ada &lt;ada@example.org&gt; to 7 recipients of the group Readers. Sent from 2",
         // By name.
         "Who did not get it\n\n# | Address | State | Why\n2 | r2@example.org | refused | 550 5.1.1 nobody\n"
         "3 | r3@example.org | deferred | 451 4.2.0 later\n\n",
@@ -79,9 +79,9 @@ TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
         "Who was not tried\n\n# | Address | State | Why\n5 | r5@example.org | not tried | \n"}) {
     EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
   }
-  const std::size_t sent = text.find("Sent 2");  // and the moment
+  const std::size_t sent = text.find("Sent from 2");  // and the moment
   ASSERT_NE(sent, std::string::npos) << text;
-  EXPECT_EQ(text.find(", until this was cut off.", sent), sent + std::string_view("Sent 2026-11-28 00:00:00").size())
+  EXPECT_EQ(text.find(" until it was cut off.", sent), sent + std::string_view("Sent from 2026-11-28 00:00:00").size())
       << text;
 }
 
@@ -91,9 +91,10 @@ TEST_F(PageOfMailing, TellsOfThoseThatWentOn) {
   text.erase(0, text.find("Readers. ") + std::string_view("Readers. ").size());
   text.erase(text.find('\n'));
   std::erase_if(text, [](char c) { return c >= '0' && c <= '9'; });
-  EXPECT_EQ(text,
-            "Sent -- ::, until this was cut off. The sending was taken up again -- ::, until this was cut off. Some "
-            "were tried again -- ::, until this was cut off.");
+  EXPECT_EQ(
+      text,
+      "Sent from -- :: until it was cut off. The sending was taken up again from -- :: until it was cut off. Some "
+      "were tried again from -- :: until it was cut off.");
 }
 
 // Of whom there is nobody there is no column, and of what nobody needs no heading.

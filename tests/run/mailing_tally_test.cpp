@@ -89,6 +89,24 @@ TEST(MailingTally, TellsTheWordsThatAllRepliesOfACodeShare) {
   }
 }
 
+// Reasons of our own are whole sentences.
+TEST(MailingTally, TellsTheReasonThatAllShareOrNone) {
+  for (const auto& [reasons, words] :
+       {std::pair<std::vector<std::string>, std::string>{{"The program ended.", "The program ended."},
+                                                         "The program ended."},
+        {{"Cannot read a1.pdf: No such file.", "Cannot read a2.pdf: No such file."},
+         "Cannot read \xE2\x80\xA6 No such file."},
+        {{"The run ended before the answer came.", "The computer stopped.", "The computer stopped."}, ""}}) {
+    MailingTally tally(kFirst, kFirst);
+    for (const auto& reason : reasons) {
+      JournalRow row = Row("a@d.example", ResultState::kUnknown, 0, 0);
+      row.reason = reason;
+      tally.Add(row);
+    }
+    EXPECT_EQ(tally.Replies(1)[0].words, words);
+  }
+}
+
 // More names than it holds: everybody is still counted once.
 TEST(MailingTally, IsBounded) {
   MailingTally tally(kFirst, kFirst);

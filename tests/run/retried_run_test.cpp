@@ -4,6 +4,8 @@
 #include <random>
 
 #include "run/paced_run.h"
+#include "run/retries.h"
+#include "support/fake_clock.h"
 
 namespace quillcast::run {
 namespace {
@@ -70,6 +72,17 @@ TEST_F(RetriedRun, ComesBehindTheListWhenItIsDueAndCountsByTheLastResult) {
 
 // A run that goes on with one that ended while some waited: this try is their next, and how long they wait for another,
 // and how often, goes by all of them.
+TEST_F(RetriedRun, WaitsNoLongerForASleepOfTheComputer) {
+  test::FakeClock clock;
+  Retries retries({1, 30min}, clock);
+  EXPECT_TRUE(retries.Defer({.position = 1, .tries = 1}));
+  clock.monotonic += 10min;
+  EXPECT_EQ(retries.NextDue(), clock.monotonic + 20min);
+  clock.asleep = 1h;
+  EXPECT_TRUE(retries.IsOneDue());
+  EXPECT_LE(retries.NextDue(), clock.monotonic);
+}
+
 TEST_F(RetriedRun, GoesOnWithTheTriesOfTheRunBefore) {
   const struct {
     int before;

@@ -61,6 +61,8 @@ TEST(SlowDown, TellsALimitOfTheConnectionFromOneOfThePace) {
   EXPECT_FALSE(slow_down.CameBack(Answer(451, "4.3.0", "lookup failed")));
   EXPECT_TRUE(slow_down.CameBack(Answer(421, "4.7.0", "Rate limit exceeded, closing connection")));
   clock.monotonic += 20s;
+  EXPECT_TRUE(slow_down.CameBack(Answer(421, "4.7.0", "Rate limit exceeded; closing this session")));
+  clock.monotonic += 20s;
   EXPECT_TRUE(slow_down.CameBack(Answer(451, "4.7.1", "too many messages, slow down")));
 }
 

@@ -11,9 +11,11 @@ class FakeClock final : public platform::Clock {
   // 3 July 2026, 09:05:07 UTC
   std::chrono::system_clock::time_point now = std::chrono::system_clock::from_time_t(1783069507);
   platform::Instant monotonic{};
+  std::chrono::nanoseconds asleep{};  // the computer was, so long in all
 
   std::chrono::system_clock::time_point Now() const override { return now; }
   platform::Instant Monotonic() const override { return monotonic; }
+  platform::Uptime SinceBoot() const override { return platform::Uptime(monotonic.time_since_epoch() + asleep); }
   std::tm Local(std::chrono::system_clock::time_point moment) const override {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
     std::tm broken_down{};

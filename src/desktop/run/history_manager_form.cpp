@@ -15,6 +15,8 @@
 namespace quillcast::desktop {
 namespace {
 
+constexpr std::size_t kMostNamed = 3;  // in a line of the main window
+
 QStringList WhatIsForgotten(const profile::Folders& folders, const platform::Clock& clock,
                             const platform::CancelToken& cancel) {
   const auto journal = run::OpenJournal(folders, clock, cancel);
@@ -22,7 +24,7 @@ QStringList WhatIsForgotten(const profile::Folders& folders, const platform::Clo
   if (!forgotten) return {InWords(forgotten.error())};
   QStringList sentences;
   if (const auto went = run::WhatWentOf(*forgotten)) sentences << InWords(*went);
-  for (const auto& sentence : run::WhatStayed(*forgotten)) sentences << InWords(sentence);
+  for (const auto& sentence : run::WhatStayed(*forgotten, kMostNamed)) sentences << InWords(sentence);
   return sentences;
 }
 

@@ -1,6 +1,7 @@
 #include "desktop/run/kept_runs_form.h"
 
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
@@ -75,7 +76,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
       task_(new BackgroundTask(this)) {
   setObjectName("KeptRunsForm");
   setWindowTitle(tr("Runs"));
-  resize(1080, 760);
+  resize(1180, 760);
   for (const Whom& whom : Offered()) states_->addItem(tr(whom.text));
   reply_->setMaxLength(255);
   group_->setMaxLength(255);
@@ -87,6 +88,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   column->Add(people_, 3);
   column->AddGrid()->Add("GroupTextBox", tr("&Group to make of them:"), group_);
   column->Add(status_);
+  status_->setMinimumHeight(2 * fontMetrics().lineSpacing());  // so that nothing moves where it has two lines
   MakeButtons(column);
   connect(runs_, &KeptRunsList::ChosenChanged, this, &KeptRunsForm::MeetMailing);
   connect(runs_, &KeptRunsList::ChosenChanged, this, &KeptRunsForm::EnableButtons);
@@ -119,6 +121,15 @@ void KeptRunsForm::MakeButtons(FormColumn* column) {
   forget_ = make("ForgetButton", tr("&Forget…"), [this] { Forget(); });
   column->AddLine({send_, list_, make_group_, nullptr});
   column->AddLine({report_, forget_, nullptr, make("CloseButton", tr("Close"), [this] { reject(); })});
+}
+
+// Enter presses the button that has the focus, and no other.
+void KeptRunsForm::keyPressEvent(QKeyEvent* event) {
+  auto* button = qobject_cast<QPushButton*>(focusWidget());
+  if (button == nullptr || (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)) {
+    return QDialog::keyPressEvent(event);
+  }
+  button->click();
 }
 
 void KeptRunsForm::Fill() {
@@ -249,16 +260,21 @@ void KeptRunsForm::SendToThese() {
 }
 
 void KeptRunsForm::Work(std::function<Result<Sentence>(run::RunJournal&, const platform::CancelToken&)> work) {
+  focus_before_ = focusWidget();
   task_->Start([this, work = std::move(work), &folders = program_.folders,
                 &clock = program_.clock](const platform::CancelToken& cancel) -> std::function<void()> {
     const auto journal = run::OpenJournal(folders, clock, cancel);
     auto done = journal ? work(**journal, cancel) : Result<Sentence>(journal.error());
     return [this, done = std::move(done)] {
       Fill();
+      // A button that can be pressed no more had lost it.
+      if (focusWidget() == focus_meanwhile_ && focus_before_ != nullptr && focus_before_->isEnabled())
+        focus_before_->setFocus();
       done ? Tell(InWords(*done)) : status_->Fail(done.error());
     };
   });
   EnableButtons();
+  focus_meanwhile_ = focusWidget();
   status_->Say(tr("Working…"));
 }
 

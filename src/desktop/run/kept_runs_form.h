@@ -34,6 +34,9 @@ class KeptRunsForm final : public QDialog {
   // Opens the sending window for it, and returns when that has closed.
   std::function<void(const GoOnRequest&)> go_on;
 
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
  private:
   void MakeButtons(FormColumn* column);
   void Fill();
@@ -71,6 +74,8 @@ class KeptRunsForm final : public QDialog {
   std::int64_t count_ = 0;       // of those
   QString told_;                 // what came of the button that was pressed last, as long as it stands
   BackgroundTask* task_;
+  QWidget* focus_before_ = nullptr;  // the work began, and while it goes on
+  QWidget* focus_meanwhile_ = nullptr;
   QPushButton* send_ = nullptr;
   QPushButton* list_ = nullptr;
   QPushButton* make_group_ = nullptr;

@@ -43,7 +43,7 @@ KeptRunsList::KeptRunsList(const profile::Program& program, QWidget* parent)
       program_(program),
       grid_(new RowList(
           "KeptRunsGrid", tr("Runs"),
-          {{tr("#"), 5, true}, {tr("Began"), 21}, {tr("Message"), 28}, {tr("Group"), 19}, {tr("Standing")}},
+          {{tr("#"), 5, true}, {tr("Began"), 21}, {tr("Message"), 37}, {tr("Group"), 23}, {tr("Standing")}},
           [this](std::size_t row, int column) { return TextOf(row, column); }, this)),
       pause_(new QTimer(this)),
       look_(new BackgroundTask(this)) {
@@ -65,7 +65,9 @@ Result<void> KeptRunsList::Fill() {
   Result<void> read = mailings ? Result<void>() : mailings.error();
   Take(mailings ? *std::move(mailings) : std::vector<run::MailingEntry>());
   if (isVisible()) pause_->start();
-  return read;
+  if (!read) return read;
+  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
+  return journal ? run::CheckIsWhole(**journal) : journal.error();
 }
 
 const run::MailingEntry* KeptRunsList::Mailing() const {
@@ -153,8 +155,15 @@ QString KeptRunsList::TextOf(std::size_t row, int column) const {
     case kGroup:
       return is_first ? ToQt(platform::Printable(mailing.group, kLongestSubject)) : QString();
     default:
-      return is_first ? ToQt(run::StandingText(mailing)) : StandingOf(run);
+      return is_first ? StandingOf(mailing) : StandingOf(run);
   }
+}
+
+// Where others went on with it, how its first run stands is not how it does.
+QString KeptRunsList::StandingOf(const run::MailingEntry& mailing) {
+  const QString standing = ToQt(run::StandingText(mailing));
+  const bool was_cut_off = mailing.runs.front().standing == run::RunStanding::kCutOff;
+  return mailing.runs.size() > 1 && was_cut_off ? tr("%1 (this run was cut off)").arg(standing) : standing;
 }
 
 // Of a run that went on: what came of the recipients stands at the mailing.

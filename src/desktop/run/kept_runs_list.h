@@ -44,6 +44,7 @@ class KeptRunsList final : public QWidget {
   };
 
   QString TextOf(std::size_t row, int column) const;
+  static QString StandingOf(const run::MailingEntry& mailing);
   QString StandingOf(const run::RunEntry& run) const;
   const run::RunEntry& RunOf(const Line& line) const { return mailings_[line.mailing].runs[line.run]; }
   void Look();

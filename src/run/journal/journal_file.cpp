@@ -72,19 +72,25 @@ Result<void> CheckIsOurs(platform::Database& database, const JournalPlace& place
   return Error{Failure::kBadData, Say("{} belongs to another program.", place.file.string())};
 }
 
+Result<void> CheckIsKnown(std::int64_t version, const JournalPlace& place) {
+  if (version <= kVersion) return {};
+  return Error{Failure::kUnavailable, Say("{} was written by a newer version of Quillcast.", place.file.string()),
+               "Use that version, or move the file away to begin with an empty one."};
+}
+
 // One at a time: two that change the journal mode at once do not wait for each other.
 Result<void> MakeTables(platform::Database& database, const JournalPlace& place) {
   const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);
   if (!lock) return lock.error();
   auto version = VersionOf(database);
   if (!version) return version.error();
-  if (*version == kVersion) return {};
+  if (*version >= kVersion) return CheckIsKnown(*version, place);
   if (*version == 0) {
     if (auto paged = database.Execute(kPages); !paged) return paged;
   }
   auto transaction = platform::Transaction::Begin(database);
   if (!transaction) return transaction.error();
-  while (*version != kVersion) {
+  while (*version < kVersion) {
     if (auto made = database.Execute(kTablesFrom.at(static_cast<std::size_t>(*version))); !made) return made;
     version = VersionOf(database);
     if (!version) return version.error();
@@ -98,10 +104,7 @@ Result<platform::Database> Open(const JournalPlace& place) {
   if (auto ours = CheckIsOurs(*database, place); !ours) return ours.error();
   const auto version = VersionOf(*database);
   if (!version) return version.error();
-  if (*version > kVersion) {
-    return Error{Failure::kUnavailable, Say("{} was written by a newer version of Quillcast.", place.file.string()),
-                 "Use that version, or move the file away to begin with an empty one."};
-  }
+  if (auto known = CheckIsKnown(*version, place); !known) return known.error();
   if (!database->MayWrite()) {
     return Error{Failure::kNotPermitted, Say("{} may not be written.", place.file.string()),
                  "Give yourself the permission to write the file and its folder."};

@@ -180,20 +180,40 @@ class RowReader {
   JournalRow row_;
 };
 
-Result<std::vector<MailingEntry>> ListMailings(platform::Database& database, const JournalPlace& place) {
+struct Listed {
+  std::vector<MailingEntry> mailings;
+  std::vector<RunId> damaged;  // the first runs of others
+};
+
+Result<RunId> FirstRunOf(platform::Database& database, MailingId mailing) {
+  auto statement = database.Prepare("SELECT min(id) FROM runs WHERE mailing = ?");
+  if (!statement) return statement.error();
+  if (auto bound = statement->Bind(1, mailing); !bound) return bound.error();
+  const auto row = statement->Step();
+  return row ? Result<RunId>(statement->Int(0)) : row.error();
+}
+
+// One that is damaged stops no other.
+Result<Listed> ListMailings(platform::Database& database, const JournalPlace& place) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
   const auto look = Look::At(database);
   if (!look) return look.error();
   const auto mailings = AllMailings(database);
   if (!mailings) return mailings.error();
-  std::vector<MailingEntry> entries;
+  Listed listed;
   for (const MailingId mailing : *mailings) {
     auto entry = EntryOf(database, place, mailing, *seen);
-    if (!entry) return entry.error();
-    entries.push_back(*std::move(entry));
+    if (entry) {
+      listed.mailings.push_back(*std::move(entry));
+      continue;
+    }
+    if (entry.error().failure != Failure::kBadData) return entry.error();
+    const auto first = FirstRunOf(database, mailing);
+    if (!first) return first.error();
+    listed.damaged.push_back(*first);
   }
-  return entries;
+  return listed;
 }
 
 Result<MailingEntry> FindMailing(platform::Database& database, const JournalPlace& place, RunId run) {
@@ -293,7 +313,19 @@ Result<NewMailing> ReadInputs(platform::Database& database, MailingId mailing) {
 
 }  // namespace
 
-Result<std::vector<MailingEntry>> SqliteRunJournal::List() { return OfJournal(ListMailings(database_, place_)); }
+Result<std::vector<MailingEntry>> SqliteRunJournal::List() {
+  auto listed = OfJournal(ListMailings(database_, place_));
+  if (!listed) return listed.error();
+  return std::move(listed->mailings);
+}
+
+Result<std::vector<RunId>> SqliteRunJournal::Damaged() {
+  auto listed = OfJournal(ListMailings(database_, place_));
+  if (!listed) return listed.error();
+  return std::move(listed->damaged);
+}
+
+Result<MailingId> SqliteRunJournal::MailingOf(RunId run) { return OfJournal(run::MailingOf(database_, run)); }
 
 Result<MailingEntry> SqliteRunJournal::Find(RunId run) { return OfJournal(FindMailing(database_, place_, run)); }
 

@@ -201,7 +201,7 @@ Result<void> TakeRecentOf(platform::Database& database, const JournalPlace& plac
     return stored.error();
   }
   if (auto committed = transaction->Commit(); !committed) return committed;
-  fs::remove(FileOf(place, mailing), IgnoreErrors());
+  RemoveRecentOf(place, mailing);
   return {};
 }
 
@@ -258,30 +258,37 @@ void RecentLog::BeginAnew() {
 
 void RecentLog::Remove() { fs::remove(path_, IgnoreErrors()); }
 
+void RemoveRecentOf(const JournalPlace& place, MailingId mailing) {
+  fs::remove(FileOf(place, mailing), IgnoreErrors());
+}
+
 Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing) {
   const StoredRun& run = mailing.runs.back();
   if (run.entry.ended || run.boot != place.boot || run.boot.empty()) return {};
   const fs::path path = FileOf(place, mailing.entry.id);
   if (!fs::is_regular_file(fs::symlink_status(path, IgnoreErrors()))) return {};
   const auto octets = platform::ReadFile(path, kMostOctets);
-  const bool is_none =
-      !octets && (octets.error().failure == Failure::kNoInput || octets.error().failure == Failure::kBadData);
-  if (!octets) return is_none ? Result<void>() : Result<void>(octets.error());
+  // What may not be read now stays for whoever may; what is too large is nobody's.
+  if (!octets && octets.error().failure != Failure::kBadData && fs::exists(path, IgnoreErrors())) {
+    return octets.error();
+  }
+  if (!octets) return {};
   const std::string owner = OwnerOf(run);
   if (!octets->starts_with(owner)) return {};
-  Frames frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
-  // Where it was killed right behind a commit, nothing was told since.
-  if (std::int64_t{frames.round} + 1 == run.round) frames = {frames.round + 1, {}, true};
-  if (frames.round != run.round) return {};  // an earlier state of it
+  const Frames frames = TakeFrames(std::string_view(*octets).substr(owner.size()));
+  // Killed right behind a commit: all that was told before it is in it.
+  const bool is_nothing_told_since = std::int64_t{frames.round} + 1 == run.round;
+  if (frames.round != run.round && !is_nothing_told_since) return {};  // an earlier state of the file
   auto taking = Taking::Into(database, mailing);
   if (!taking) return taking.error();
-  std::string_view told = frames.told;
+  std::string_view told = is_nothing_told_since ? std::string_view() : frames.told;
   for (bool more = !told.empty(); more;) {
     const auto next = taking->Next(told);
     if (!next) return next.error();
     more = *next;
   }
-  if (auto written = taking->Write(); !written || !frames.is_whole || !told.empty()) return written;
+  const bool is_whole = frames.is_whole || is_nothing_told_since;
+  if (auto written = taking->Write(); !written || !is_whole || !told.empty()) return written;
   return taking->LetGoOfReserved();
 }
 

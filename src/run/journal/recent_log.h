@@ -50,11 +50,13 @@ class RecentLog {
 };
 
 // Takes into the journal, in the transaction that is open, what the mailing's last run told last, where its program is
-// gone. The caller sees to it that nobody begins another one meanwhile. Where it is missing or damaged, whoever was
-// reserved stays in doubt.
+// gone. The caller sees to it that nobody begins another one meanwhile. Where the file is missing, damaged or an
+// earlier state of itself, whoever was reserved stays in doubt.
 Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing);
 // The same for every mailing that has something, and that nobody has in hand. Where that fails the file stays for the
 // next time, its mailing's reserved are in doubt until then, and no other mailing suffers.
 void TakeAllRecentIn(platform::Database& database, const JournalPlace& place);
+// Of a mailing that is forgotten.
+void RemoveRecentOf(const JournalPlace& place, MailingId mailing);
 
 }  // namespace quillcast::run

@@ -159,10 +159,14 @@ class RunJournal {
   virtual Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                                       NewRun run) = 0;
 
-  // Newest mailing first.
+  // Newest mailing first; without those that are damaged.
   virtual Result<std::vector<MailingEntry>> List() = 0;
+  // The first runs of those, newest first.
+  virtual Result<std::vector<RunId>> Damaged() = 0;
   // The mailing of a run.
   virtual Result<MailingEntry> Find(RunId run) = 0;
+  // Its number, also where it is damaged.
+  virtual Result<MailingId> MailingOf(RunId run) = 0;
   virtual Result<NewMailing> Inputs(MailingId mailing) = 0;
   // A kept file, readable from its beginning; it takes no place in any folder.
   virtual Result<platform::UniqueFd> Open(const KeptFile& file) = 0;

@@ -282,13 +282,13 @@ Result<platform::UniqueFd> SqliteRunJournal::Open(const KeptFile& file) {
 }
 
 Result<void> SqliteRunJournal::Forget(MailingId mailing) {
-  TakeAllRecentIn(database_, place_);
   const auto lock = MailingLock::Take(place_.Locks(), mailing);
   if (!lock) return lock.error();
   {
     auto transaction = platform::Transaction::Begin(database_);
     if (!transaction) return transaction.error();
-    if (const auto there = ReadMailing(database_, mailing); !there) return there.error();
+    const auto there = ReadMailing(database_, mailing);
+    if (!there && there.error().failure != Failure::kBadData) return there.error();
     if (auto forgotten = ForgetFiles(database_, mailing); !forgotten) return forgotten;
     if (auto forgotten = ForgetUnused(database_, Seconds(place_)); !forgotten) return forgotten;
     if (auto forgotten = ForgetMailing(database_, mailing); !forgotten) return forgotten;
@@ -296,6 +296,7 @@ Result<void> SqliteRunJournal::Forget(MailingId mailing) {
     if (auto given = database_.Execute("PRAGMA incremental_vacuum"); !given) return given;
     if (auto committed = transaction->Commit(); !committed) return committed;
   }
+  RemoveRecentOf(place_, mailing);
   // What the log still has of it goes when those who read in it are done, at the latest with the last who has the file
   // open.
   IgnoreErrors(TakeLogIntoFile(place_, std::chrono::seconds(1), true));

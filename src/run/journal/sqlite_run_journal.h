@@ -25,6 +25,8 @@ class SqliteRunJournal final : public RunJournal {
   Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                               NewRun run) override;
   Result<std::vector<MailingEntry>> List() override;
+  Result<std::vector<RunId>> Damaged() override;
+  Result<MailingId> MailingOf(RunId run) override;
   Result<MailingEntry> Find(RunId run) override;
   Result<NewMailing> Inputs(MailingId mailing) override;
   Result<platform::UniqueFd> Open(const KeptFile& file) override;

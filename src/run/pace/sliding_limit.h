@@ -13,7 +13,7 @@ class SlidingLimit {
  public:
   // A message's first octet is out so much later, at most, than the time that is told of it. One may be late and the
   // next be not, so any stretch is so much longer.
-  static constexpr auto kFirstOctet = std::chrono::milliseconds(1);
+  static constexpr auto kFirstOctet = std::chrono::milliseconds(5);
 
   explicit SlidingLimit(const MessageLimit& limit) : messages_(limit.messages), within_(limit.within + kFirstOctet) {}
 

@@ -17,11 +17,11 @@ constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
 constexpr const char* kMayBeTaken = "The message may have been taken all the same.";
 constexpr const char* kEndedBefore = "The connection ended before the server answered.";
 
-// Whether people would choose it as a limit: 20, 150, 1,000.
+// Whether people would choose it as a limit: 20, 150, 1,000. Each of them costs a round trip.
 bool IsRound(std::size_t number) {
   if (number < 10) return false;
   while (number % 10 == 0) number /= 10;
-  return number < 10 || number == 15 || number == 25 || number == 75;
+  return number <= 3 || number == 5 || number == 15 || number == 25;
 }
 
 }  // namespace
@@ -183,7 +183,8 @@ bool Transfers::MustBeAccepted(std::uint64_t size, std::size_t mails) const {
 // What is behind a message that waits for its envelope would be told of as out, and be unknown after a kill.
 bool Transfers::HoldsUpOthers(const Transfer& last) const {
   const bool is_to_come = last.next == Next::kReset || last.next == Next::kMail || last.next == Next::kRcpt;
-  return (is_to_come || last.next == Next::kContent) && MustBeAccepted(last.envelope.size, mails_wanted_);
+  const bool waits = last.next == Next::kContent && wire_.awaits();
+  return (is_to_come || waits) && MustBeAccepted(last.envelope.size, mails_wanted_);
 }
 
 void Transfers::SendBody(Transfer& transfer) {

@@ -214,9 +214,16 @@ TEST_F(FaultsTest, NumbersThatCannotBeAreDamage) {
     auto journal = Take(SqliteRunJournal::Open(Place("monday", folder)));
     Take(journal->List());
     Take(Take(platform::Database::Open(folder / "runs.db", platform::OpenMode::kReadWrite)).Execute(sql));
-    const auto list = journal->List();
-    ASSERT_FALSE(list) << sql;
-    EXPECT_EQ(list.error().failure, Failure::kBadData) << sql;
+    EXPECT_TRUE(Take(journal->List()).empty()) << sql;
+    ASSERT_EQ(Take(journal->Damaged()).size(), 1U) << sql;
+    const auto found = journal->Count(1, kAll);
+    ASSERT_FALSE(found) << sql;
+    EXPECT_EQ(found.error().failure, Failure::kBadData) << sql;
+    EXPECT_EQ(std::string(sql) == "DELETE FROM runs", Take(journal->Damaged()).front() == 0) << sql;
+    Take(BeginWith(*journal, 2)->End());
+    EXPECT_EQ(Take(journal->List()).size(), 1U) << "the others are listed";
+    Take(journal->Forget(1));
+    EXPECT_TRUE(Take(journal->Damaged()).empty()) << sql;
   }
 }
 

@@ -9,7 +9,6 @@
 #include <sstream>
 
 #include "run/pace/sliding_limit.h"
-#include "run/pace/sliding_limit.h"
 #include "run/pace/zoned_clock.h"
 #include "support/temporary_folder.h"
 
