@@ -110,16 +110,17 @@ class Taking {
     return Taking(*std::move(blocks), *std::move(words), mailing.entry.recipients);
   }
 
-  // False at the end, and where what stands there is nothing that a run tells.
+  // False at the end, and where what stands there, and is left, is nothing that a run tells.
   Result<bool> Next(std::string_view& told) {
     if (told.empty()) return false;
-    const char kind = told.front();
-    told.remove_prefix(1);
+    std::string_view rest = told.substr(1);
     std::uint64_t read = 0;
-    if (!TakeVarint(told, read)) return false;
+    if (!TakeVarint(rest, read)) return false;
     const auto number = static_cast<std::int64_t>(read);
-    if (kind == kRecord) return TakeRecord(number, told);
-    return kind == kWords && TakeSaid(number, told);
+    const auto taken = told.front() == kRecord ? TakeRecord(number, rest)
+                                               : Result<bool>(told.front() == kWords && TakeSaid(number, rest));
+    if (taken && *taken) told = rest;
+    return taken;
   }
   Result<void> Write() {
     if (auto written = blocks_.Write(); !written) return written;

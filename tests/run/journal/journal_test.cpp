@@ -347,6 +347,21 @@ TEST_F(JournalTest, SaysWhyItIsUnknownWhatBecameOfSomebody) {
   EXPECT_EQ(RowAt(*journal, 2).when, std::chrono::floor<std::chrono::seconds>(clock_.now)) << "when it went out";
 }
 
+// As where a connection is lost and the message goes over another one.
+TEST_F(JournalTest, AMessageThatGoesOutTwiceIsOneAttempt) {
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 2);
+  for (const std::int64_t position : Given(*run)) {
+    run->GoesOut(position);
+    run->GoesOut(position);
+    run->Settled(position, position == 1 ? Sent(1) : smtp::Left());
+    Take(run->Record());
+  }
+  EXPECT_EQ(States(*journal), "s-");
+  EXPECT_EQ(RowAt(*journal, 1).attempts, 1);
+  EXPECT_EQ(RowAt(*journal, 2).attempts, 0);
+}
+
 TEST_F(JournalTest, ListsTheNewestMailingFirst) {
   const auto journal = OpenJournal();
   EXPECT_TRUE(Take(journal->List()).empty());

@@ -1,9 +1,14 @@
 // A program that is killed at any moment: what it had told is known, and who was in flight is named.
+#include <zlib.h>
+
+#include <array>
+#include <cstring>
 #include <fstream>
 #include <future>
 
 #include "run/journal/each_write.h"
 #include "run/journal/sending.h"
+#include "support/full_disk.h"
 #include "support/room_on_disk.h"
 
 namespace quillcast::run {
@@ -26,6 +31,13 @@ class KillTest : public JournalTest {
     return found;
   }
   void KillAtAnyWrite();
+  // A frame of the short file, as it would stand there.
+  static std::string FrameOf(std::string_view told, std::uint32_t round) {
+    const auto check = static_cast<std::uint32_t>(
+        ::crc32(round, reinterpret_cast<const Bytef*>(told.data()), static_cast<uInt>(told.size())));
+    const std::array<std::uint32_t, 3> head{static_cast<std::uint32_t>(told.size()), check, round};
+    return std::string(reinterpret_cast<const char*>(head.data()), sizeof(head)) + std::string(told);
+  }
 
   bool is_looking_ = false;
 };
@@ -115,6 +127,13 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
   for (const std::size_t zeros : {std::size_t{0}, kNothingBehind, octets.size()}) {
     EXPECT_EQ(found_with(octets.substr(0, ends[0]) + std::string(zeros, '\0')), in_doubt(told[0])) << zeros;
   }
+  std::uint32_t round = 0;
+  std::memcpy(&round, octets.data() + ends[0] + 2 * sizeof(round), sizeof(round));
+  const std::string record = octets.substr(ends[0] + kNothingBehind + 2, kRecordSize);
+  for (const std::string& nonsense : {FrameOf("x", round), FrameOf("r\x28" + record, round), FrameOf("", round - 1)}) {
+    EXPECT_EQ(found_with(octets.substr(0, ends.back()) + nonsense + std::string(kNothingBehind, '\0')),
+              in_doubt(told.back()));
+  }
   EXPECT_EQ(found_with("quillcast" + octets), in_doubt(told[0])) << "of another run";
   EXPECT_EQ(found_with(""), in_doubt(told[0]));
   std::string large = octets;
@@ -124,6 +143,43 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
             "What the program last kept of this message is lost.");
   EXPECT_EQ(Found(), told.back());
   EXPECT_EQ(RowAt(*OpenJournal("monday", root_ / "copy"), 1).reply.text, Sent(1).reply.text);
+}
+
+// Nobody has looked at it before.
+TEST_F(KillTest, AResumeTakesInItselfWhatWasToldLast) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 4);
+  Given(*run);
+  run->GoesOut(1);
+  run->Settled(1, Sent(1));
+  run->GoesOut(2);
+  Take(run->Record());
+  CopyFiles(root_.path(), root_ / "copy");
+  const auto found = OpenJournal("monday", root_ / "copy");
+  const auto resumed = Take(found->GoOn(1, RunKind::kResume, kLeft, {"second"}));
+  EXPECT_EQ(Given(*resumed), (std::vector<std::int64_t>{3, 4}));
+  EXPECT_EQ(States(*found), "su--");
+}
+
+TEST_F(KillTest, WhatWasToldLastOutlivesADiskThatFails) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 3);
+  run->GoesOut(Given(*run).front());
+  Take(run->Record());
+  int good_writes = 0;
+  for (bool has_failed = true; has_failed; ++good_writes) {
+    CopyFiles(root_.path(), root_ / "copy");
+    const auto found = OpenJournal("monday", root_ / "copy");
+    {
+      const test::FullDisk disk(test::FullDisk::Kind::kBroken, good_writes);
+      IgnoreErrors(found->List());
+      has_failed = test::FullDisk::has_failed();
+    }
+    EXPECT_EQ(States(*found), "u--") << good_writes;
+  }
+  EXPECT_GT(good_writes, 2);
 }
 
 TEST_F(KillTest, ShowsWhatWasToldToWhoeverLooksMeanwhile) {
@@ -242,6 +298,36 @@ TEST_F(KillTest, CommitsAtOnceWhatCannotBeToldOtherwise) {
   }
   EXPECT_EQ(States(*journal), "o--");
   EXPECT_EQ(Found(), "u--");
+}
+
+TEST_F(KillTest, TellsLaterWhatCouldNotBeTold) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 3);
+  Given(*run);
+  run->GoesOut(1);
+  {
+    const test::RoomOnDisk none(0);
+    EXPECT_FALSE(run->Record());
+    run->Show();
+  }
+  run->GoesOut(2);
+  Take(run->Record());
+  EXPECT_EQ(States(*journal), "---") << "nothing was committed";
+  EXPECT_EQ(Found(), "uu-");
+}
+
+// Where the system does not tell which start of the computer this is, it may be another one.
+TEST_F(KillTest, CountsAsALossOfPowerWhereNobodyKnows) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal("");
+  auto run = BeginWith(*journal, 2);
+  run->GoesOut(Given(*run, 1).front());
+  Take(run->Record());
+  CopyFiles(root_.path(), root_ / "copy");
+  const auto found = OpenJournal("", root_ / "copy");
+  EXPECT_EQ(States(*found), "uu");
+  EXPECT_EQ(RowAt(*found, 2).reason, "The computer stopped before it was kept what became of this message.");
 }
 
 // Killed again and again, by death or by loss of power, until nobody is left: nobody has got it twice, and everybody
