@@ -288,8 +288,7 @@ Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& plac
     if (!next) return next.error();
     more = *next;
   }
-  const bool is_whole = frames.is_whole || is_nothing_told_since;
-  if (auto written = taking->Write(); !written || !is_whole || !told.empty()) return written;
+  if (auto written = taking->Write(); !written || !frames.is_whole || !told.empty()) return written;
   return taking->LetGoOfReserved();
 }
 

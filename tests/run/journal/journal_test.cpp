@@ -350,16 +350,13 @@ TEST_F(JournalTest, SaysWhyItIsUnknownWhatBecameOfSomebody) {
 // As where a connection is lost and the message goes over another one.
 TEST_F(JournalTest, AMessageThatGoesOutTwiceIsOneAttempt) {
   const auto journal = OpenJournal();
-  auto run = BeginWith(*journal, 2);
-  for (const std::int64_t position : Given(*run)) {
-    run->GoesOut(position);
-    run->GoesOut(position);
-    run->Settled(position, position == 1 ? Sent(1) : smtp::Left());
-    Take(run->Record());
-  }
-  EXPECT_EQ(States(*journal), "s-");
+  auto run = BeginWith(*journal, 1);
+  Given(*run);
+  run->GoesOut(1);
+  run->GoesOut(1);
+  Take(run->Record());
+  run.reset();
   EXPECT_EQ(RowAt(*journal, 1).attempts, 1);
-  EXPECT_EQ(RowAt(*journal, 2).attempts, 0);
 }
 
 TEST_F(JournalTest, ListsTheNewestMailingFirst) {
