@@ -111,18 +111,24 @@ TEST_F(DepartureFile, AFullDiskLeavesThePaceToTheRun) {
 TEST_F(DepartureFile, CountsTheTimeThatPassedWhateverTheClockSays) {
   struct At {
     std::uint32_t boot = 1;  // 0: of an earlier version, which tells of no clock
-    std::chrono::hours set{0};
+    std::chrono::nanoseconds set{};
   };
+  const auto to_1970 = test::ZonedClock::At("1970-01-01 00:01") - clock_.now;
   const struct {
     const char* name;
     At before;  // four go out; then half an hour passes, and a new start is ten minutes ago
     At after;
     std::chrono::minutes left;
+    bool put_right = false;  // when the first is out
+    bool cut = false;        // down to its header, before that
   } kCases[] = {
       {"as it was", {}, {}, 30min},
       {"set back", {}, {1, -3h}, 30min},
       {"set forward", {1, -3h}, {}, 30min},
+      {"set from 1970, before which no time is kept", {1, to_1970}, {}, 30min},
+      {"cut under way, and set back", {}, {1, -3h}, 30min, false, true},
       {"started again", {}, {2}, 30min},
+      {"put right by a minute, and started again", {1, -1min}, {2}, 30min, true},
       {"started again with a clock that is behind", {}, {2, -3h}, 50min},
       {"started again with a clock that is no longer ahead", {1, 24h}, {2}, 50min},
       {"kept by an earlier version", {0}, {}, 30min},
@@ -133,7 +139,13 @@ TEST_F(DepartureFile, CountsTheTimeThatPassedWhateverTheClockSays) {
     fs::remove(file_);
     const auto is = [this](const At& at) { clock_.boot = at.boot, clock_.set = at.set; };
     is(each.before);
-    EXPECT_EQ(SendWhatMay(*std::make_unique<Turns>(Program(kFourAnHour))), 4);
+    {
+      Turns turns = Program(kFourAnHour);
+      if (each.cut) fs::resize_file(file_, kEntry);
+      EXPECT_EQ(SendWhatMay(turns, 1), 1);
+      if (each.put_right) clock_.set = {};
+      EXPECT_EQ(SendWhatMay(turns), 3);
+    }
     clock_.now += 30min;
     is(each.after);
     if (each.after.boot == 2) clock_.booted = clock_.now - 10min;
@@ -149,6 +161,16 @@ TEST_F(DepartureFile, CountsTheTimeThatPassedWhateverTheClockSays) {
     EXPECT_EQ(SendWhatMay(*std::make_unique<Turns>(Program(kFourAnHour))), 4);
   }
   EXPECT_TRUE(told_.empty());
+}
+
+// As where a container that shares the file counts the time since the start from another moment.
+TEST_F(DepartureFile, WhatSaysThatItGoesOutLaterIsOut) {
+  Send(*std::make_unique<Turns>(Program()), 1);
+  const DepartureOctets later = OctetsOf({DepartureState::kOut, clock_.Now() + 24h, DomainOf("example.org")});
+  Replace(Bytes() + std::string(later.data(), later.size()));
+  Turns turns = Program({.rate = MessageLimit{1, 1h}});
+  Turn turn{DomainOf("example.org")};
+  EXPECT_EQ(turns.Take(turn).until - clock_.Now(), 1h + SlidingLimit::kFirstOctet);
 }
 
 TEST(SystemClock, KnowsTheStartOfTheComputer) {
@@ -170,6 +192,7 @@ TEST_F(DepartureFile, IsPrivateAndCutToADay) {
   EXPECT_EQ(fs::file_size(file_), 1512 * kEntry) << "somebody has it open";
   turns.reset();
   beside.reset();
+  clock_.set = -3h;
   beside.emplace(Program(kFourAnHour));
   EXPECT_EQ(fs::file_size(file_), 12 * kEntry);
   EXPECT_EQ(SendWhatMay(*beside), 4) << "the ten are an hour old";
