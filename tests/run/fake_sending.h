@@ -154,6 +154,7 @@ class FakeCarrier final : public Carrier {
           ComeBack(letters, next);
           continue;
         }
+        letters.Waiting();
         next.outcome = Deliver(*next.job);
         letters.Decided(*next.job, *next.outcome);
         --undecided;
@@ -220,6 +221,7 @@ struct Kept {
   std::map<std::int64_t, ResultState> states;  // of those who were recorded
   int fails_at = 0;                            // the Record that fails, as all behind it do; 0 for none
   bool ended = false;
+  bool shown = false;                      // all that was told
   std::set<std::int64_t> unreadable = {};  // the second time
   std::map<std::int64_t, int> tries = {};  // of those who are to be tried again; before the run, 0: unknown
 };
@@ -250,8 +252,12 @@ class FakeRun final : public JournalledRun {
     recipient = given_[position];
     return {};
   }
-  void GoesOut(std::int64_t position) override { told_[position] = ResultState::kInFlight; }
+  void GoesOut(std::int64_t position) override {
+    told_[position] = ResultState::kInFlight;
+    kept_.shown = false;
+  }
   void Settled(std::int64_t position, const smtp::Outcome& outcome) override {
+    kept_.shown = false;
     auto& settled = settled_.try_emplace(position, ResultState::kNotTried).first->second;
     if (outcome.is_decided()) settled = StateOf(outcome.state);
     told_[position] = settled;
@@ -266,6 +272,7 @@ class FakeRun final : public JournalledRun {
     for (const auto& [position, state] : std::exchange(told_, {})) kept_.states[position] = state;
     return {};
   }
+  void Show() override { kept_.shown = true; }
   Result<void> End() override {
     const auto recorded = Record();
     kept_.ended = static_cast<bool>(recorded);

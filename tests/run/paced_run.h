@@ -35,8 +35,12 @@ class PacedRun : public testing::Test {
     FakeCarrier carrier(fates, setting.window, cancel);
     carrier.logs = true;
     carrier.then = setting.then;
-    carrier.is_out = [this](std::int64_t) { went_.push_back(clock_.now - begin_); };
+    carrier.is_out = [this](std::int64_t) {
+      EXPECT_TRUE(kept_.shown);
+      went_.push_back(clock_.now - begin_);
+    };
     carrier.waits_until = [this](platform::Instant due) {
+      EXPECT_TRUE(kept_.shown);
       const auto waited = std::clamp<platform::Duration>(due - clock_.monotonic, 1ns, 500ms);
       clock_.monotonic += waited;
       clock_.now += waited;
