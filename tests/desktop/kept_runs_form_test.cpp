@@ -209,6 +209,10 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(rig.prompts.last_file_question.name, named + ", recipients.csv");
     QVERIFY(rig.prompts.last_file_question.ask_before_overwriting);
     QVERIFY2(Status(form).contains("runs.db"), qPrintable(Status(form)));
+    rig.prompts.files = {rig.folder / "list.csv"};
+    Press(form, "SaveListButton");
+    QTRY_COMPARE(Status(form), ToQt("4 recipients were written to " + (rig.folder / "list.csv").string() + "."));
+    QVERIFY2(test::ReadAll(rig.folder / "list.csv").find("r1@example.org") == std::string::npos, "who has it");
     rig.Shown();
     rig.prompts.answers = {platform::Answer::kYes};
     Press(form, "ForgetButton");
@@ -260,7 +264,7 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(Status(form).contains("as it was when the run began"), qPrintable(Status(form)));
     KeptRunsForm runs(rig.program, nullptr);
     QVERIFY2(LineOf(runs, 0).endsWith("| can be resumed: 1 sent, 1 refused, 1 deferred, 1 failed, 1 unknown; 1 to be "
-                                      "tried again (this run was cut off)"),
+                                      "tried again (its first run was cut off)"),
              qPrintable(LineOf(runs, 0)));
     QVERIFY2(LineOf(runs, 1).endsWith("| went on with 1 |  | 1 recipient"), qPrintable(LineOf(runs, 1)));
     // And whoever goes on once more does so at that pace.
@@ -452,6 +456,9 @@ class KeptRunsFormTest : public QObject {
     history.show();
     QString told;
     rig.prompts.meanwhile = [&] { told = Status(history); };
+    Press(history, "ClearHistoryButton");
+    QVERIFY2(Status(history).startsWith("No run has been made yet"), "it is not cleared");
+    QCOMPARE(rig.Shown(), QString("ask: Are you sure you want to delete your history?"));
     rig.prompts.answers = {platform::Answer::kYes};
     for (int more = 0; more < 4; ++more) QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));
     Press(history, "ClearHistoryButton");

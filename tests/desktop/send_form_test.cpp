@@ -291,8 +291,11 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.rig.Shown(), QString("ask: Are you sure you want to cancel the sending process?"));
     QVERIFY(scene.form->isVisible());
     scene.rig.prompts.answers = {platform::Answer::kYes};
+    scene.form->findChild<QCheckBox*>("ShutDownCheckBox")->setChecked(true);
     scene.Press("SendButton");
     QTRY_COMPARE(scene.Caption(), QString("Close"));
+    QTest::qWait(100);
+    QCOMPARE(scene.rig.power.requests.load(), 0);  // after a countdown, were there one
     const QStringList report = scene.Report();
     QVERIFY(report.contains("Personal Sending process has been completed."));
     QCOMPARE(report.count("Message sent successfully."), static_cast<int>(scene.Arrived()));
@@ -497,6 +500,7 @@ class SendFormTest : public QObject {
     QTRY_VERIFY(panel->isVisible());
     QTest::qWait(700);  // longer than a rate needs to be told
     QCOMPARE(scene.Text("RateLabel"), QString());
+    QCOMPARE(scene.rig.power.awake.load(), 0);
     const auto told = [&](const char* words) { return scene.Text("PauseLabel").contains(words); };
     QVERIFY2(told("20 times in a row"), qPrintable(scene.Text("PauseLabel")));
     QVERIFY2(told("“Go on” leaves out the 20 recipients who got nothing so far"), qPrintable(scene.Text("PauseLabel")));

@@ -114,6 +114,10 @@ void HistoryManagerForm::Arrange() {
                                          "one.")
                                     : tr("No run has this in its text. Clear the filter to see them all."));
   grid_->Reset(shown_.size());
+  SayHowMany();
+}
+
+void HistoryManagerForm::SayHowMany() {
   status_->Say(rows_.empty()    ? tr("No run has been made yet; each one is kept here.")
                : shown_.empty() ? tr("No run matches the filter.")
                                 : tr("%1 of %2 shown.").arg(shown_.size()).arg(rows_.size()));
@@ -143,7 +147,7 @@ void HistoryManagerForm::Open(Opener opener) {
 void HistoryManagerForm::Clear() {
   if (const auto goes = WhatWouldGo(program_)) status_->Say(InWords(*goes));
   const auto cleared = run::ClearHistory(program_.folders.History(), program_.prompts);
-  if (cleared.clearing != run::Clearing::kCleared) return;
+  if (cleared.clearing != run::Clearing::kCleared) return SayHowMany();
   QStringList sentences = {
       Counted(static_cast<std::int64_t>(cleared.deleted), tr("1 file was deleted."), tr("%1 files were deleted."))};
   for (const auto& sentence : run::WhatStayed(cleared)) sentences << InWords(sentence);

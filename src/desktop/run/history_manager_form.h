@@ -37,6 +37,7 @@ class HistoryManagerForm final : public QDialog {
   // The same later: what was chosen stays so.
   void FillAgain();
   void Arrange();
+  void SayHowMany();
   void EnableButtons();
   QString TextOf(std::size_t row) const;
   const run::HistoryRow* Chosen() const;

@@ -225,7 +225,7 @@ void KeptRunsForm::EnableButtons() {
   if (mailing == nullptr || task_->is_running()) return;
   if (!count) return status_->Fail(count.error());
   QStringList sentences;
-  if (is_sent_now) sentences << tr("This run goes on in another window or program.");
+  if (is_sent_now) sentences << tr("This run goes on now.");
   // Of those who are left it is told below how many there are, and why; that there is nobody stands in the list.
   const bool is_told_below = choice_ == run::WhoIsLeft() && !is_sent_now;
   if (count_ > 0 && !is_told_below) {

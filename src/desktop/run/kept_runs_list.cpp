@@ -163,7 +163,7 @@ QString KeptRunsList::TextOf(std::size_t row, int column) const {
 QString KeptRunsList::StandingOf(const run::MailingEntry& mailing) {
   const QString standing = ToQt(run::StandingText(mailing));
   const bool was_cut_off = mailing.runs.front().standing == run::RunStanding::kCutOff;
-  return mailing.runs.size() > 1 && was_cut_off ? tr("%1 (this run was cut off)").arg(standing) : standing;
+  return mailing.runs.size() > 1 && was_cut_off ? tr("%1 (its first run was cut off)").arg(standing) : standing;
 }
 
 // Of a run that went on: what came of the recipients stands at the mailing.

@@ -188,7 +188,9 @@ bool RunWorker::GoOn(const smtp::Outcome& refusal, int times, std::int64_t left_
                              "this run has ended."));
   }
   emit Asked(why);
+  awake_.reset();
   changed_.wait(lock, [this] { return answer_ || ending_; });
+  if (answer_.value_or(false)) awake_ = program_.power.StayAwake(run::kKeepsAwake);
   progress_.Answered();
   return answer_.value_or(false);
 }
