@@ -36,8 +36,7 @@ Result<Departures::Hold> Departures::HoldFile() const {
   struct stat status {};
   if (::fstat(fd_.get(), &status) != 0) return platform::SystemError("read", file_, errno);
   if (status.st_nlink > 0) return hold;
-  return Error{Failure::kNoInput, Say("{}, which keeps when messages went out, has been removed.", file_.string()),
-               "From now on a pace goes by this run alone."};
+  return Error{Failure::kNoInput, Say("{}, which keeps when messages went out, has been removed.", file_.string()), ""};
 }
 
 Result<Departures::Hold> Departures::Lock() const {

@@ -84,7 +84,7 @@ Result<bool> Departures::HasHeader() {
   }
   if (!header.starts_with(kAnyHeader)) return false;
   return Error{Failure::kUnavailable, Say("{} is of a newer version of this program.", file_.string()),
-               "A pace goes by this run alone; use the newer version."};
+               "Use the newer version."};
 }
 
 // True where another file stands in its place now. What others have open stays, for they know the places in it.

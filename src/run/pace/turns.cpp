@@ -4,6 +4,15 @@
 #include <utility>
 
 namespace quillcast::run {
+namespace {
+
+Error WithWhatItMeans(Error error) {
+  const Sentence means = "From now on a pace goes by this run alone.";
+  error.remedy = error.remedy.empty() ? means : Say("{} {}", means, error.remedy);
+  return error;
+}
+
+}  // namespace
 
 Turns::Turns(const PaceRules& rules, const std::filesystem::path& file, const platform::Clock& clock, Tell tell)
     : rules_(rules), clock_(clock), tell_(std::move(tell)), pace_(rules, clock) {
@@ -19,7 +28,7 @@ Turns::Turns(const PaceRules& rules, const std::filesystem::path& file, const pl
 void Turns::Keep(const Result<void>& done) {
   if (!done) {
     departures_.reset();
-    tell_(done.error());
+    tell_(WithWhatItMeans(done.error()));
   } else if (const auto loss = departures_->TakeLoss()) {
     tell_(*loss);
   }

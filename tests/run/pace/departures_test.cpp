@@ -24,7 +24,7 @@ const PaceRules kFourAnHour{.rate = MessageLimit{4, 1h}};
 class DepartureFile : public testing::Test {
  protected:
   Turns Program(const PaceRules& rules = {}) {
-    return {rules, file_, clock_, [this](const Error& error) { told_.push_back(error.what.InEnglish()); }};
+    return {rules, file_, clock_, [this](const Error& error) { told_.push_back(InOneLine(error)); }};
   }
   void Send(Turns& turns, int messages) {
     for (Turn turn{DomainOf("example.org")}; messages > 0; --messages) turns.GoesOut(turn);
@@ -52,8 +52,9 @@ class DepartureFile : public testing::Test {
 };
 
 TEST_F(DepartureFile, LossAndDamageAreToldOnceAndStopNoRun) {
+  const std::string alone = " From now on a pace goes by this run alone.";
   const std::string damaged = "which keeps when messages went out, is damaged.";
-  const std::string removed = "which keeps when messages went out, has been removed.";
+  const std::string removed = "which keeps when messages went out, has been removed." + alone;
   const auto zeros = [this](std::size_t entry) { Replace(Bytes().replace(entry * kEntry, kEntry, kEntry, '\0')); };
   const struct {
     const char* name;
@@ -71,8 +72,11 @@ TEST_F(DepartureFile, LossAndDamageAreToldOnceAndStopNoRun) {
       {"something else", [&] { Replace("Dear reader, this is no such file."); }, 4, damaged, damaged},
       {"empty", [&] { Replace(""); }, 4, "", damaged},
       {"removed", [&] { fs::remove(file_); }, 4, "", removed},
-      {"of a newer version", [&] { Replace("Quillcast out 2\n" + std::string(64, 'x')); }, 4, "of a newer version", ""},
-      {"a folder", [&] { fs::remove(file_), fs::create_directory(file_); }, 4, "Is a directory", removed},
+      {"of a newer version", [&] { Replace("Quillcast out 2\n" + std::string(64, 'x')); }, 4,
+       "version of this program." + alone, ""},
+      {"a folder", [&] { fs::remove(file_), fs::create_directory(file_); }, 4, "Is a directory." + alone, removed},
+      {"a link", [&] { fs::remove(file_), fs::create_symlink(folder_ / "elsewhere", file_); }, 4,
+       "symbolic links." + alone, removed},
   };
   for (const bool under_way : {false, true}) {
     for (const auto& each : kCases) {
