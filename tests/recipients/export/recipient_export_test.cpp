@@ -2,12 +2,10 @@
 #include "recipients/export/recipient_export.h"
 
 #include <fmt/format.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <set>
 
 #include "profile/folders.h"
@@ -15,6 +13,7 @@
 #include "recipients/store_fixture.h"
 #include "recipients/store_rows.h"
 #include "support/random_text.h"
+#include "support/room_on_disk.h"
 #include "support/scripted_prompts.h"
 
 namespace quillcast::recipients {
@@ -336,9 +335,7 @@ TEST_F(ExportTest, AFullDiskLeavesTheOldFile) {
     NewFile("list.txt", "old");
     const pid_t child = ::fork();
     if (child == 0) {
-      ::signal(SIGXFSZ, SIG_IGN);
-      const rlimit small{limit, limit};
-      ::setrlimit(RLIMIT_FSIZE, &small);
+      const test::RoomOnDisk room(limit);
       const auto outcome = Run({.fields = {kEmail, kFirstName}});
       ::_exit(!outcome.error
                   ? 0

@@ -1,16 +1,15 @@
 // The disk is full after n bytes, for a sweep of n: the report never claims what the store does not hold.
 #include <fmt/format.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <fstream>
 #include <set>
 
 #include "recipients/import/recipient_import.h"
 #include "recipients/store_fixture.h"
 #include "support/full_disk.h"
+#include "support/room_on_disk.h"
 
 namespace quillcast::recipients {
 namespace {
@@ -23,9 +22,7 @@ constexpr int kSaidNothing = 2;
 int ImportWithin(rlim_t limit, const ImportRequest& request, const ImportPlaces& places) {
   const pid_t child = ::fork();
   if (child == 0) {
-    ::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{limit, limit};
-    ::setrlimit(RLIMIT_FSIZE, &small);
+    const test::RoomOnDisk room(limit);
     const platform::CancelToken cancel;
     const auto outcome = ImportRecipients(request, places, cancel, nullptr);
     if (!outcome.error) ::_exit(kEndedWell);

@@ -3,18 +3,17 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "smtp/mailbox/mailbox_rig.h"
+#include "support/room_on_disk.h"
 
 namespace quillcast::smtp {
 namespace {
@@ -269,9 +268,7 @@ std::string RepliesWithFilesLimitedTo(rlim_t limit, const TestFolder& folder) {
   if (::pipe(pipe_fds) != 0) return "no pipe";
   const pid_t child = ::fork();
   if (child == 0) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit files{limit, limit};
-    ::setrlimit(RLIMIT_FSIZE, &files);
+    const test::RoomOnDisk room(limit);
     std::string replies;
     {
       TestMailbox mailbox(StoringIn(folder));
