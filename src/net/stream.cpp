@@ -90,10 +90,8 @@ void Stream::SetWaiting(bool waiting) {
 }
 
 pollfd Stream::WaitsFor(bool or_to_write) const {
-  short events = to_read_;
-  if (or_to_write) events |= to_write_;
-  if (OwnIsLeft()) events |= POLLOUT;
-  return {socket_.get(), events, 0};
+  const int to_write = (or_to_write ? to_write_ : 0) | (OwnIsLeft() ? POLLOUT : 0);
+  return {socket_.get(), static_cast<short>(to_read_ | to_write), 0};
 }
 
 Result<std::optional<std::size_t>> Stream::ReadNow(std::span<char> buffer) {

@@ -25,7 +25,7 @@ std::optional<Sentence> RememberDomain(const account::AccountSettings& account, 
 }
 
 // Who keeps no runs yet is not made to begin with it.
-std::optional<Sentence> RememberRuns(const document::MessageDocument& document, std::string_view group,
+std::optional<Sentence> RememberRuns(const document::MessageDocument& document, const recipients::RecipientGroup& group,
                                      const RunPlace& place) {
   if (!std::filesystem::exists(place.folders.RunJournal(), IgnoreErrors())) return std::nullopt;
   const auto journal = OpenJournal(place.folders, place.clock, place.cancel);
@@ -143,7 +143,7 @@ Result<MessageLook> PreparedRun::LookOver(Server server) {
   if (server == Server::kIsAsked) notices = AskAboutNotices(*account_, **message, place_.clock, place_.cancel);
   MessageLook look = LookOf(**message, *found, notices);
   look.domain = RememberDomain(*account_, place_);
-  if (!going_on_) look.before = RememberRuns(document_, group_.group.name, place_);
+  if (!going_on_) look.before = RememberRuns(document_, group_.group, place_);
   return look;
 }
 

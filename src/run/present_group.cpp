@@ -79,7 +79,7 @@ Result<std::optional<PresentGroup>> LookAtGroup(RunJournal& journal, const Maili
                                                 const MailingInputs& inputs, const recipients::RecipientStore& store) {
   const auto group = store.FindAnyGroup(inputs.group);
   if (!group) return group.error();
-  if (!*group) return std::optional<PresentGroup>();
+  if (!*group || !inputs.IsTo(**group)) return std::optional<PresentGroup>();
   const auto count = store.CountRecipients((*group)->name);
   if (!count) return count.error();
   PresentGroup present{*count, {}};

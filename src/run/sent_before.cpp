@@ -1,6 +1,5 @@
 #include "run/sent_before.h"
 
-#include "platform/text.h"
 #include "run/frozen/frozen_text.h"
 #include "run/kept_runs.h"
 #include "run/run_words.h"
@@ -22,19 +21,19 @@ bool IsSame(const document::MessageDocument& one, const document::MessageDocumen
 }  // namespace
 
 Result<std::optional<Sentence>> SentBefore(RunJournal& journal, const document::MessageDocument& document,
-                                           std::string_view group, const platform::Clock& clock) {
+                                           const recipients::RecipientGroup& group, const platform::Clock& clock) {
   const auto mailings = journal.List();
   if (!mailings) return mailings.error();
   const MailingEntry* last = nullptr;
   std::int64_t times = 0;
   int looked_at = 0;
   for (const MailingEntry& mailing : *mailings) {
-    const bool is_to_it = platform::EqualsIgnoringAsciiCase(mailing.group, group);
-    if (!is_to_it || mailing.subject != document.subject || mailing.runs.empty() || !MayHaveGoneOut(mailing)) continue;
+    if (mailing.subject != document.subject || mailing.runs.empty() || !MayHaveGoneOut(mailing)) continue;
     if (++looked_at > kMostLookedAt) break;
     const auto inputs = journal.Inputs(mailing.id);
     const auto frozen = inputs ? ReadFrozenText(inputs->inputs, inputs->files) : Result<Frozen>(inputs.error());
-    if (!frozen || !IsSame(frozen->inputs.document, document)) continue;  // of a newer version, or damaged
+    if (!frozen) continue;  // of a newer version, or damaged
+    if (!frozen->inputs.IsTo(group) || !IsSame(frozen->inputs.document, document)) continue;
     if (last == nullptr) last = &mailing;
     ++times;
   }

@@ -6,14 +6,16 @@
 #include "document/message_document.h"
 #include "platform/clock.h"
 #include "platform/sentence.h"
+#include "recipients/recipient.h"
 #include "run/journal/run_journal.h"
 
 namespace quillcast::run {
 
 // A sentence on when, how often, and what became of it the last time; nothing for a message that this group never had
-// from a run that is kept. It is the same message where subject and body are the same, octet for octet. Of earlier
-// mailings to it the newest hundred are looked at. Fails as the journal does.
+// from a run that is kept. It is the same message where subject and body are the same, octet for octet; the
+// group may have had another name. Of earlier mailings with this subject the newest hundred are looked at. Fails as the
+// journal does.
 Result<std::optional<Sentence>> SentBefore(RunJournal& journal, const document::MessageDocument& document,
-                                           std::string_view group, const platform::Clock& clock);
+                                           const recipients::RecipientGroup& group, const platform::Clock& clock);
 
 }  // namespace quillcast::run

@@ -115,8 +115,13 @@ class Runs(Case):
                 self.assertEqual(len(found), 1 if told else 0, err)
                 if told:
                     self.assertRegex(found[0], "^Note: This group had this message " + told + "$")
+        self.ok("group", "rename", "All", "Everybody")
+        self.group("All", ["new@r.example"])
+        for group, is_told in (("Everybody", True), ("All", False)):
+            _, _, err = self.send("--group", group, *arguments, self.body, "--dry-run")
+            self.assertEqual("this message" in err, is_told, err)
         self.ok("--yes", "history", "clear")
-        _, _, err = self.send("--group", "All", *arguments, self.body, "--dry-run")
+        _, _, err = self.send("--group", "Everybody", *arguments, self.body, "--dry-run")
         self.assertNotIn("this message", err)
 
     def test_a_vanished_attachment_is_told_once(self):

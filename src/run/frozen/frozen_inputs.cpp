@@ -3,9 +3,14 @@
 #include <utility>
 
 #include "account/account_message.h"
+#include "platform/text.h"
 #include "run/frozen/frozen_text.h"
 
 namespace quillcast::run {
+
+bool MailingInputs::IsTo(const recipients::RecipientGroup& other) const {
+  return group_id != 0 ? group_id == other.id : platform::EqualsIgnoringAsciiCase(group, other.name);
+}
 
 Result<NewMailing> Freeze(const MailingInputs& inputs, RunJournal& journal) {
   const auto options = account::MessageOptionsOf(inputs.account, inputs.body_format);

@@ -9,6 +9,7 @@
 #include "account/account_settings.h"
 #include "document/message_document.h"
 #include "platform/result.h"
+#include "recipients/recipient.h"
 #include "recipients/row_source.h"
 #include "run/frozen/frozen_files.h"
 #include "run/journal/run_journal.h"
@@ -22,6 +23,10 @@ struct MailingInputs {
   std::string group;
   std::int64_t recipients = 0;  // in the group
   std::optional<recipients::PartialRange> range;
+  std::int64_t group_id = 0;  // it may have another name by now; 0 of an earlier version, which did not keep it
+
+  // Whether that is the group.
+  bool IsTo(const recipients::RecipientGroup& other) const;
 };
 
 // For RunJournal::Begin. Of the account nothing is kept that says how to connect, and so no secret. Fails with

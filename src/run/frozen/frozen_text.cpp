@@ -190,6 +190,7 @@ std::string FrozenText(const Frozen& frozen) {
                {"account", JsonOf(inputs.account)},
                {"body_format", JsonOfOctets(inputs.body_format)},
                {"group", JsonOfOctets(inputs.group)},
+               {"group_id", inputs.group_id},
                {"recipients", inputs.recipients},
                {"attachments", JsonOfEach(frozen.files.attachments)},
                {"pictures", JsonOfEach(frozen.files.pictures)}};
@@ -214,6 +215,7 @@ Result<Frozen> ReadFrozenText(std::string_view text, const std::vector<KeptFile>
   inputs.account = AccountIn(fields.At(read, "account"), fields);
   inputs.body_format = fields.Octets(fields.At(read, "body_format"));
   inputs.group = fields.Octets(fields.At(read, "group"));
+  if (fields.Has(read, "group_id")) inputs.group_id = fields.Number(fields.At(read, "group_id"), 0, kMost);
   inputs.recipients = fields.Number(fields.At(read, "recipients"), 0, kMost);
   inputs.range = RangeIn(read, fields);
   fields.ForEach(fields.At(read, "attachments"), [&](const json& from) {

@@ -1,7 +1,6 @@
 #include "run/pace/kept_clocks.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace quillcast::run {
 
@@ -18,13 +17,12 @@ void KeptClocks::Forget(std::int64_t first) {
 Moment KeptClocks::Booted() const { return std::max(Moment(), clock_.Now() - clock_.SinceBoot().time_since_epoch()); }
 
 const KeptClocks::Kept* KeptClocks::Before(std::int64_t place) const {
-  const auto last =
-      std::ranges::find_if(kept_ | std::views::reverse, [&](const Kept& each) { return each.place < place; });
+  const auto last = std::find_if(kept_.rbegin(), kept_.rend(), [&](const Kept& each) { return each.place < place; });
   return last == kept_.rend() ? nullptr : &*last;
 }
 
 const KeptClocks::Kept* KeptClocks::LastOf(std::uint32_t boot) const {
-  const auto last = std::ranges::find(kept_ | std::views::reverse, boot, &Kept::boot);
+  const auto last = std::find_if(kept_.rbegin(), kept_.rend(), [&](const Kept& each) { return each.boot == boot; });
   return last == kept_.rend() ? nullptr : &*last;
 }
 

@@ -201,7 +201,7 @@ void Lanes::MakeRoom() {
 void Lanes::FindOut() {
   Lane& lane = *std::find_if(lanes_.begin(), lanes_.end(), [](const Lane& one) { return one.free(); });
   lane.way = std::make_unique<WayIn>(around_, NumberOf(lane));
-  lost_way_.Tries();
+  lost_way_.Tries(around_.clock.Monotonic());
 }
 
 void Lanes::Open() {

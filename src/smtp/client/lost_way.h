@@ -49,7 +49,11 @@ class LostWay {
   bool is_over() const { return is_over_; }
   // Not before then; nothing where the way is not lost, or is being tried.
   const std::optional<platform::Instant>& again() const { return again_; }
-  void Tries() { again_.reset(); }
+  // What passed since it might have been tried was no waiting for it: somebody held the run.
+  void Tries(platform::Instant now) {
+    if (since_ && again_ && now > *again_) *since_ += now - *again_;
+    again_.reset();
+  }
 
  private:
   static constexpr std::chrono::seconds kFirstPause{1};

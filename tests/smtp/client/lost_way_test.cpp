@@ -1,4 +1,6 @@
 // A network that is lost under way: who waits for it, how long, and who fails.
+#include "smtp/client/lost_way.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -50,6 +52,21 @@ void Take(Peer& peer, int messages) {
     peer.Message();
     peer.Say("250 taken\r\n");
   }
+}
+
+TEST(LostWay, CountsNoTimeInWhichTheRunWasHeld) {
+  const Outcome refused{State::kFailed, ResultCode::kConnectFailed, {}, ""};
+  const platform::Instant began{};
+  LostWay way(20s, true);
+  ASSERT_TRUE(way.Outlasts(refused, began));
+  const auto goes_on = *way.again() + 1h;
+  way.Tries(goes_on);
+  EXPECT_TRUE(way.Outlasts(refused, goes_on));
+  way.Tries(goes_on + 15s);
+  EXPECT_TRUE(way.Outlasts(refused, goes_on + 15s)) << "held once more";
+  way.Tries(*way.again());
+  EXPECT_FALSE(way.Outlasts(refused, goes_on + 40s));
+  EXPECT_TRUE(way.is_over());
 }
 
 TEST(LostWay, IsWaitedForWhereItWasThere) {
