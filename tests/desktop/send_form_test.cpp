@@ -173,7 +173,7 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.Text("ResultCountLabel"), QString("1 of 3 results"));
     QVERIFY2(scene.Text("StatusLine").endsWith("Runs… sends to some of these again, here or later from the history."),
              qPrintable(scene.Text("StatusLine")));
-    QVERIFY(scene.form->findChild<QPushButton*>("RunsButton")->isVisible());
+    QTRY_VERIFY(scene.form->findChild<QPushButton*>("RunsButton")->isVisible());
     scene.form->findChild<QComboBox*>("ResultStateComboBox")->setCurrentIndex(0);
     QCOMPARE(table->rowCount(), 3);
     scene.form->findChild<QLineEdit*>("ResultTextBox")->setText("C@EXAMPLE");
