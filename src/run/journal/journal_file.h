@@ -24,7 +24,7 @@ struct JournalPlace {
   Disk* disk = nullptr;                                                       // the system's where there is none
   platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};  // a cancel ends what is no sending
   // A commit is not made so soon after another one: what is told then goes into the run's recent log.
-  std::chrono::milliseconds between_commits = std::chrono::milliseconds(5);
+  std::chrono::milliseconds between_commits = std::chrono::milliseconds(10);
   int long_log = 8192;  // pages that the log grows by until it is taken into the file: 32 MiB
 
   Disk& TheDisk() const;
