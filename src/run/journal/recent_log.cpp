@@ -117,8 +117,8 @@ class Taking {
     std::uint64_t read = 0;
     if (!TakeVarint(rest, read)) return false;
     const auto number = static_cast<std::int64_t>(read);
-    const auto taken = told.front() == kRecord ? TakeRecord(number, rest)
-                                               : Result<bool>(told.front() == kWords && TakeSaid(number, rest));
+    auto taken = told.front() == kRecord ? TakeRecord(number, rest)
+                                         : Result<bool>(told.front() == kWords && TakeSaid(number, rest));
     if (taken && *taken) told = rest;
     return taken;
   }
