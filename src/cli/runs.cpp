@@ -95,15 +95,15 @@ int RunList(Context& context) {
   const auto folders = context.PreparedFolders();
   if (!folders) return context.output.Fail(folders.error());
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
-    const auto mailings = journal.List();
-    if (!mailings) return mailings.error();
-    for (const auto& mailing : *mailings) {
+    const auto kept = journal.List();
+    if (!kept) return kept.error();
+    for (const auto& mailing : kept->whole) {
       const auto skipped = run::SkippedOf(journal, mailing);
       if (!skipped) return skipped.error();
       ShowMailing(context, mailing, *skipped);
     }
-    if (const auto whole = run::CheckIsWhole(journal); !whole) return whole.error();
-    if (mailings->empty()) context.output.Note("There is no run in the journal yet.");
+    if (const auto whole = run::CheckIsWhole(*kept); !whole) return whole.error();
+    if (kept->whole.empty()) context.output.Note("There is no run in the journal yet.");
     return 0;
   });
 }

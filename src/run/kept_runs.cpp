@@ -204,20 +204,20 @@ Sentence WhatIsForgotten(const MailingEntry& mailing, RunId run, const std::file
 Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left) {
   auto all = journal.List();
   if (!all) return all.error();
-  std::erase_if(*all, [&left](const MailingEntry& mailing) {
+  std::erase_if(all->whole, [&left](const MailingEntry& mailing) {
     const bool was_left = !mailing.runs.empty() && std::ranges::count(left, mailing.runs.back().id) > 0;
     const auto standing = StandingOf(mailing);
     return !(WasCutOff(mailing) || was_left) || standing == MailingStanding::kGoesOn ||
            (standing == MailingStanding::kFinished && CountOf(mailing, ResultState::kUnknown) == 0);
   });
-  return all;
+  return std::move(all->whole);
 }
 
 Result<Forgotten> ForgetFinished(RunJournal& journal) {
   auto all = journal.List();
   if (!all) return all.error();
   Forgotten forgotten;
-  for (MailingEntry& mailing : *all) {
+  for (MailingEntry& mailing : all->whole) {
     if (StandingOf(mailing) == MailingStanding::kFinished) {
       const auto gone = journal.Forget(mailing.id);
       if (gone) {
@@ -235,7 +235,7 @@ Result<Forgotten> FinishedOnes(RunJournal& journal) {
   auto all = journal.List();
   if (!all) return all.error();
   Forgotten finished;
-  for (MailingEntry& mailing : *all) {
+  for (MailingEntry& mailing : all->whole) {
     if (StandingOf(mailing) == MailingStanding::kFinished) {
       Count(finished, mailing);
     } else {
@@ -266,11 +266,9 @@ std::optional<Sentence> WhatWentOf(const Forgotten& forgotten) {
              NumberValue(forgotten.in_doubt), whom);
 }
 
-Result<void> CheckIsWhole(RunJournal& journal) {
-  const auto damaged = journal.Damaged();
-  if (!damaged) return damaged.error();
-  if (damaged->empty()) return {};
-  const std::string runs = fmt::format("#{}", fmt::join(*damaged, ", #"));
+Result<void> CheckIsWhole(const KeptMailings& kept) {
+  if (kept.damaged.empty()) return {};
+  const std::string runs = fmt::format("#{}", fmt::join(kept.damaged, ", #"));
   return Error{Failure::kBadData, Say("What the journal has of these runs is damaged: {}.", runs),
                "quillcast runs forget forgets one; its report in the history stays."};
 }

@@ -74,7 +74,7 @@ std::optional<Sentence> WhatWouldGo(const Forgotten& forgotten);
 // "2 runs were forgotten.", and of how many nobody knows whether they got it; nothing where none was.
 std::optional<Sentence> WhatWentOf(const Forgotten& forgotten);
 // What cannot be read of the journal, where there is something, and what to do.
-Result<void> CheckIsWhole(RunJournal& journal);
+Result<void> CheckIsWhole(const KeptMailings& kept);
 // What was kept and why, naming each, or the first so many where they are more.
 std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_named);
 

@@ -22,12 +22,12 @@ bool IsSame(const document::MessageDocument& one, const document::MessageDocumen
 
 Result<std::optional<Sentence>> SentBefore(RunJournal& journal, const document::MessageDocument& document,
                                            const recipients::RecipientGroup& group, const platform::Clock& clock) {
-  const auto mailings = journal.List();
-  if (!mailings) return mailings.error();
+  const auto kept = journal.List();
+  if (!kept) return kept.error();
   const MailingEntry* last = nullptr;
   std::int64_t times = 0;
   int looked_at = 0;
-  for (const MailingEntry& mailing : *mailings) {
+  for (const MailingEntry& mailing : kept->whole) {
     if (mailing.subject != document.subject || mailing.runs.empty() || !MayHaveGoneOut(mailing)) continue;
     if (++looked_at > kMostLookedAt) break;
     const auto inputs = journal.Inputs(mailing.id);

@@ -46,10 +46,10 @@ class PageOfMailing : public testing::Test {
     const platform::CancelToken none;
     const auto journal = OpenJournal(folders, clock_, none);
     for (const RunKind kind : went_on) EXPECT_TRUE((*journal)->GoOn(1, kind, WhoIsLeft(), {"base"}));
-    auto mailings = (*journal)->List();
-    mailings->front().subject = subject;
+    auto kept = (*journal)->List();
+    kept->whole.front().subject = subject;
     std::string page;
-    const auto written = WriteMailingPage(**journal, mailings->front(), clock_, none, [&](std::string_view html) {
+    const auto written = WriteMailingPage(**journal, kept->whole.front(), clock_, none, [&](std::string_view html) {
       page += html;
       return Result<void>();
     });

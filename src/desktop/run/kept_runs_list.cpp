@@ -23,7 +23,7 @@ constexpr int kLookPause = 1500;  // milliseconds
 
 enum ListColumn : int { kNumber, kBegan, kWhat, kGroup, kStanding };
 
-Result<std::vector<run::MailingEntry>> Read(const profile::Program& program, const platform::CancelToken& cancel) {
+Result<run::KeptMailings> Read(const profile::Program& program, const platform::CancelToken& cancel) {
   const auto journal = run::OpenJournal(program.folders, program.clock, cancel);
   if (!journal) return journal.error();
   return (*journal)->List();
@@ -61,13 +61,11 @@ KeptRunsList::KeptRunsList(const profile::Program& program, QWidget* parent)
 Result<void> KeptRunsList::Fill() {
   const platform::CancelToken none;
   look_->GiveUp();
-  auto mailings = Read(program_, none);
-  Result<void> read = mailings ? Result<void>() : mailings.error();
-  Take(mailings ? *std::move(mailings) : std::vector<run::MailingEntry>());
+  auto kept = Read(program_, none);
+  Result<void> read = kept ? run::CheckIsWhole(*kept) : kept.error();
+  Take(kept ? std::move(kept->whole) : std::vector<run::MailingEntry>());
   if (isVisible()) pause_->start();
-  if (!read) return read;
-  const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-  return journal ? run::CheckIsWhole(**journal) : journal.error();
+  return read;
 }
 
 const run::MailingEntry* KeptRunsList::Mailing() const {
@@ -97,10 +95,10 @@ void KeptRunsList::hideEvent(QHideEvent* event) {
 // What cannot be read now is looked at the next time.
 void KeptRunsList::Look() {
   look_->Start([this, &program = program_](const platform::CancelToken& cancel) -> std::function<void()> {
-    auto mailings = Read(program, cancel);
-    return [this, mailings = std::move(mailings)] {
-      if (mailings && *mailings != mailings_) {
-        Take(*mailings);
+    auto kept = Read(program, cancel);
+    return [this, kept = std::move(kept)] {
+      if (kept && kept->whole != mailings_) {
+        Take(kept->whole);
         emit Followed();
       }
       if (isVisible()) pause_->start();

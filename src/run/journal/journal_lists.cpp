@@ -180,11 +180,6 @@ class RowReader {
   JournalRow row_;
 };
 
-struct Listed {
-  std::vector<MailingEntry> mailings;
-  std::vector<RunId> damaged;  // the first runs of others
-};
-
 Result<RunId> FirstRunOf(platform::Database& database, MailingId mailing) {
   auto statement = database.Prepare("SELECT min(id) FROM runs WHERE mailing = ?");
   if (!statement) return statement.error();
@@ -194,18 +189,18 @@ Result<RunId> FirstRunOf(platform::Database& database, MailingId mailing) {
 }
 
 // One that is damaged stops no other.
-Result<Listed> ListMailings(platform::Database& database, const JournalPlace& place) {
+Result<KeptMailings> ListMailings(platform::Database& database, const JournalPlace& place) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
   const auto look = Look::At(database);
   if (!look) return look.error();
   const auto mailings = AllMailings(database);
   if (!mailings) return mailings.error();
-  Listed listed;
+  KeptMailings listed;
   for (const MailingId mailing : *mailings) {
     auto entry = EntryOf(database, place, mailing, *seen);
     if (entry) {
-      listed.mailings.push_back(*std::move(entry));
+      listed.whole.push_back(*std::move(entry));
       continue;
     }
     if (entry.error().failure != Failure::kBadData) return entry.error();
@@ -313,17 +308,7 @@ Result<NewMailing> ReadInputs(platform::Database& database, MailingId mailing) {
 
 }  // namespace
 
-Result<std::vector<MailingEntry>> SqliteRunJournal::List() {
-  auto listed = OfJournal(ListMailings(database_, place_));
-  if (!listed) return listed.error();
-  return std::move(listed->mailings);
-}
-
-Result<std::vector<RunId>> SqliteRunJournal::Damaged() {
-  auto listed = OfJournal(ListMailings(database_, place_));
-  if (!listed) return listed.error();
-  return std::move(listed->damaged);
-}
+Result<KeptMailings> SqliteRunJournal::List() { return OfJournal(ListMailings(database_, place_)); }
 
 Result<MailingId> SqliteRunJournal::MailingOf(RunId run) { return OfJournal(run::MailingOf(database_, run)); }
 

@@ -65,6 +65,14 @@ struct MailingEntry {
   bool operator==(const MailingEntry&) const = default;
 };
 
+// What the journal has.
+struct KeptMailings {
+  std::vector<MailingEntry> whole;  // newest first
+  std::vector<RunId> damaged;       // the first runs of those that cannot be read, newest first
+
+  bool operator==(const KeptMailings&) const = default;
+};
+
 // A recipient as the journal knows it.
 struct JournalRow {
   std::int64_t position = 0;  // 1-based place in the list
@@ -115,7 +123,7 @@ class JournalledRun {
   virtual Result<void> Record() = 0;
   // Nothing will be told for a while: lets whoever looks into the journal meanwhile see what was. What is recorded is
   // kept all the same.
-  virtual void Show() {}
+  virtual void Show() = 0;
   // At the run's own end: who is in flight still is unknown, and somebody else may take the mailing up. Fails as Record
   // does, and may be tried again.
   virtual Result<void> End() = 0;
@@ -159,10 +167,7 @@ class RunJournal {
   virtual Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                                       NewRun run) = 0;
 
-  // Newest mailing first; without those that are damaged.
-  virtual Result<std::vector<MailingEntry>> List() = 0;
-  // The first runs of those, newest first.
-  virtual Result<std::vector<RunId>> Damaged() = 0;
+  virtual Result<KeptMailings> List() = 0;
   // The mailing of a run.
   virtual Result<MailingEntry> Find(RunId run) = 0;
   // Its number, also where it is damaged.

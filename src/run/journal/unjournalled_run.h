@@ -25,6 +25,7 @@ class UnjournalledRun final : public JournalledRun {
   void Settled(std::int64_t /*position*/, const smtp::Outcome& /*outcome*/) override {}
   void IsTriedAgain(std::int64_t /*position*/, int /*tries*/) override {}
   Result<void> Record() override { return {}; }
+  void Show() override {}
   Result<void> End() override { return {}; }
 
  private:

@@ -42,7 +42,7 @@ class FaultsTest : public JournalTest {
   std::string Told(const fs::path& folder) {
     const auto journal = OpenJournal("monday", folder);
     std::string told;
-    for (const MailingEntry& entry : Take(journal->List())) {
+    for (const MailingEntry& entry : Take(journal->List()).whole) {
       told += entry.subject + entry.group + std::to_string(entry.recipients) + " " + States(*journal, entry.id) + " ";
       for (const RunEntry& run : entry.runs) {
         told += run.history + std::to_string(static_cast<int>(run.standing)) + std::to_string(run.recipients) + " ";
@@ -214,16 +214,16 @@ TEST_F(FaultsTest, NumbersThatCannotBeAreDamage) {
     auto journal = Take(SqliteRunJournal::Open(Place("monday", folder)));
     Take(journal->List());
     Take(Take(platform::Database::Open(folder / "runs.db", platform::OpenMode::kReadWrite)).Execute(sql));
-    EXPECT_TRUE(Take(journal->List()).empty()) << sql;
-    ASSERT_EQ(Take(journal->Damaged()).size(), 1U) << sql;
+    EXPECT_TRUE(Take(journal->List()).whole.empty()) << sql;
+    ASSERT_EQ(Take(journal->List()).damaged.size(), 1U) << sql;
     const auto found = journal->Count(1, kAll);
     ASSERT_FALSE(found) << sql;
     EXPECT_EQ(found.error().failure, Failure::kBadData) << sql;
-    EXPECT_EQ(std::string(sql) == "DELETE FROM runs", Take(journal->Damaged()).front() == 0) << sql;
+    EXPECT_EQ(std::string(sql) == "DELETE FROM runs", Take(journal->List()).damaged.front() == 0) << sql;
     Take(BeginWith(*journal, 2)->End());
-    EXPECT_EQ(Take(journal->List()).size(), 1U) << "the others are listed";
+    EXPECT_EQ(Take(journal->List()).whole.size(), 1U) << "the others are listed";
     Take(journal->Forget(1));
-    EXPECT_TRUE(Take(journal->Damaged()).empty()) << sql;
+    EXPECT_TRUE(Take(journal->List()).damaged.empty()) << sql;
   }
 }
 
@@ -314,7 +314,7 @@ TEST_F(FaultsTest, AMailingBelongsToOneProgramUntilThatIsGone) {
   });
   other.WaitUntilItTells();
   const auto journal = OpenJournal();
-  EXPECT_EQ(Take(journal->List()).front().runs.front().standing, RunStanding::kGoesOn);
+  EXPECT_EQ(Take(journal->List()).whole.front().runs.front().standing, RunStanding::kGoesOn);
   EXPECT_EQ(States(*journal).substr(0, 12), "sssssssooo--");
   for (const auto& refused : {Result<void>(journal->GoOn(1, RunKind::kResume, kLeft, {"again"}).error()),
                               Result<void>(journal->Forget(1).error())}) {
@@ -322,7 +322,7 @@ TEST_F(FaultsTest, AMailingBelongsToOneProgramUntilThatIsGone) {
     EXPECT_EQ(refused.error().what.InEnglish(), "Another window or command has this mailing in hand.");
   }
   other.Kill();
-  EXPECT_EQ(Take(journal->List()).front().runs.front().standing, RunStanding::kCutOff);
+  EXPECT_EQ(Take(journal->List()).whole.front().runs.front().standing, RunStanding::kCutOff);
   EXPECT_EQ(States(*journal).substr(0, 12), "sssssssuuu--");
   const auto run = Take(journal->GoOn(1, RunKind::kResume, kLeft, {"again"}));
   EXPECT_EQ(run->size(), 40);
@@ -351,7 +351,7 @@ TEST_F(FaultsTest, TwoProgramsSendAtOnce) {
   other.GoOn();
   EXPECT_TRUE(send(2));
   EXPECT_EQ(other.Wait(), 0);
-  EXPECT_EQ(Take(OpenJournal()->List()).size(), 2U);
+  EXPECT_EQ(Take(OpenJournal()->List()).whole.size(), 2U);
 }
 
 }  // namespace
