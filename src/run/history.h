@@ -42,6 +42,8 @@ Result<HistoryEntry> BeginHistoryEntry(const std::filesystem::path& history, con
 
 struct HistoryRow {
   std::string file;  // the name of the .txt file
+  // That of the run, as HistoryEntry has it.
+  std::string base() const { return std::filesystem::path(file).stem().string(); }
   std::string text;  // "Date = 07-03-2026  -  Time = 09-05-07 - Subject = Hello", and behind it that nothing was sent
   Delivery delivery = Delivery::kSent;
 };

@@ -375,7 +375,8 @@ class KeptRunsFormTest : public QObject {
     history.findChild<QComboBox*>("OrderComboBox")->setCurrentText("Newest first");
     auto* grid = history.findChild<RowList*>("HistoryGrid");
     grid->Choose(1);
-    history.show_runs = [&](const auto& sent) {
+    history.show_runs = [&](const std::string& chosen, const auto& sent) {
+      QCOMPARE(chosen, "01-02-2026_10-00-00_Hello");
       leave("01-04-2026_10-00-00_Hello.txt");
       sent();
       QCOMPARE(grid->size(), std::size_t{3});
@@ -385,6 +386,31 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(grid->size(), std::size_t{4});
     QCOMPARE(grid->Chosen(), std::vector<std::size_t>{3});
     QCOMPARE(Status(history), QString("4 of 4 shown."));
+  }
+
+  // Runs… in the history opens with the run whose report is chosen there, be it one that went on with another.
+  void theHistoryOpensTheRunOfTheChosenReport() {
+    Scene scene;
+    QVERIFY(test::LeaveCutOff(scene.rig.folders, "Alpha"));
+    {
+      const platform::CancelToken none;
+      const auto journal = run::OpenJournal(scene.rig.folders, scene.rig.clock, none);
+      QVERIFY((*journal)->GoOn(1, run::RunKind::kResume, run::WhoIsLeft(), {"01-02-2026_10-00-00_Hello"}));
+    }
+    QVERIFY(test::LeaveCutOff(scene.rig.folders, "Beta"));
+    QVERIFY(platform::ReplaceFile(scene.rig.folders.History() / "01-02-2026_10-00-00_Hello.txt", "x"));
+    scene.Open();
+    QString chosen;
+    test::WhileOpen("HistoryManagerForm", [&](QDialog& history) {
+      history.findChild<RowList*>("HistoryGrid")->Choose(0);
+      test::WhileOpen("KeptRunsForm", [&](QDialog& form) {
+        const auto rows = form.findChild<RowList*>("KeptRunsGrid")->Chosen();
+        if (rows.size() == 1) chosen = LineOf(form, static_cast<int>(rows[0]));
+      });
+      Press(history, "RunsButton");
+    });
+    scene.Find<QAction>("HistoryButton").trigger();
+    QVERIFY2(chosen.startsWith("2 | ") && chosen.endsWith("| 1 recipient, cut off"), qPrintable(chosen));
   }
 
   // The run that the notice names is the one that the window opens with, whichever is newer or was put off.

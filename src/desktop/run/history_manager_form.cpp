@@ -83,7 +83,7 @@ void HistoryManagerForm::MakeButtons(FormColumn* column) {
   open_message_ = make("OpenMessageButton", tr("Open &Message"), [this] { Open(run::OpenMessage); });
   auto* runs = make("RunsButton", tr("R&uns…"), [this] {
     if (!show_runs) return;
-    show_runs([this] { FillAgain(); });
+    show_runs(Chosen() == nullptr ? std::string() : Chosen()->base(), [this] { FillAgain(); });
     FillAgain();
   });
   column->AddLine({open_log_, open_message_, runs, nullptr,

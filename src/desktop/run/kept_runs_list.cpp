@@ -82,6 +82,11 @@ void KeptRunsList::ChooseRun(run::RunId run) {
   }
 }
 
+void KeptRunsList::ChooseReport(std::string_view history) {
+  const auto line = std::ranges::find_if(lines_, [&](const Line& each) { return RunOf(each).history == history; });
+  if (line != lines_.end()) grid_->Choose(static_cast<std::size_t>(line - lines_.begin()));
+}
+
 void KeptRunsList::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   pause_->start();

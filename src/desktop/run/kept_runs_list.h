@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QWidget>
+#include <string_view>
 #include <vector>
 
 #include "profile/program.h"
@@ -26,6 +27,8 @@ class KeptRunsList final : public QWidget {
   const run::MailingEntry* Mailing() const;
   // The mailing of this run; where there is none any more, what is chosen stays.
   void ChooseRun(run::RunId run);
+  // The run with this base name in the history, be it one that went on with another; where there is none, likewise.
+  void ChooseReport(std::string_view history);
 
  signals:
   void ChosenChanged();

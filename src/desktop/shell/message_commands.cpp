@@ -118,14 +118,14 @@ void GoOnWithRun(Shell& shell, const GoOnRequest& request) {
 
 namespace {
 
-void ShowRuns(Shell& shell, std::optional<run::RunId> run, const std::function<void()>& sent) {
+void ShowRuns(Shell& shell, const std::function<void(KeptRunsForm&)>& choose, const std::function<void()>& sent) {
   QWidget* parent = QApplication::activeWindow();
   KeptRunsForm form(shell.program, parent == nullptr ? &shell.window : parent);
   form.go_on = [&shell, &sent](const GoOnRequest& request) {
     GoOnWithRun(shell, request);
     sent();
   };
-  if (run) form.Choose(*run);
+  choose(form);
   form.exec();
   shell.notices.LookForCutOff();
 }
@@ -133,12 +133,14 @@ void ShowRuns(Shell& shell, std::optional<run::RunId> run, const std::function<v
 }  // namespace
 
 void ShowKeptRuns(Shell& shell, run::RunId run) {
-  ShowRuns(shell, run, [] {});
+  ShowRuns(shell, [run](KeptRunsForm& form) { form.Choose(run); }, [] {});
 }
 
 void ShowHistory(Shell& shell) {
   HistoryManagerForm form(shell.program, &shell.window);
-  form.show_runs = [&shell](const std::function<void()>& sent) { ShowRuns(shell, {}, sent); };
+  form.show_runs = [&shell](const std::string& history, const std::function<void()>& sent) {
+    ShowRuns(shell, [&history](KeptRunsForm& runs) { runs.ChooseReport(history); }, sent);
+  };
   form.exec();
   if (!form.cleared().isEmpty()) shell.Say(form.cleared());
 }
