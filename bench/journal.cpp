@@ -211,7 +211,7 @@ void Ask(const run::JournalPlace& place, std::int64_t count) {
   std::unique_ptr<run::SqliteRunJournal> journal;
   const auto open_and_list = [&] {
     journal = Take(run::SqliteRunJournal::Open(place));
-    if (Take(journal->List()).whole.front().counts[0] < count * 97 / 100) std::exit(2);
+    if (Take(journal->List()).mailings.front().counts[0] < count * 97 / 100) std::exit(2);
   };
   Tell("open and list", Seconds(open_and_list));
   for (const auto& [name, state, skip, most] :

@@ -74,6 +74,7 @@ nlohmann::ordered_json AsObject(const run::ClearedHistory& cleared, const Result
                                    {"group", mailing.group},
                                    {"why", run::Name(run::StandingOf(mailing))}});
   }
+  object["damaged_runs"] = forgotten->damaged.size();
   return object;
 }
 
@@ -90,8 +91,7 @@ int RunClear(Context& context) {
   for (const auto& sentence : run::WhatStayed(cleared)) context.output.Note(sentence.InEnglish());
   if (!forgotten) return context.output.Fail(forgotten.error());
   if (const auto went = run::WhatWentOf(*forgotten)) context.output.Note(went->InEnglish());
-  for (const auto& sentence : run::WhatStayed(*forgotten, forgotten->kept.size()))
-    context.output.Note(sentence.InEnglish());
+  for (const auto& sentence : run::WhatStayed(*forgotten)) context.output.Note(sentence.InEnglish());
   return 0;
 }
 

@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/store_command.h"
 #include "platform/text.h"
+#include "run/damaged_runs.h"
 #include "run/run_words.h"
 #include "smtp/outcome_text.h"
 
@@ -19,11 +20,6 @@ constexpr std::size_t kLongestAddress = 100;
 struct ShowOptions {
   std::int64_t run = 0;
   ChosenOnes whom;
-};
-
-struct ForgetOptions {
-  std::int64_t run = 0;
-  bool finished = false;
 };
 
 const char* WordOf(run::RunKind kind) {
@@ -97,13 +93,13 @@ int RunList(Context& context) {
   return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
     const auto kept = journal.List();
     if (!kept) return kept.error();
-    for (const auto& mailing : kept->whole) {
+    for (const auto& mailing : kept->mailings) {
       const auto skipped = run::SkippedOf(journal, mailing);
       if (!skipped) return skipped.error();
       ShowMailing(context, mailing, *skipped);
     }
     if (const auto whole = run::CheckIsWhole(*kept); !whole) return whole.error();
-    if (kept->whole.empty()) context.output.Note("There is no run in the journal yet.");
+    if (kept->mailings.empty()) context.output.Note("There is no run in the journal yet.");
     return 0;
   });
 }
@@ -165,53 +161,6 @@ int RunRunsShow(Context& context, const ShowOptions& options) {
   });
 }
 
-Result<int> ForgetDamaged(Context& context, run::RunJournal& journal, std::int64_t run) {
-  const auto mailing = journal.MailingOf(run);
-  if (!mailing) return mailing.error();
-  if (const auto asked = AskFirst(context, Say("Run #{} is damaged, so that nobody can read what became of its "
-                                               "recipients. Are you sure you want to forget it?",
-                                               run));
-      !asked) {
-    return asked.error();
-  }
-  if (const auto gone = journal.Forget(*mailing); !gone) return gone.error();
-  context.output.Line(Say("Run #{} was forgotten.", run).InEnglish());
-  context.output.Object({{"forgotten", 1}});
-  return 0;
-}
-
-Result<int> ForgetOne(Context& context, const profile::Folders& folders, run::RunJournal& journal, std::int64_t run) {
-  const auto mailing = MailingOf(journal, run);
-  if (!mailing && mailing.error().failure == Failure::kBadData) return ForgetDamaged(context, journal, run);
-  if (!mailing) return mailing.error();
-  if (!run::WhatIsLeft(*mailing).empty() && run::StandingOf(*mailing) != run::MailingStanding::kGoesOn) {
-    if (const auto asked = AskFirst(context, run::ForgetQuestion(*mailing)); !asked) return asked.error();
-  }
-  if (const auto gone = journal.Forget(mailing->id); !gone) return gone.error();
-  context.output.Line(run::WhatIsForgotten(*mailing, run, folders.History()).InEnglish());
-  context.output.Object({{"forgotten", 1}});
-  return 0;
-}
-
-int RunForget(Context& context, const ForgetOptions& options) {
-  if ((options.run == 0) == !options.finished) return context.output.Complain("Name one run, or --finished.");
-  const auto folders = context.PreparedFolders();
-  if (!folders) return context.output.Fail(folders.error());
-  return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
-    if (!options.finished) return ForgetOne(context, *folders, journal, options.run);
-    const auto forgotten = run::ForgetFinished(journal);
-    if (!forgotten) return forgotten.error();
-    const auto went = run::WhatWentOf(*forgotten);
-    context.output.Line(went ? went->InEnglish() : "No run was forgotten.");
-    context.output.Object({{"forgotten", forgotten->mailings},
-                           {"forgotten_unknown", forgotten->unknown},
-                           {"kept", forgotten->kept.size()}});
-    for (const auto& sentence : run::WhatStayed(*forgotten, forgotten->kept.size()))
-      context.output.Note(sentence.InEnglish());
-    return 0;
-  });
-}
-
 }  // namespace
 
 Result<run::MailingEntry> MailingOf(run::RunJournal& journal, std::int64_t run) {
@@ -242,14 +191,7 @@ void AddRunsCommand(CLI::App& app, Context& context) {
 
   AddGoOnCommands(*runs, context);
   AddTakeOutCommands(*runs, context);
-
-  auto* forget =
-      runs->add_subcommand("forget", "Delete what is kept of a run: its message, its recipients, its results");
-  auto forgotten = std::make_shared<ForgetOptions>();
-  forget->add_option("run", forgotten->run, "The number that runs list shows");
-  forget->add_flag("--finished", forgotten->finished, "All runs but those that go on or can be resumed");
-  forget->footer("The report in the history stays.\nExample:\n  quillcast runs forget 12");
-  OnRun(*forget, context, [forgotten](Context& c) { return RunForget(c, *forgotten); });
+  AddForgetCommand(*runs, context);
 }
 
 }  // namespace quillcast::cli

@@ -11,9 +11,10 @@
 
 namespace quillcast::cli {
 
-// Adds `runs resume` and `runs retry`; `runs export` and `runs report`.
+// Adds `runs resume` and `runs retry`; `runs export` and `runs report`; `runs forget`.
 void AddGoOnCommands(CLI::App& runs, Context& context);
 void AddTakeOutCommands(CLI::App& runs, Context& context);
+void AddForgetCommand(CLI::App& runs, Context& context);
 
 // Gives an action the journal of this user; its failure, or one to open it, ends the command.
 template <typename Action>

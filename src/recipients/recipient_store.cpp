@@ -123,6 +123,12 @@ Result<std::optional<RecipientGroup>> RecipientStore::FindAnyGroup(std::string_v
   return FindAnyGroupOn(*database, name);
 }
 
+Result<std::optional<RecipientGroup>> RecipientStore::FindGroupOfKey(std::int64_t group_id) const {
+  auto database = OpenStore(file_, patience_);
+  if (!database) return database.error();
+  return FindGroupOfKeyOn(*database, group_id);
+}
+
 Result<RecipientGroup> RecipientStore::RequireGroup(std::string_view name) const {
   auto database = OpenStore(file_, patience_);
   if (!database) return database.error();

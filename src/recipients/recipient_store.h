@@ -62,6 +62,8 @@ class RecipientStore {
   Result<std::optional<RecipientGroup>> FindGroup(std::string_view name) const;
   // The same of any name; FindGroup fails for one with an apostrophe, which another program may have given.
   Result<std::optional<RecipientGroup>> FindAnyGroup(std::string_view name) const;
+  // The same by its key, whatever its name is by now.
+  Result<std::optional<RecipientGroup>> FindGroupOfKey(std::int64_t group_id) const;
   // 0 for an empty group and for one that does not exist.
   Result<std::int64_t> CountRecipients(std::string_view group_name) const;
   // Whether a group is there, of any name, said as an error for people when it is not (RequireGroupOn).

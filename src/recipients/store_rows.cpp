@@ -129,8 +129,8 @@ StoredRecipient ReadRecipient(const platform::Statement& row) {
 
 namespace {
 
-Result<std::optional<RecipientGroup>> FindGroupBy(StatementId statement, Database& database, std::string_view name) {
-  auto found = Bound(database, statement, List<1>{name});
+Result<std::optional<RecipientGroup>> FindGroupBy(StatementId statement, Database& database, std::string_view value) {
+  auto found = Bound(database, statement, List<1>{value});
   if (!found) return found.error();
   const auto row = found->rows().Step();
   if (!row) return row.error();
@@ -155,6 +155,10 @@ Result<std::optional<RecipientGroup>> FindAnyGroupOn(Database& database, std::st
 Result<std::optional<RecipientGroup>> FindGroupOn(Database& database, std::string_view name) {
   auto found = FindAnyGroupOn(database, name);
   return found && *found ? FindGroupBy(StatementId::kFindGroup, database, name) : found;
+}
+
+Result<std::optional<RecipientGroup>> FindGroupOfKeyOn(Database& database, std::int64_t group_id) {
+  return FindGroupBy(StatementId::kGroupOfKey, database, std::to_string(group_id));
 }
 
 Result<RecipientGroup> RequireGroupOn(Database& database, std::string_view name) {
@@ -186,9 +190,8 @@ Result<std::vector<std::int64_t>> ReadKeys(Database& database, std::int64_t grou
 }
 
 Result<bool> IsGroupKey(Database& database, std::int64_t group_id) {
-  const std::string key = std::to_string(group_id);
-  auto found = Bound(database, StatementId::kGroupOfKey, List<1>{key});
-  return found ? found->rows().Step() : found.error();
+  const auto group = FindGroupOfKeyOn(database, group_id);
+  return group ? Result<bool>(group->has_value()) : group.error();
 }
 
 List<kFieldCount + 1> KeyAndValues(std::string_view key, const Recipient& recipient) {

@@ -45,6 +45,7 @@ StoredRecipient ReadRecipient(const platform::Statement& row);
 Result<std::optional<RecipientGroup>> FindGroupOn(platform::Database& database, std::string_view name);
 // Of any name.
 Result<std::optional<RecipientGroup>> FindAnyGroupOn(platform::Database& database, std::string_view name);
+Result<std::optional<RecipientGroup>> FindGroupOfKeyOn(platform::Database& database, std::int64_t group_id);
 // Two rules for a group that has to be there, kUsage where it is not. To be read, or given another name, it may have
 // any name. To be changed it has one that every given statement takes, for some of them name it: else the error says to
 // rename it first, before anything is written.

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/text.h"
+#include "run/damaged_runs.h"
 #include "run/history.h"
 #include "run/journal/sqlite_run_journal.h"
 #include "run/run_words.h"
@@ -204,20 +205,20 @@ Sentence WhatIsForgotten(const MailingEntry& mailing, RunId run, const std::file
 Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left) {
   auto all = journal.List();
   if (!all) return all.error();
-  std::erase_if(all->whole, [&left](const MailingEntry& mailing) {
+  std::erase_if(all->mailings, [&left](const MailingEntry& mailing) {
     const bool was_left = !mailing.runs.empty() && std::ranges::count(left, mailing.runs.back().id) > 0;
     const auto standing = StandingOf(mailing);
     return !(WasCutOff(mailing) || was_left) || standing == MailingStanding::kGoesOn ||
            (standing == MailingStanding::kFinished && CountOf(mailing, ResultState::kUnknown) == 0);
   });
-  return std::move(all->whole);
+  return std::move(all->mailings);
 }
 
 Result<Forgotten> ForgetFinished(RunJournal& journal) {
   auto all = journal.List();
   if (!all) return all.error();
   Forgotten forgotten;
-  for (MailingEntry& mailing : all->whole) {
+  for (MailingEntry& mailing : all->mailings) {
     if (StandingOf(mailing) == MailingStanding::kFinished) {
       const auto gone = journal.Forget(mailing.id);
       if (gone) {
@@ -228,6 +229,7 @@ Result<Forgotten> ForgetFinished(RunJournal& journal) {
     }
     forgotten.kept.push_back(std::move(mailing));
   }
+  forgotten.damaged = std::move(all->damaged);
   return forgotten;
 }
 
@@ -235,7 +237,7 @@ Result<Forgotten> FinishedOnes(RunJournal& journal) {
   auto all = journal.List();
   if (!all) return all.error();
   Forgotten finished;
-  for (MailingEntry& mailing : all->whole) {
+  for (MailingEntry& mailing : all->mailings) {
     if (StandingOf(mailing) == MailingStanding::kFinished) {
       Count(finished, mailing);
     } else {
@@ -266,13 +268,6 @@ std::optional<Sentence> WhatWentOf(const Forgotten& forgotten) {
              NumberValue(forgotten.in_doubt), whom);
 }
 
-Result<void> CheckIsWhole(const KeptMailings& kept) {
-  if (kept.damaged.empty()) return {};
-  const std::string runs = fmt::format("#{}", fmt::join(kept.damaged, ", #"));
-  return Error{Failure::kBadData, Say("What the journal has of these runs is damaged: {}.", runs),
-               "quillcast runs forget forgets one; its report in the history stays."};
-}
-
 std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_named) {
   std::vector<Sentence> sentences;
   const std::size_t named = std::min(most_named, forgotten.kept.size());
@@ -284,6 +279,12 @@ std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_na
   }
   const auto more = static_cast<std::int64_t>(forgotten.kept.size() - named);
   if (more > 0) sentences.push_back(SayOf(more, "So was {} more.", "So were {} more."));
+  if (!forgotten.damaged.empty()) {
+    sentences.push_back(
+        Say("{} It was kept: forget it by itself, in the window of the runs or with quillcast runs "
+            "forget --damaged.",
+            WhatIsDamaged(forgotten.damaged)));
+  }
   return sentences;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -64,6 +65,7 @@ struct Forgotten {
   std::int64_t in_doubt = 0;       // of these: mailings with recipients who are unknown
   std::int64_t unknown = 0;        // those recipients
   std::vector<MailingEntry> kept;  // those that go on or can be resumed
+  std::vector<DamagedMailing> damaged;
 };
 // Forgets every finished mailing.
 Result<Forgotten> ForgetFinished(RunJournal& journal);
@@ -73,9 +75,8 @@ Result<Forgotten> FinishedOnes(RunJournal& journal);
 std::optional<Sentence> WhatWouldGo(const Forgotten& forgotten);
 // "2 runs were forgotten.", and of how many nobody knows whether they got it; nothing where none was.
 std::optional<Sentence> WhatWentOf(const Forgotten& forgotten);
-// What cannot be read of the journal, where there is something, and what to do.
-Result<void> CheckIsWhole(const KeptMailings& kept);
 // What was kept and why, naming each, or the first so many where they are more.
-std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_named);
+std::vector<Sentence> WhatStayed(const Forgotten& forgotten,
+                                 std::size_t most_named = std::numeric_limits<std::size_t>::max());
 
 }  // namespace quillcast::run

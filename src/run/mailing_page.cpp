@@ -90,8 +90,7 @@ std::string EndOf(const RunEntry& run, const platform::Clock& clock) {
 
 // As its messages name the sender; empty where the journal cannot give that any more.
 std::string SenderOf(RunJournal& journal, MailingId mailing) {
-  const auto kept = journal.Inputs(mailing);
-  const auto frozen = kept ? ReadFrozenText(kept->inputs, kept->files) : Result<Frozen>(kept.error());
+  const auto frozen = ReadFrozen(journal, mailing);
   return frozen ? std::string(platform::Trim(account::TextsOf(frozen->inputs.account).from)) : std::string();
 }
 

@@ -145,8 +145,14 @@ Result<RunSummary> PreparedRun::RunJournalled(Carrier& carrier, const std::optio
   if (!options) return options.error();
   const auto journal = OpenJournal(place_.folders, place_.clock, place_.cancel);
   if (!journal) return journal.error();
-  const auto mailing = Freeze(
-      {document_, **account, body_format_, group_.group.name, group_.recipients, range, group_.group.id}, **journal);
+  const auto mailing = Freeze({.document = document_,
+                               .account = **account,
+                               .body_format = body_format_,
+                               .group = group_.group.name,
+                               .recipients = group_.recipients,
+                               .range = range,
+                               .group_id = group_.group.id},
+                              **journal);
   if (!mailing) return mailing.error();
   const auto frozen = Thaw(*mailing, **journal);
   if (!frozen) return frozen.error();

@@ -44,6 +44,15 @@ Result<ListChanges> Compare(RunJournal& journal, MailingId mailing, recipients::
   return lists.Compare();
 }
 
+// The one that has its name by now.
+Result<std::optional<PresentGroup>> GroupInItsPlace(const MailingInputs& inputs,
+                                                    const recipients::RecipientStore& store) {
+  const auto group = store.FindAnyGroup(inputs.group);
+  if (!group) return group.error();
+  if (!*group) return std::optional<PresentGroup>();
+  return std::optional(PresentGroup{0, {}, (*group)->name, true});
+}
+
 }  // namespace
 
 void ListComparison::Add(const recipients::Recipient& row, std::vector<Row>& rows) {
@@ -77,12 +86,12 @@ ListChanges ListComparison::Compare() {
 
 Result<std::optional<PresentGroup>> LookAtGroup(RunJournal& journal, const MailingEntry& mailing,
                                                 const MailingInputs& inputs, const recipients::RecipientStore& store) {
-  const auto group = store.FindAnyGroup(inputs.group);
+  auto group = inputs.group_id == 0 ? store.FindAnyGroup(inputs.group) : store.FindGroupOfKey(inputs.group_id);
   if (!group) return group.error();
-  if (!*group || !inputs.IsTo(**group)) return std::optional<PresentGroup>();
+  if (!*group) return GroupInItsPlace(inputs, store);
   const auto count = store.CountRecipients((*group)->name);
   if (!count) return count.error();
-  PresentGroup present{*count, {}};
+  PresentGroup present{*count, {}, (*group)->name};
   if (std::max(*count, mailing.recipients) > kMostCompared) return std::optional(present);
   auto rows = store.ListRecipients((*group)->id, "");
   if (!rows) return rows.error();

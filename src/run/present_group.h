@@ -44,9 +44,12 @@ class ListComparison {
 struct PresentGroup {
   std::int64_t recipients = 0;
   std::optional<ListChanges> changes;  // nothing where they are too many to be compared
+  std::string name;
+  bool is_another = false;  // that one was deleted, and this has its name; nothing else is told of it
 };
 
-// Nothing where there is no group of this name any more. Fails as the journal and the store do.
+// Nothing where it was deleted. One of an earlier version, which did not keep the group's key, goes by its name. Fails
+// as the journal and the store do.
 Result<std::optional<PresentGroup>> LookAtGroup(RunJournal& journal, const MailingEntry& mailing,
                                                 const MailingInputs& inputs, const recipients::RecipientStore& store);
 

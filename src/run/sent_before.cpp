@@ -27,18 +27,17 @@ Result<std::optional<Sentence>> SentBefore(RunJournal& journal, const document::
   const MailingEntry* last = nullptr;
   std::int64_t times = 0;
   int looked_at = 0;
-  for (const MailingEntry& mailing : kept->whole) {
+  for (const MailingEntry& mailing : kept->mailings) {
     if (mailing.subject != document.subject || mailing.runs.empty() || !MayHaveGoneOut(mailing)) continue;
     if (++looked_at > kMostLookedAt) break;
-    const auto inputs = journal.Inputs(mailing.id);
-    const auto frozen = inputs ? ReadFrozenText(inputs->inputs, inputs->files) : Result<Frozen>(inputs.error());
+    const auto frozen = ReadFrozen(journal, mailing.id);
     if (!frozen) continue;  // of a newer version, or damaged
     if (!frozen->inputs.IsTo(group) || !IsSame(frozen->inputs.document, document)) continue;
     if (last == nullptr) last = &mailing;
     ++times;
   }
   if (last == nullptr) return std::optional<Sentence>();
-  const std::string when = MomentText(last->runs.back().began, clock);
+  const std::string when = MomentText(last->runs.front().began, clock);
   const std::string counts = CountsText(last->counts);
   if (times == 1) return std::optional(Say("This group had this message before, on {}: {}.", when, counts));
   return std::optional(

@@ -16,10 +16,13 @@ std::string PlacesText(std::int64_t first, std::int64_t last) {
 }  // namespace
 
 Result<std::optional<SkippedOnes>> SkippedOf(RunJournal& journal, const MailingEntry& mailing) {
-  const auto kept = journal.Inputs(mailing.id);
-  if (!kept) return kept.error();
-  const auto frozen = ReadFrozenText(kept->inputs, kept->files);
-  if (!frozen) return std::optional<SkippedOnes>();  // whoever goes on with it is told what is wrong
+  const auto frozen = ReadFrozen(journal, mailing.id);
+  if (!frozen) {
+    const Failure failure = frozen.error().failure;
+    const bool is_of_text = failure == Failure::kBadData || failure == Failure::kUnavailable;
+    // Whoever goes on with it is told what is wrong.
+    return is_of_text ? Result(std::optional<SkippedOnes>()) : frozen.error();
+  }
   SkippedOnes skipped{mailing.recipients, {1, mailing.recipients}};
   if (!frozen->inputs.range) return std::optional(skipped);
   skipped.part.first = frozen->inputs.range->first;

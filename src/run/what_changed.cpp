@@ -96,10 +96,20 @@ void AddChangesOfGroup(const MailingInputs& then, const std::optional<PresentGro
   const std::string group = platform::Printable(then.group, 80);
   if (!now) {
     changes.push_back(
-        Say("There is no group {} any more: it was deleted, or has another name. The run goes on to those who were in "
-            "it.",
+        Say("There is no group {} any more. The run goes on to those who were in it when it began.", group));
+    return;
+  }
+  if (now->is_another) {
+    changes.push_back(
+        Say("The group {} of then was deleted, and the one of this name is another. The run goes on to those "
+            "who were in the one of then.",
             group));
-  } else if (now->changes && *now->changes != ListChanges()) {
+    return;
+  }
+  if (!platform::EqualsIgnoringAsciiCase(now->name, then.group)) {
+    changes.push_back(Say("The group {} has the name {} by now.", group, platform::Printable(now->name, 80)));
+  }
+  if (now->changes && *now->changes != ListChanges()) {
     changes.push_back(
         Say("Since then the group {} has changed: {}. The run goes on to those who were in it when it began, with "
             "their addresses and fields of then.",

@@ -135,14 +135,20 @@ class KeptRuns(Case):
         """The counts of the group stay the same, and then its name does not."""
         box = self.choosy()
         self.mail(box)
-        corrected, renamed = [("recipient", "modify", "--group", "All", "r3@slow.example", "--email", "new3@slow.example"),
-                              ("recipient", "modify", "--group", "All", "r6@slow.example", "--field", "City=Oslo")], [
-                                  ("group", "rename", "All", "Others")]
+        corrected = [("recipient", "modify", "--group", "All", "r3@slow.example", "--email", "new3@slow.example"),
+                              ("recipient", "modify", "--group", "All", "r6@slow.example", "--field", "City=Oslo")]
+        renamed = [("group", "rename", "All", "Others"), ("recipient", "modify", "--group", "Others", "r6@slow.example", "--field",
+                                                          "City=Rome")]
+        replaced = [("group", "delete", "Others"), ("group", "new", "All")]
         for commands, told in (((), None),
                                (corrected, "Since then the group All has changed: 1 address was taken out or corrected, 1 address "
                                            "is new, 1 recipient has other fields. The run goes on to those who were in it when it "
                                            "began, with their addresses and fields of then."),
-                               (renamed, "There is no group All any more: it was deleted, or has another name.")):
+                               (renamed, "The group All has the name Others by now.\nSince then the group All has changed: 1 address "
+                                         "was taken out or corrected, 1 address is new, 1 recipient has other fields."),
+                               (replaced, "The group All of then was deleted, and the one of this name is another. The run goes on to "
+                                          "those who were in the one of then."),
+                               ([("group", "delete", "All")], "There is no group All any more. The run goes on")):
             for command in commands:
                 self.ok("--yes", *command)
             err = self.run_program("--yes", "runs", "retry", "1")[2]
@@ -245,18 +251,30 @@ class KeptRuns(Case):
 
     def test_one_that_is_damaged_hides_no_other(self):
         box = self.mailbox()
-        for _ in range(2):
+        for _ in range(3):
             self.mail(box, code=0)
         with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db")) as journal, journal:
             journal.execute("UPDATE mailings SET recipients = 2 WHERE id = 1")
+            journal.execute("DELETE FROM runs WHERE mailing = 2")
         code, out, err = self.run_program("--json", "runs", "list")
-        self.assertEqual((code, [json.loads(line)["run"] for line in out.splitlines()]), (65, [2]), err)
-        self.assertIn("What the journal has of these runs is damaged: #1.", err)
+        self.assertEqual((code, [json.loads(line)["run"] for line in out.splitlines()]), (65, [3]), err)
+        self.assertIn("What the journal has of these runs is damaged: #1, and 1 whose number is lost.", err)
+        for command in (["show"], ["resume"], ["report", "--to", self.write("r.html", "")], ["retry", "--state", "refused"]):
+            code, _, err = self.run_program("--yes", "runs", command[0], 1, *command[1:])
+            self.assertEqual(code, 65, err)
+            self.assertIn("has of this run is damaged.\nForget it, in the window of the runs or with quillcast runs forget: "
+                          "all others stay.", err)
         code, _, err = self.run_program("runs", "forget", 1)
         self.assertEqual(code, 77)
         self.assertIn("Run #1 is damaged, so that nobody can read what became of its recipients.", err)
         self.assertEqual(self.ok("--yes", "runs", "forget", 1), "Run #1 was forgotten.\n")
-        self.assertEqual([row["run"] for row in self.objects("runs", "list")], [2])
+        code, out, err = self.run_program("--yes", "--json", "history", "clear")
+        self.assertEqual((code, json.loads(out)["damaged_runs"]), (0, 1), err)
+        self.assertIn("What the journal has of some runs is damaged: 1 whose number is lost. It was kept", err)
+        self.assertEqual(self.run_program("runs", "forget", "--damaged")[0], 77)
+        self.assertEqual(self.ok("--yes", "runs", "forget", "--damaged"), "1 damaged run was forgotten.\n")
+        self.assertEqual(self.ok("--yes", "runs", "forget", "--damaged"), "No run is damaged.\n")
+        self.assertEqual(self.objects("runs", "list"), [])
 
     def test_one_program_at_a_time_goes_on(self):
         """While a run goes on it is shown as such, is no one else's, and is not forgotten."""

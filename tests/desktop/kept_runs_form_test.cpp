@@ -247,7 +247,7 @@ class KeptRunsFormTest : public QObject {
     QTRY_VERIFY(test::RowsOf(form, "NotesList").size() > 2);
     const QStringList changes = test::RowsOf(form, "NotesList");
     QCOMPARE(changes[0], QString("The letter goes out as it was when the run began."));
-    QVERIFY2(changes.join('\n').contains("There is no group Readers any more:"), qPrintable(changes.join('\n')));
+    QVERIFY2(changes.join('\n').contains("There is no group Readers any more."), qPrintable(changes.join('\n')));
     QVERIFY2(changes.join('\n').contains("the account's server has changed."), qPrintable(changes.join('\n')));
     QVERIFY(form.findChild<QWidget*>("NotesList")->isVisible());
     QCOMPARE(test::Text(form, "PaceLabel"), "Pace: 30 a minute (as this run was told before, else the mail account)");
@@ -386,6 +386,34 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(grid->size(), std::size_t{4});
     QCOMPARE(grid->Chosen(), std::vector<std::size_t>{3});
     QCOMPARE(Status(history), QString("4 of 4 shown."));
+  }
+
+  // It hides no other, and can be forgotten.
+  void forgetsWhatIsDamaged() {
+    test::FormRig rig;
+    QVERIFY(test::LeaveCutOff(rig.folders, "Alpha"));
+    QVERIFY(test::LeaveCutOff(rig.folders, "Beta"));
+    auto journal = platform::Database::Open(rig.folders.RunJournal(), platform::OpenMode::kReadWrite);
+    QVERIFY(journal->Execute("UPDATE mailings SET recipients = -1 WHERE id = 2"));
+    KeptRunsForm form(rig.program, nullptr);
+    form.show();
+    auto* grid = form.findChild<RowList*>("KeptRunsGrid");
+    QCOMPARE(grid->size(), std::size_t{2});
+    QVERIFY2(LineOf(form, 0).contains("| Alpha | can be resumed"), qPrintable(LineOf(form, 0)));
+    QCOMPARE(LineOf(form, 1), QString("2 |  |  |  | damaged: it can only be forgotten"));
+    QCOMPARE(Status(form),
+             QString("What the journal has of these runs is damaged: #2. They stand at the end of the list."));
+    grid->Choose(1);
+    QVERIFY2(Status(form).startsWith("What is kept of this run is damaged"), qPrintable(Status(form)));
+    for (const char* button : {"SendToTheseButton", "SaveListButton", "MakeGroupButton", "PageButton"}) {
+      QVERIFY2(!IsOn(form, button), button);
+    }
+    QCOMPARE(form.findChild<RowList*>("PeopleGrid")->size(), std::size_t{0});
+    rig.prompts.answers = {platform::Answer::kYes};
+    Press(form, "ForgetButton");
+    QTRY_COMPARE(Status(form), QString("1 damaged run was forgotten."));
+    QCOMPARE(grid->size(), std::size_t{1});
+    QVERIFY(IsOn(form, "SendToTheseButton"));
   }
 
   // Runs… in the history opens with the run whose report is chosen there, be it one that went on with another.

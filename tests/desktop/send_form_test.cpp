@@ -617,7 +617,8 @@ class SendFormTest : public QObject {
     QCOMPARE(scene.Arrived(), 2U);
     const platform::CancelToken none;
     const auto runs = (*run::OpenJournal(scene.rig.folders, scene.rig.clock, none))->List();
-    QCOMPARE(run::OptionsIn(runs->whole.front().runs.back().pace, scene.rig.clock), (run::PaceTexts{.rate = "none"}));
+    QCOMPARE(run::OptionsIn(runs->mailings.front().runs.back().pace, scene.rig.clock),
+             (run::PaceTexts{.rate = "none"}));
     QCOMPARE(settings.Read("Account", "Rate", "")->c_str(), "1/h");
   }
 

@@ -51,7 +51,7 @@ class ContentsInMemory final : public run::RunJournal {
                                                    run::NewRun) override {
     return NoRuns();
   }
-  Result<run::KeptMailings> List() override { return NoRuns(); }
+  Result<run::JournalList> List() override { return NoRuns(); }
   Result<run::MailingId> MailingOf(run::RunId) override { return NoRuns(); }
   Result<run::MailingEntry> Find(run::RunId) override { return NoRuns(); }
   Result<run::NewMailing> Inputs(run::MailingId) override { return NoRuns(); }

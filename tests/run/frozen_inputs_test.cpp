@@ -442,7 +442,7 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
     std::vector<std::string> told;  // ROOT for the folder
   };
   const auto nothing = [](MessageDocument&, AccountSettings&) {};
-  const PresentGroup same{3, ListChanges()};
+  const PresentGroup same{3, ListChanges(), "readers"};
   const std::vector<Case> cases = {
       {"nothing", nothing, same, {}},
       {"document",
@@ -472,25 +472,28 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
        {"Since then the attachment ROOT/list.csv has changed."}},
       {"other rows",
        nothing,
-       PresentGroup{3, ListChanges{1, 2, 3}},
+       PresentGroup{3, ListChanges{1, 2, 3}, "Readers"},
        {"Since then the group Readers has changed: 1 address was taken out or corrected, 2 addresses are new, 3 "
         "recipients have other fields. The run goes on to those who were in it when it began, with their addresses and "
         "fields of then."}},
       {"too many to compare, and more",
        nothing,
-       PresentGroup{60000, {}},
+       PresentGroup{60000, {}, "Readers"},
        {"Since then the group Readers has changed: 60,000 are in it, not 3. The run goes on to those who were in it "
         "when it began."}},
       {"too many to compare",
        nothing,
-       PresentGroup{3, {}},
+       PresentGroup{3, {}, "Readers"},
        {"The group Readers has 3 recipients as before; so many are not compared one by one. The run goes on to those "
         "who were in it when it began, with their addresses and fields of then."}},
       {"no group",
        nothing,
        {},
-       {"There is no group Readers any more: it was deleted, or has another name. The run goes on to those who were in "
-        "it."}},
+       {"There is no group Readers any more. The run goes on to those who were in it when it began."}},
+      {"another name",
+       nothing,
+       PresentGroup{3, ListChanges(), "Members"},
+       {"The group Readers has the name Members by now."}},
       {"account",
        [](auto&, auto& account) {
          account.Set(AccountKey::kEmail, "new@example.org");

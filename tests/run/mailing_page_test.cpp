@@ -47,9 +47,9 @@ class PageOfMailing : public testing::Test {
     const auto journal = OpenJournal(folders, clock_, none);
     for (const RunKind kind : went_on) EXPECT_TRUE((*journal)->GoOn(1, kind, WhoIsLeft(), {"base"}));
     auto kept = (*journal)->List();
-    kept->whole.front().subject = subject;
+    kept->mailings.front().subject = subject;
     std::string page;
-    const auto written = WriteMailingPage(**journal, kept->whole.front(), clock_, none, [&](std::string_view html) {
+    const auto written = WriteMailingPage(**journal, kept->mailings.front(), clock_, none, [&](std::string_view html) {
       page += html;
       return Result<void>();
     });

@@ -62,6 +62,7 @@ class KeptRunsForm final : public QDialog {
   void MakeGroup();
   void WriteReport();
   void Forget();
+  void ForgetDamaged(const run::DamagedMailing& damaged);
 
   const profile::Program& program_;
   run::ChosenPages pages_;

@@ -23,7 +23,7 @@ constexpr int kLookPause = 1500;  // milliseconds
 
 enum ListColumn : int { kNumber, kBegan, kWhat, kGroup, kStanding };
 
-Result<run::KeptMailings> Read(const profile::Program& program, const platform::CancelToken& cancel) {
+Result<run::JournalList> Read(const profile::Program& program, const platform::CancelToken& cancel) {
   const auto journal = run::OpenJournal(program.folders, program.clock, cancel);
   if (!journal) return journal.error();
   return (*journal)->List();
@@ -47,7 +47,6 @@ KeptRunsList::KeptRunsList(const profile::Program& program, QWidget* parent)
           [this](std::size_t row, int column) { return TextOf(row, column); }, this)),
       pause_(new QTimer(this)),
       look_(new BackgroundTask(this)) {
-  grid_->SetEmptyText(tr("What becomes of each recipient is kept here while a message goes out. Send one to see it."));
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(grid_);
@@ -62,20 +61,28 @@ Result<void> KeptRunsList::Fill() {
   const platform::CancelToken none;
   look_->GiveUp();
   auto kept = Read(program_, none);
-  Result<void> read = kept ? run::CheckIsWhole(*kept) : kept.error();
-  Take(kept ? std::move(kept->whole) : std::vector<run::MailingEntry>());
+  grid_->SetEmptyText(kept ? tr("What becomes of each recipient is kept here while a message goes out. Send one to see "
+                                "it.")
+                           : tr("What is kept of the runs cannot be read; the line below says why."));
+  Take(kept ? *std::move(kept) : run::JournalList());
   if (isVisible()) pause_->start();
-  return read;
+  return kept ? Result<void>() : kept.error();
 }
 
 const run::MailingEntry* KeptRunsList::Mailing() const {
   const auto chosen = grid_->Chosen();
-  return chosen.empty() ? nullptr : &mailings_[lines_[chosen.front()].mailing];
+  return chosen.empty() || chosen.front() >= lines_.size() ? nullptr : &kept_.mailings[lines_[chosen.front()].mailing];
+}
+
+std::optional<run::DamagedMailing> KeptRunsList::Damaged() const {
+  const auto chosen = grid_->Chosen();
+  if (chosen.empty() || chosen.front() < lines_.size()) return {};
+  return kept_.damaged[chosen.front() - lines_.size()];
 }
 
 void KeptRunsList::ChooseRun(run::RunId run) {
   for (std::size_t row = 0; row < lines_.size(); ++row) {
-    const auto& runs = mailings_[lines_[row].mailing].runs;
+    const auto& runs = kept_.mailings[lines_[row].mailing].runs;
     if (std::ranges::find(runs, run, &run::RunEntry::id) == runs.end()) continue;
     grid_->Choose(row);  // its first line
     return;
@@ -102,8 +109,8 @@ void KeptRunsList::Look() {
   look_->Start([this, &program = program_](const platform::CancelToken& cancel) -> std::function<void()> {
     auto kept = Read(program, cancel);
     return [this, kept = std::move(kept)] {
-      if (kept && kept->whole != mailings_) {
-        Take(kept->whole);
+      if (kept && *kept != kept_) {
+        Take(*kept);
         emit Followed();
       }
       if (isVisible()) pause_->start();
@@ -111,40 +118,48 @@ void KeptRunsList::Look() {
   });
 }
 
+run::RunId KeptRunsList::NumberIn(std::size_t row) const {
+  if (row < lines_.size()) return RunOf(lines_[row]).id;
+  const run::DamagedMailing& damaged = kept_.damaged[row - lines_.size()];
+  return damaged.run != 0 ? damaged.run : -damaged.id;
+}
+
+std::vector<run::RunId> KeptRunsList::Numbers() const {
+  std::vector<run::RunId> numbers;
+  for (std::size_t row = 0; row < lines_.size() + kept_.damaged.size(); ++row) numbers.push_back(NumberIn(row));
+  return numbers;
+}
+
 // Told once, when all of it stands: nobody sees a list in which nothing is chosen meanwhile.
-void KeptRunsList::Take(std::vector<run::MailingEntry> mailings) {
+void KeptRunsList::Take(run::JournalList kept) {
   const auto chosen = grid_->Chosen();
-  run::RunId stays = 0;
-  run::RunId first_of_it = 0;
-  if (!chosen.empty()) {
-    stays = RunOf(lines_[chosen.front()]).id;
-    first_of_it = mailings_[lines_[chosen.front()].mailing].runs.front().id;
-  }
-  std::vector<run::RunId> before;
-  for (const Line& line : lines_) before.push_back(RunOf(line).id);
-  mailings_ = std::move(mailings);
+  const run::RunId stays = chosen.empty() ? 0 : NumberIn(chosen.front());
+  const run::RunId first_of_it = Mailing() == nullptr ? stays : Mailing()->runs.front().id;
+  const auto before = Numbers();
+  kept_ = std::move(kept);
   lines_.clear();
-  for (std::size_t mailing = 0; mailing < mailings_.size(); ++mailing) {
-    for (std::size_t run = 0; run < mailings_[mailing].runs.size(); ++run) lines_.push_back({mailing, run});
+  for (std::size_t mailing = 0; mailing < kept_.mailings.size(); ++mailing) {
+    for (std::size_t run = 0; run < kept_.mailings[mailing].runs.size(); ++run) lines_.push_back({mailing, run});
   }
-  const auto id_of = [this](const Line& line) { return RunOf(line).id; };
-  if (std::ranges::equal(before, lines_, {}, {}, id_of)) return grid_->viewport()->update();
-  auto same = lines_.end();
+  const auto now = Numbers();
+  if (before == now) return grid_->viewport()->update();
+  auto same = now.end();
   {
     const QSignalBlocker quiet(grid_);
     QScrollBar* const bar = grid_->verticalScrollBar();
     const int scrolled = bar->value();
-    grid_->Reset(lines_.size());
-    same = std::ranges::find(lines_, stays, id_of);
-    if (same == lines_.end()) same = std::ranges::find(lines_, first_of_it, id_of);
-    if (!lines_.empty()) grid_->Choose(same == lines_.end() ? 0 : static_cast<std::size_t>(same - lines_.begin()));
-    if (same != lines_.end()) bar->setValue(scrolled);
+    grid_->Reset(now.size());
+    same = std::ranges::find(now, stays);
+    if (same == now.end()) same = std::ranges::find(now, first_of_it);
+    if (!now.empty()) grid_->Choose(same == now.end() ? 0 : static_cast<std::size_t>(same - now.begin()));
+    if (same != now.end()) bar->setValue(scrolled);
   }
-  if (same == lines_.end() || id_of(*same) != stays) emit ChosenChanged();
+  if (same == now.end() || *same != stays) emit ChosenChanged();
 }
 
 QString KeptRunsList::TextOf(std::size_t row, int column) const {
-  const run::MailingEntry& mailing = mailings_[lines_[row].mailing];
+  if (row >= lines_.size()) return TextOf(kept_.damaged[row - lines_.size()], column);
+  const run::MailingEntry& mailing = kept_.mailings[lines_[row].mailing];
   const run::RunEntry& run = RunOf(lines_[row]);
   const bool is_first = lines_[row].run == 0;
   switch (column) {
@@ -160,6 +175,11 @@ QString KeptRunsList::TextOf(std::size_t row, int column) const {
     default:
       return is_first ? StandingOf(mailing) : StandingOf(run);
   }
+}
+
+QString KeptRunsList::TextOf(const run::DamagedMailing& damaged, int column) {
+  if (column == kNumber) return damaged.run == 0 ? QString("?") : QString::number(damaged.run);
+  return column == kStanding ? tr("damaged: it can only be forgotten") : QString();
 }
 
 // Where others went on with it, how its first run stands is not how it does.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QWidget>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -23,8 +24,13 @@ class KeptRunsList final : public QWidget {
 
   // Reads them now. Fails as the journal does, and is empty then.
   Result<void> Fill();
-  // The mailing of the chosen line: until the list changes, which it may do whenever events are taken.
+  // The mailing of the chosen line, where it can be read: until the list changes, which it may do whenever events are
+  // taken.
   const run::MailingEntry* Mailing() const;
+  // The one of the chosen line, where that cannot be read.
+  std::optional<run::DamagedMailing> Damaged() const;
+  // All of those; they stand below the others.
+  const std::vector<run::DamagedMailing>& AllDamaged() const { return kept_.damaged; }
   // The mailing of this run; where there is none any more, what is chosen stays.
   void ChooseRun(run::RunId run);
   // The run with this base name in the history, be it one that went on with another; where there is none, likewise.
@@ -47,15 +53,19 @@ class KeptRunsList final : public QWidget {
   };
 
   QString TextOf(std::size_t row, int column) const;
+  static QString TextOf(const run::DamagedMailing& damaged, int column);
   static QString StandingOf(const run::MailingEntry& mailing);
   QString StandingOf(const run::RunEntry& run) const;
-  const run::RunEntry& RunOf(const Line& line) const { return mailings_[line.mailing].runs[line.run]; }
+  const run::RunEntry& RunOf(const Line& line) const { return kept_.mailings[line.mailing].runs[line.run]; }
+  // What a line is known by while the list changes.
+  run::RunId NumberIn(std::size_t row) const;
+  std::vector<run::RunId> Numbers() const;  // in all lines
   void Look();
-  void Take(std::vector<run::MailingEntry> mailings);
+  void Take(run::JournalList kept);
 
   const profile::Program& program_;
-  std::vector<run::MailingEntry> mailings_;
-  std::vector<Line> lines_;
+  run::JournalList kept_;
+  std::vector<Line> lines_;  // of those that are whole
   RowList* grid_;
   QTimer* pause_;  // between two looks
   BackgroundTask* look_;

@@ -76,11 +76,9 @@ Result<bool> RestoreGroup(Database& database, const KeptGroup& kept) {
     }
     done = RunOn(database, StatementId::kPutGroupBack, List<1>{key});
   } else {
-    auto found = Bound(database, StatementId::kGroupOfKey, List<1>{key});
-    if (!found) return found.error();
-    auto row = found->rows().Step();
-    if (!row) return row;
-    if (!*row || UndoSortMark(ReadGroup(found->rows()).sort_sql) != kept.after) return false;
+    const auto group = FindGroupOfKeyOn(database, kept.group.id);
+    if (!group) return group.error();
+    if (!*group || UndoSortMark((*group)->sort_sql) != kept.after) return false;
     done = RunOn(database, StatementId::kSetSort, List<2>{kept.group.sort_sql, key});
   }
   if (!done) return done.error();

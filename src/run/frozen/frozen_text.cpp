@@ -228,4 +228,9 @@ Result<Frozen> ReadFrozenText(std::string_view text, const std::vector<KeptFile>
   return frozen;
 }
 
+Result<Frozen> ReadFrozen(RunJournal& journal, MailingId mailing) {
+  const auto inputs = journal.Inputs(mailing);
+  return inputs ? ReadFrozenText(inputs->inputs, inputs->files) : Result<Frozen>(inputs.error());
+}
+
 }  // namespace quillcast::run

@@ -24,5 +24,7 @@ std::string FrozenText(const Frozen& frozen);
 // `kept` are the files that the journal has of it. Errors: kBadData for what FrozenText does not write, kUnavailable
 // for a version that is newer than this program.
 Result<Frozen> ReadFrozenText(std::string_view text, const std::vector<KeptFile>& kept);
+// Of a mailing in the journal. Fails as that does, too.
+Result<Frozen> ReadFrozen(RunJournal& journal, MailingId mailing);
 
 }  // namespace quillcast::run

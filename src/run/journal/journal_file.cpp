@@ -69,10 +69,11 @@ Result<void> CheckIsOurs(platform::Database& database, const JournalPlace& place
   const auto application = NumberOf(database, "PRAGMA application_id");
   if (!application) return application.error();
   if (*tables == 0 || *application == kApplication) return {};
-  return Error{Failure::kBadData, Say("{} belongs to another program.", place.file.string())};
+  return Error{Failure::kBadData, Say("{} belongs to another program.", place.file.string()), kMoveAway};
 }
 
 Result<void> CheckIsKnown(std::int64_t version, const JournalPlace& place) {
+  if (version < 0) return Error{Failure::kBadData, Say("{} is damaged.", place.file.string()), kMoveAway};
   if (version <= kVersion) return {};
   return Error{Failure::kUnavailable, Say("{} was written by a newer version of Quillcast.", place.file.string()),
                "Use that version, or move the file away to begin with an empty one."};
@@ -151,12 +152,12 @@ FileAtPlace FileAtPlace::Of(const JournalPlace& place) {
   return ::stat(place.file.c_str(), &status) == 0 ? FileAtPlace{status.st_dev, status.st_ino} : FileAtPlace();
 }
 
-Error DamagedJournal(const std::filesystem::path& file) {
-  return {Failure::kBadData, Say("{} is damaged.", file.string()), kMoveAway};
+Error DamagedMailingIn(const std::filesystem::path& file) {
+  return {Failure::kBadData, Say("What {} has of this run is damaged.", file.string()),
+          "Forget it, in the window of the runs or with quillcast runs forget: all others stay."};
 }
 
 Error OfJournal(Error error) {
-  if (error.failure == Failure::kBadData) error.remedy = kMoveAway;
   // Neither the file nor what a journal needs beside it can be made.
   if (error.failure == Failure::kCannotCreate) error.failure = Failure::kNotPermitted;
   return error;

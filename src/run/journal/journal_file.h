@@ -56,7 +56,8 @@ struct FileAtPlace {
   bool operator==(const FileAtPlace&) const = default;
 };
 
-Error DamagedJournal(const std::filesystem::path& file);
+// What the file has of one mailing cannot be.
+Error DamagedMailingIn(const std::filesystem::path& file);
 // An error of the file, with what can be done where it is a journal.
 Error OfJournal(Error error);
 template <typename T>

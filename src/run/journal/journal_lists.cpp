@@ -163,10 +163,10 @@ class RowReader {
       next_ = block_ * kBlockSize;
     }
     for (; next_ < index; ++next_) {
-      if (!frozen_.Skip()) return DamagedJournal(file_);
+      if (!frozen_.Skip()) return DamagedMailingIn(file_);
     }
     ++next_;
-    return frozen_.Next(row_.recipient) ? Result<void>() : DamagedJournal(file_);
+    return frozen_.Next(row_.recipient) ? Result<void>() : DamagedMailingIn(file_);
   }
 
   const StoredMailing* mailing_;
@@ -189,24 +189,24 @@ Result<RunId> FirstRunOf(platform::Database& database, MailingId mailing) {
 }
 
 // One that is damaged stops no other.
-Result<KeptMailings> ListMailings(platform::Database& database, const JournalPlace& place) {
+Result<JournalList> ListMailings(platform::Database& database, const JournalPlace& place) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
   const auto look = Look::At(database);
   if (!look) return look.error();
   const auto mailings = AllMailings(database);
   if (!mailings) return mailings.error();
-  KeptMailings listed;
+  JournalList listed;
   for (const MailingId mailing : *mailings) {
     auto entry = EntryOf(database, place, mailing, *seen);
     if (entry) {
-      listed.whole.push_back(*std::move(entry));
+      listed.mailings.push_back(*std::move(entry));
       continue;
     }
     if (entry.error().failure != Failure::kBadData) return entry.error();
     const auto first = FirstRunOf(database, mailing);
     if (!first) return first.error();
-    listed.damaged.push_back(*first);
+    listed.damaged.push_back({mailing, *first});
   }
   return listed;
 }
@@ -308,7 +308,7 @@ Result<NewMailing> ReadInputs(platform::Database& database, MailingId mailing) {
 
 }  // namespace
 
-Result<KeptMailings> SqliteRunJournal::List() { return OfJournal(ListMailings(database_, place_)); }
+Result<JournalList> SqliteRunJournal::List() { return OfJournal(ListMailings(database_, place_)); }
 
 Result<MailingId> SqliteRunJournal::MailingOf(RunId run) { return OfJournal(run::MailingOf(database_, run)); }
 

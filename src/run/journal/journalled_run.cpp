@@ -90,7 +90,7 @@ Result<void> SqliteJournalledRun::OpenBlock(std::int64_t block) {
   if (auto bound = read_rows_.Bind(1, BlockKey(run_.mailing, block)); !bound) return bound;
   const auto row = read_rows_.Step();
   if (!row) return row.error();
-  if (!*row) return DamagedJournal(place_.file);
+  if (!*row) return DamagedMailingIn(place_.file);
   rows_octets_ = read_rows_.Bytes(0);
   read_rows_.Reset();
   rows_ = FrozenRows(rows_octets_);
@@ -137,9 +137,9 @@ Result<void> SqliteJournalledRun::ReadRow(std::int64_t index, recipients::Recipi
     if (auto opened = OpenBlock(index / kBlockSize); !opened) return opened;
   }
   for (; next_row_ < index; ++next_row_) {
-    if (!rows_.Skip()) return DamagedJournal(place_.file);
+    if (!rows_.Skip()) return DamagedMailingIn(place_.file);
   }
-  if (!rows_.Next(recipient)) return DamagedJournal(place_.file);
+  if (!rows_.Next(recipient)) return DamagedMailingIn(place_.file);
   ++next_row_;
   return {};
 }

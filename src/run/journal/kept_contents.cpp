@@ -179,7 +179,7 @@ Result<void> WriteContent(platform::Database& database, const std::string& conte
   }
   const auto digits = hash.InDigits();
   if (!digits) return digits.error();
-  return *digits == content ? Result<void>() : DamagedJournal(database.path());
+  return *digits == content ? Result<void>() : DamagedMailingIn(database.path());
 }
 
 Result<void> AddFiles(platform::Database& database, MailingId mailing, const std::vector<KeptFile>& files) {

@@ -100,7 +100,7 @@ Result<StoredMailing> ReadMailing(platform::Database& database, MailingId mailin
   auto runs = ReadRuns(database, mailing);
   if (!runs) return runs.error();
   stored.runs = *std::move(runs);
-  if (!IsPossible(stored)) return DamagedJournal(database.path());
+  if (!IsPossible(stored)) return DamagedMailingIn(database.path());
   return stored;
 }
 

@@ -65,12 +65,20 @@ struct MailingEntry {
   bool operator==(const MailingEntry&) const = default;
 };
 
-// What the journal has.
-struct KeptMailings {
-  std::vector<MailingEntry> whole;  // newest first
-  std::vector<RunId> damaged;       // the first runs of those that cannot be read, newest first
+// One that cannot be read: it can be forgotten, and that alone.
+struct DamagedMailing {
+  MailingId id = 0;
+  RunId run = 0;  // its first; 0 where that is lost
 
-  bool operator==(const KeptMailings&) const = default;
+  bool operator==(const DamagedMailing&) const = default;
+};
+
+// Newest first: those that can be read, and those that cannot.
+struct JournalList {
+  std::vector<MailingEntry> mailings;
+  std::vector<DamagedMailing> damaged;
+
+  bool operator==(const JournalList&) const = default;
 };
 
 // A recipient as the journal knows it.
@@ -167,7 +175,7 @@ class RunJournal {
   virtual Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                                       NewRun run) = 0;
 
-  virtual Result<KeptMailings> List() = 0;
+  virtual Result<JournalList> List() = 0;
   // The mailing of a run.
   virtual Result<MailingEntry> Find(RunId run) = 0;
   // Its number, also where it is damaged.

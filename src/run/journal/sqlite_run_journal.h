@@ -24,7 +24,7 @@ class SqliteRunJournal final : public RunJournal {
                                                NewRun run) override;
   Result<std::unique_ptr<JournalledRun>> GoOn(MailingId mailing, RunKind kind, const RecipientChoice& choice,
                                               NewRun run) override;
-  Result<KeptMailings> List() override;
+  Result<JournalList> List() override;
   Result<MailingId> MailingOf(RunId run) override;
   Result<MailingEntry> Find(RunId run) override;
   Result<NewMailing> Inputs(MailingId mailing) override;

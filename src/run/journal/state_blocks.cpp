@@ -34,7 +34,7 @@ Result<StateBlocks> StateBlocks::Of(platform::Database& database, const std::fil
 Result<void> StateBlocks::Check(std::int64_t block, std::string_view octets) const {
   const std::int64_t records = std::min(kBlockSize, recipients_ - block * kBlockSize);
   if (!IsBlock(octets) || std::ssize(octets) != records * static_cast<std::int64_t>(kRecordSize)) {
-    return DamagedJournal(file_);
+    return DamagedMailingIn(file_);
   }
   return {};
 }
@@ -85,7 +85,7 @@ Result<void> StateBlocks::Walk(std::int64_t from,
     if (!*row) break;
     const std::int64_t block = walk_.Int(0) - BlockKey(mailing_, 0);
     const std::string_view octets = walk_.Bytes(1);
-    if (block != expected) return DamagedJournal(file_);
+    if (block != expected) return DamagedMailingIn(file_);
     if (auto sound = Check(block, octets); !sound) return sound;
     const auto on = visit(block, octets);
     if (!on) return on.error();
@@ -95,7 +95,7 @@ Result<void> StateBlocks::Walk(std::int64_t from,
     }
   }
   walk_.Reset();
-  return expected * kBlockSize >= recipients_ ? Result<void>() : DamagedJournal(file_);
+  return expected * kBlockSize >= recipients_ ? Result<void>() : DamagedMailingIn(file_);
 }
 
 Result<void> StateBlocks::Write() {

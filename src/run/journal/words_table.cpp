@@ -27,7 +27,7 @@ Result<WordsWriter> WordsWriter::After(platform::Database& database, const std::
     next = last->Int(0) - WordsKey(mailing, 0);
     std::string_view octets = last->Bytes(1);
     for (ResultWords words; TakeWords(octets, words);) ++next;
-    if (!octets.empty()) return DamagedJournal(file);
+    if (!octets.empty()) return DamagedMailingIn(file);
   }
   return WordsWriter(*std::move(write), mailing, next);
 }
@@ -77,7 +77,7 @@ Result<void> WordsReader::FindRow(std::uint32_t number) {
   if (auto bound = read_.Bind(2, WordsKey(mailing_, number)); !bound) return bound;
   const auto row = read_.Step();
   if (!row) return row.error();
-  if (!*row) return DamagedJournal(file_);
+  if (!*row) return DamagedMailingIn(file_);
   first_ = next_ = read_.Int(0) - WordsKey(mailing_, 0);
   row_ = read_.Bytes(1);
   rest_ = row_;
@@ -96,9 +96,9 @@ Result<const ResultWords*> WordsReader::Read(std::uint32_t number) {
     while (next_ <= number && TakeWords(rest_, words_)) ++next_;
     if (next_ > number) return &words_;
     // It ended before: what is looked for stands in a later row.
-    if (std::exchange(sought, true)) return DamagedJournal(file_);
+    if (std::exchange(sought, true)) return DamagedMailingIn(file_);
     if (auto found = FindRow(number); !found) return found.error();
-    if (next_ > number) return DamagedJournal(file_);
+    if (next_ > number) return DamagedMailingIn(file_);
   }
 }
 

@@ -60,7 +60,7 @@ TEST_F(JournalTest, LeavesNothingOfAMailingThatFailsToBegin) {
     const auto run = journal->Begin({"S", "G", "i", {}}, rows, {}, {"base"});
     ASSERT_FALSE(run) << unreadable;
     EXPECT_EQ(run.error().what.InEnglish(), "The store cannot be read.");
-    EXPECT_TRUE(Take(journal->List()).whole.empty());
+    EXPECT_TRUE(Take(journal->List()).mailings.empty());
   }
   platform::CancelToken cancel;
   auto place = Place();
@@ -71,7 +71,7 @@ TEST_F(JournalTest, LeavesNothingOfAMailingThatFailsToBegin) {
   rows.before_failing = [&] { cancel.Request(); };
   EXPECT_FALSE(cancelled->Begin({"S", "G", "i", {}}, rows, {}, {"base"}));
   EXPECT_EQ(std::filesystem::file_size(root_ / "runs.db-wal"), 0U);
-  EXPECT_TRUE(Take(journal->List()).whole.empty());
+  EXPECT_TRUE(Take(journal->List()).mailings.empty());
   EXPECT_EQ(BeginWith(*journal, 1)->size(), 1) << "and another begins";
 }
 
@@ -114,7 +114,7 @@ TEST_F(JournalTest, KnowsWhereARecipientIs) {
       CopyFiles(folder, root_ / "copy");
       const auto later = OpenJournal(boot, root_ / "copy");
       EXPECT_EQ(States(*later)[1], state) << row.told << " " << boot;
-      const auto counts = Take(later->List()).whole.front().counts;
+      const auto counts = Take(later->List()).mailings.front().counts;
       EXPECT_EQ(counts.at(kLetters.find(state)) > 0, true) << row.told;
       const auto again = later->GoOn(1, RunKind::kResume, kAll, {"again"});
       EXPECT_EQ(States(*later)[1], state) << row.told << ": the same once it is written";
@@ -280,12 +280,13 @@ TEST_F(JournalTest, KnowsWhoWasToBeTriedAgainAndHowOftenItWas) {
     run.reset();
     RecipientChoice left(kLeft);
     left.tried_again = true;
-    const MailingEntry entry = Take(journal->List()).whole.front();
+    const MailingEntry entry = Take(journal->List()).mailings.front();
     EXPECT_EQ(entry.tried_again, 3);
     EXPECT_EQ(Take(journal->Count(1, left)), 4);
     EXPECT_TRUE(RowAt(*journal, 2).again);
     EXPECT_FALSE(RowAt(*journal, 5).again);
-    EXPECT_EQ(Take(OpenJournal("tuesday", root_ / "copy")->List()).whole.front().tried_again, 3) << "they were settled";
+    EXPECT_EQ(Take(OpenJournal("tuesday", root_ / "copy")->List()).mailings.front().tried_again, 3)
+        << "they were settled";
 
     run = Take(journal->GoOn(1, RunKind::kResume, left, {"second", "slowly"}));
     EXPECT_EQ(run->size(), 4);
@@ -295,10 +296,10 @@ TEST_F(JournalTest, KnowsWhoWasToBeTriedAgainAndHowOftenItWas) {
     EXPECT_EQ(tries, (std::map<std::int64_t, int>{{2, 2}, {3, 14}, {4, 1}, {6, 0}}));
     run->GoesOut(2);
     Take(run->Record());
-    EXPECT_EQ(Take(journal->List()).whole.front().tried_again, 2) << "it is in flight";
+    EXPECT_EQ(Take(journal->List()).mailings.front().tried_again, 2) << "it is in flight";
     run->Settled(2, Deferred(2));  // for the last time
     Take(run->End());
-    EXPECT_EQ(Take(journal->List()).whole.front().tried_again, 2);
+    EXPECT_EQ(Take(journal->List()).mailings.front().tried_again, 2);
     EXPECT_EQ(Take(journal->Find(1)).runs.back().pace, "slowly");
 
     run = Take(journal->GoOn(1, RunKind::kRetry, SetOf({ResultState::kDeferred}), {"third"}));
@@ -319,7 +320,7 @@ TEST_F(JournalTest, TakesOverAFileOfTheFirstLayout) {
            .Execute("ALTER TABLE runs DROP COLUMN round; ALTER TABLE runs DROP COLUMN pace; PRAGMA user_version = 1; "
                     "UPDATE mailings SET counts = substr(counts, 1, length(counts) - 1)"));
   const auto journal = OpenJournal();
-  const MailingEntry entry = Take(journal->List()).whole.front();
+  const MailingEntry entry = Take(journal->List()).mailings.front();
   EXPECT_EQ(entry.counts, (StateCounts{0, 0, 1, 0, 0, 2, 0}));
   EXPECT_EQ(entry.tried_again, 0);
   EXPECT_EQ(entry.runs.front().pace, "");
@@ -361,7 +362,7 @@ TEST_F(JournalTest, AMessageThatGoesOutTwiceIsOneAttempt) {
 
 TEST_F(JournalTest, ListsTheNewestMailingFirst) {
   const auto journal = OpenJournal();
-  EXPECT_TRUE(Take(journal->List()).whole.empty());
+  EXPECT_TRUE(Take(journal->List()).mailings.empty());
   const auto first = BeginWith(*journal, 5);
   first->GoesOut(Given(*first, 1).front());
   Take(first->Record());
@@ -370,7 +371,7 @@ TEST_F(JournalTest, ListsTheNewestMailingFirst) {
   Take(second->End());
   auto third = BeginWith(*journal, 0);
   third.reset();
-  const auto list = Take(journal->List()).whole;
+  const auto list = Take(journal->List()).mailings;
   ASSERT_EQ(list.size(), 3U);
   EXPECT_EQ(list[0].runs[0].standing, RunStanding::kCutOff);
   EXPECT_EQ(list[0].recipients, 0);
@@ -402,7 +403,7 @@ TEST_F(JournalTest, RefusesWhatIsNotThere) {
   }
   Take(run->End());
   EXPECT_EQ(journal->GoOn(1, RunKind::kRetry, SetOf({ResultState::kSent}), {""}).error().failure, Failure::kNoInput);
-  EXPECT_EQ(Take(journal->List()).whole.front().runs.size(), 1U) << "nothing was begun";
+  EXPECT_EQ(Take(journal->List()).mailings.front().runs.size(), 1U) << "nothing was begun";
 }
 
 TEST(Disk, KnowsWhichStartOfTheComputerThisIs) { EXPECT_GE(ThisBoot().size(), 32U); }

@@ -100,9 +100,9 @@ TEST_F(KeptContentsTest, NothingIsLeftOfWhatIsForgotten) {
     for (const std::string mark : {"FIRST", "SECOND", "THIRD"}) {
       EXPECT_EQ(Times(mark) > 0, mark != forgotten) << mark << " after " << forgotten << ": " << Times(mark);
     }
-    EXPECT_EQ(Take(journal->List()).whole.size(), 2U);
+    EXPECT_EQ(Take(journal->List()).mailings.size(), 2U);
     EXPECT_EQ(ContentOf(*journal, shared).size(), 100'006U);
-    for (const MailingEntry& entry : Take(journal->List()).whole) Take(journal->Forget(entry.id));
+    for (const MailingEntry& entry : Take(journal->List()).mailings) Take(journal->Forget(entry.id));
     EXPECT_EQ(journal->Open(shared).error().failure, Failure::kNoInput);
     EXPECT_EQ(Times("SHARED"), 0);
     EXPECT_LT(std::filesystem::file_size(root_ / "runs.db"), 100'000U);

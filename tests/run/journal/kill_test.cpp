@@ -26,7 +26,7 @@ class KillTest : public JournalTest {
     is_looking_ = true;
     CopyFiles(root_.path(), root_ / "copy");
     const auto journal = OpenJournal("monday", root_ / "copy");
-    const std::string found = Take(journal->List()).whole.empty() ? "none" : States(*journal);
+    const std::string found = Take(journal->List()).mailings.empty() ? "none" : States(*journal);
     is_looking_ = false;
     return found;
   }
@@ -221,7 +221,7 @@ TEST_F(KillTest, WhoeverLooksAtOnceSeesTheSame) {
     for (int n = 0; n < 8; ++n) {
       looks.push_back(std::async(std::launch::async, [&] {
         const auto found = OpenJournal("monday", root_ / "copy");
-        const auto standing = Take(found->List()).whole.front().runs.back().standing;
+        const auto standing = Take(found->List()).mailings.front().runs.back().standing;
         return (standing == RunStanding::kCutOff ? "" : "in hand: ") + States(*found);
       }));
     }
@@ -276,7 +276,7 @@ TEST_F(KillTest, NothingBeginsWhereWhatIsToldCouldBeLost) {
   ASSERT_FALSE(run);
   EXPECT_EQ(Describe(run.error()),
             "Cannot create " + recent.string() + ": File exists.\nMove away what has that name, and try again.");
-  EXPECT_TRUE(Take(journal->List()).whole.empty());
+  EXPECT_TRUE(Take(journal->List()).mailings.empty());
   fs::remove_all(recent);
   EXPECT_EQ(BeginWith(*journal, 2)->size(), 2);
 }

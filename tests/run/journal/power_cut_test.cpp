@@ -17,7 +17,7 @@ class PowerCutTest : public JournalTest {
   // Where the power goes now.
   void Check(const Sending& sending, const std::string& when) {
     const auto journal = OpenJournal("tuesday", root_ / "left");
-    const auto list = Take(journal->List()).whole;
+    const auto list = Take(journal->List()).mailings;
     const std::string states = list.empty() ? "" : States(*journal);
     const std::string told = sending.After();
     std::int64_t doubtful = 0;

@@ -1,0 +1,104 @@
+// quillcast runs forget
+#include "cli/commands.h"
+#include "cli/runs.h"
+#include "cli/store_command.h"
+#include "run/damaged_runs.h"
+
+namespace quillcast::cli {
+namespace {
+
+struct ForgetOptions {
+  std::int64_t run = 0;
+  bool finished = false;
+  bool damaged = false;
+};
+
+// Asks, and forgets them.
+Result<int> ForgetDamaged(Context& context, run::RunJournal& journal, const Sentence& question,
+                          const std::vector<run::DamagedMailing>& damaged) {
+  if (const auto asked = AskFirst(context, question); !asked) return asked.error();
+  for (const run::DamagedMailing& mailing : damaged) {
+    if (const auto gone = journal.Forget(mailing.id); !gone) return gone.error();
+  }
+  return 0;
+}
+
+Result<int> ForgetDamagedOne(Context& context, run::RunJournal& journal, std::int64_t run) {
+  const auto mailing = journal.MailingOf(run);
+  if (!mailing) return mailing.error();
+  const run::DamagedMailing damaged{*mailing, run};
+  const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(damaged), {damaged});
+  if (!gone) return gone;
+  context.output.Line(Say("Run #{} was forgotten.", run).InEnglish());
+  context.output.Object({{"forgotten", 1}});
+  return 0;
+}
+
+Result<int> ForgetAllDamaged(Context& context, run::RunJournal& journal) {
+  const auto kept = journal.List();
+  if (!kept) return kept.error();
+  if (!kept->damaged.empty()) {
+    const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(kept->damaged), kept->damaged);
+    if (!gone) return gone;
+  }
+  const auto count = static_cast<std::int64_t>(kept->damaged.size());
+  context.output.Line(count == 0 ? "No run is damaged." : run::DamagedAreForgotten(count).InEnglish());
+  context.output.Object({{"forgotten", count}});
+  return 0;
+}
+
+Result<int> ForgetOne(Context& context, const profile::Folders& folders, run::RunJournal& journal, std::int64_t run) {
+  const auto mailing = MailingOf(journal, run);
+  if (!mailing && mailing.error().failure == Failure::kBadData) return ForgetDamagedOne(context, journal, run);
+  if (!mailing) return mailing.error();
+  if (!run::WhatIsLeft(*mailing).empty() && run::StandingOf(*mailing) != run::MailingStanding::kGoesOn) {
+    if (const auto asked = AskFirst(context, run::ForgetQuestion(*mailing)); !asked) return asked.error();
+  }
+  if (const auto gone = journal.Forget(mailing->id); !gone) return gone.error();
+  context.output.Line(run::WhatIsForgotten(*mailing, run, folders.History()).InEnglish());
+  context.output.Object({{"forgotten", 1}});
+  return 0;
+}
+
+Result<int> ForgetFinished(Context& context, run::RunJournal& journal) {
+  const auto forgotten = run::ForgetFinished(journal);
+  if (!forgotten) return forgotten.error();
+  const auto went = run::WhatWentOf(*forgotten);
+  context.output.Line(went ? went->InEnglish() : "No run was forgotten.");
+  context.output.Object({{"forgotten", forgotten->mailings},
+                         {"forgotten_unknown", forgotten->unknown},
+                         {"kept", forgotten->kept.size()},
+                         {"damaged", forgotten->damaged.size()}});
+  for (const auto& sentence : run::WhatStayed(*forgotten)) {
+    context.output.Note(sentence.InEnglish());
+  }
+  return 0;
+}
+
+int RunForget(Context& context, const ForgetOptions& options) {
+  if (int{options.run != 0} + int{options.finished} + int{options.damaged} != 1) {
+    return context.output.Complain("Name one run, or --finished, or --damaged.");
+  }
+  const auto folders = context.PreparedFolders();
+  if (!folders) return context.output.Fail(folders.error());
+  return WithJournal(context, *folders, [&](run::RunJournal& journal) -> Result<int> {
+    if (options.finished) return ForgetFinished(context, journal);
+    if (options.damaged) return ForgetAllDamaged(context, journal);
+    return ForgetOne(context, *folders, journal, options.run);
+  });
+}
+
+}  // namespace
+
+void AddForgetCommand(CLI::App& runs, Context& context) {
+  auto* forget =
+      runs.add_subcommand("forget", "Delete what is kept of a run: its message, its recipients, its results");
+  auto options = std::make_shared<ForgetOptions>();
+  forget->add_option("run", options->run, "The number that runs list shows");
+  forget->add_flag("--finished", options->finished, "All runs but those that go on, can be resumed or are damaged");
+  forget->add_flag("--damaged", options->damaged, "All runs whose recipients can no longer be read");
+  forget->footer("The report in the history stays.\nExample:\n  quillcast runs forget 12");
+  OnRun(*forget, context, [options](Context& c) { return RunForget(c, *options); });
+}
+
+}  // namespace quillcast::cli

@@ -1,0 +1,45 @@
+#include "run/damaged_runs.h"
+
+#include <string>
+
+#include "platform/text.h"
+
+namespace quillcast::run {
+
+Sentence WhatIsDamaged(const std::vector<DamagedMailing>& damaged) {
+  std::string numbers;
+  std::int64_t lost = 0;
+  for (const DamagedMailing& mailing : damaged) {
+    if (mailing.run == 0) {
+      ++lost;
+    } else {
+      numbers += (numbers.empty() ? "#" : ", #") + std::to_string(mailing.run);
+    }
+  }
+  if (lost == 0) return Say("What the journal has of these runs is damaged: {}.", numbers);
+  const Sentence others = SayOf(lost, "{} whose number is lost", "{} whose numbers are lost");
+  return numbers.empty() ? Say("What the journal has of some runs is damaged: {}.", others)
+                         : Say("What the journal has of these runs is damaged: {}, and {}.", numbers, others);
+}
+
+Result<void> CheckIsWhole(const JournalList& kept) {
+  if (kept.damaged.empty()) return {};
+  return Error{Failure::kBadData, WhatIsDamaged(kept.damaged),
+               "quillcast runs forget forgets one, with --damaged all of them; their reports in the history stay."};
+}
+
+Sentence ForgetQuestion(const DamagedMailing& damaged) {
+  const Sentence why = "so that nobody can read what became of its recipients. Are you sure you want to forget it?";
+  return damaged.run == 0 ? Say("This run is damaged, {}", why) : Say("Run #{} is damaged, {}", damaged.run, why);
+}
+
+Sentence ForgetQuestion(const std::vector<DamagedMailing>& damaged) {
+  return Say("{} Nobody can read what became of their recipients. Are you sure you want to forget them?",
+             WhatIsDamaged(damaged));
+}
+
+Sentence DamagedAreForgotten(std::int64_t count) {
+  return SayOf(count, "{} damaged run was forgotten.", "{} damaged runs were forgotten.");
+}
+
+}  // namespace quillcast::run

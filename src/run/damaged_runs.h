@@ -1,0 +1,23 @@
+// Runs of which the journal's file holds what cannot be: nobody can read what became of their recipients.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/result.h"
+#include "platform/sentence.h"
+#include "run/journal/run_journal.h"
+
+namespace quillcast::run {
+
+// "What the journal has of these runs is damaged: #1, #4, and 1 whose number is lost."
+Sentence WhatIsDamaged(const std::vector<DamagedMailing>& damaged);
+// That, where there is such a run, and what to do.
+Result<void> CheckIsWhole(const JournalList& kept);
+// Whether a person means to forget it, or all of them.
+Sentence ForgetQuestion(const DamagedMailing& damaged);
+Sentence ForgetQuestion(const std::vector<DamagedMailing>& damaged);
+// "2 damaged runs were forgotten."
+Sentence DamagedAreForgotten(std::int64_t count);
+
+}  // namespace quillcast::run
