@@ -24,8 +24,10 @@ Sentence WhatIsDamaged(const std::vector<DamagedMailing>& damaged) {
 
 Result<void> CheckIsWhole(const JournalList& kept) {
   if (kept.damaged.empty()) return {};
-  return Error{Failure::kBadData, WhatIsDamaged(kept.damaged),
-               "quillcast runs forget forgets one, with --damaged all of them; their reports in the history stay."};
+  return Error{
+      Failure::kBadData, WhatIsDamaged(kept.damaged),
+      "Forget them, in the window of the runs or with quillcast runs forget --damaged; their reports in the history "
+      "stay."};
 }
 
 Sentence ForgetQuestion(const DamagedMailing& damaged) {

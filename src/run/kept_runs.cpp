@@ -202,7 +202,7 @@ Sentence WhatIsForgotten(const MailingEntry& mailing, RunId run, const std::file
   return Say("Run #{} was forgotten; its {} reports stay in the history.", run, reports);
 }
 
-Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left) {
+Result<JournalList> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left) {
   auto all = journal.List();
   if (!all) return all.error();
   std::erase_if(all->mailings, [&left](const MailingEntry& mailing) {
@@ -211,7 +211,7 @@ Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std:
     return !(WasCutOff(mailing) || was_left) || standing == MailingStanding::kGoesOn ||
            (standing == MailingStanding::kFinished && CountOf(mailing, ResultState::kUnknown) == 0);
   });
-  return std::move(all->mailings);
+  return all;
 }
 
 Result<Forgotten> ForgetFinished(RunJournal& journal) {

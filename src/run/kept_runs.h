@@ -57,8 +57,8 @@ Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing);
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing);
 
 // Those that a person should be offered to go on with, newest first: cut off, or `left` by a program that was told to
-// end, with somebody left or in doubt, and nothing was done about them since.
-Result<std::vector<MailingEntry>> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left);
+// end, with somebody left or in doubt, and nothing was done about them since. And those of which nobody knows that.
+Result<JournalList> CutOffMailings(RunJournal& journal, const std::vector<RunId>& left);
 
 struct Forgotten {
   std::int64_t mailings = 0;

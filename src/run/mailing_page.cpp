@@ -43,7 +43,7 @@ td.bar div {{ display: flex; }} td.bar span {{ height: .8rem; min-width: 2px; }}
 .sent {{ background: var(--sent); }} .other {{ background: var(--other); }} .unknown {{ background: var(--unknown); }} .left {{ background: var(--left); }}
 .key::before {{ content: ""; display: inline-block; width: .8rem; height: .8rem; margin: 0 .4rem 0 .8rem; background: var(--colour); }}
 svg {{ width: 100%; height: auto; }} svg .sent {{ fill: var(--sent); }} svg .other {{ fill: var(--other); }} svg .unknown {{ fill: var(--unknown); }} svg .left {{ fill: var(--left); }} svg text {{ fill: currentColor; font-size: 11px; }}
-small {{ opacity: .75; }}
+small {{ opacity: .75; font-weight: normal; }}
 </style>
 </head>
 <body>
@@ -82,10 +82,11 @@ std::string Safe(std::string_view text, std::size_t longest = 300) {
 
 std::string Number(std::int64_t number) { return platform::WithThousands(number); }
 
-// How it came to its end, behind when it began.
-std::string EndOf(const RunEntry& run, const platform::Clock& clock) {
-  if (run.ended) return " to " + MomentText(*run.ended, clock);
-  return run.standing == RunStanding::kGoesOn ? ", which goes on" : " until it was cut off";
+std::string SpanOf(const RunEntry& run, const platform::Clock& clock) {
+  const std::string began = MomentText(run.began, clock);
+  if (run.ended) return fmt::format("from {} to {}", began, MomentText(*run.ended, clock));
+  return run.standing == RunStanding::kGoesOn ? fmt::format("since {}, and it goes on", began)
+                                              : fmt::format("from {} until it was cut off", began);
 }
 
 // As its messages name the sender; empty where the journal cannot give that any more.
@@ -144,7 +145,7 @@ void Page::Begin(const std::string& sender) {
     const char* what = run.kind == RunKind::kFirst    ? "Sent"
                        : run.kind == RunKind::kResume ? "The sending was taken up again"
                                                       : "Some were tried again";
-    Put(fmt::format(" {} from {}{}.", what, MomentText(run.began, clock_), EndOf(run, clock_)));
+    Put(fmt::format(" {} {}.", what, SpanOf(run, clock_)));
   }
   Put("</p>\n");
 }

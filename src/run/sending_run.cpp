@@ -67,6 +67,7 @@ class Run final : public smtp::JobSource {
   void WayLost(const smtp::Outcome& why, platform::Instant until) override;
   void WayGivenUp(const smtp::Outcome& why) override;
   bool GoOn(const smtp::Outcome& refusal, int times) override;
+  platform::Duration HeldFor() override { return listener_.HeldFor(); }
   void LogLine(std::string_view line) override;
   void Waiting() override;
   void Progress(std::uint64_t sent, std::uint64_t total) override { telling_.Progress(InRange(), sent, total); }

@@ -12,6 +12,7 @@
 
 #include "message/message_template.h"
 #include "platform/cancel.h"
+#include "platform/clock.h"
 #include "platform/result.h"
 #include "platform/sentence.h"
 #include "recipients/recipient_store.h"
@@ -53,6 +54,8 @@ class RunListener {
   // Whether a person holds the run for now: nobody new is come to then. Asked before each, and twice a second
   // meanwhile.
   virtual bool IsHeld() { return false; }
+  // For how long in all, this time included.
+  virtual platform::Duration HeldFor() { return {}; }
   // So it is held, and so many messages are under way still, whose results are waited for; told anew as that changes,
   // and a few times a second. Then, once, that it goes on.
   virtual void Held(std::int64_t /*under_way*/) {}

@@ -251,15 +251,23 @@ void KeptRunsForm::SendToThese() {
   if (runs_->Mailing() == nullptr || !Kind() || !go_on) return;
   const run::MailingEntry mailing = *runs_->Mailing();
   const std::int64_t count = count_;
+  constexpr auto kAskOne =
+      "The message was out and no answer came, so the recipient may get this one twice. Are you sure you want to send "
+      "it "
+      "again?";
+  constexpr auto kAskSeveral =
+      "Their messages were out and no answers came, so some of them may get this one twice. Are you sure you want to "
+      "send "
+      "it to them again?";
   if (run::Holds(choice_.states, ResultState::kUnknown) &&
-      program_.prompts.Ask(
-          "Their messages were out and no answers came, so some of them may get this one twice. Are you "
-          "sure you want to send it to them again?") != platform::Answer::kYes) {
+      program_.prompts.Ask(count == 1 ? kAskOne : kAskSeveral) != platform::Answer::kYes) {
     return;
   }
   go_on({mailing.runs.front().id, *Kind(), choice_, mailing.subject, mailing.group, count,
          run::OptionsIn(mailing.runs.back().pace, program_.clock)});
+  met_ = 0;  // another state may be the first with somebody in it
   Fill();
+  MeetMailing();
 }
 
 }  // namespace quillcast::desktop

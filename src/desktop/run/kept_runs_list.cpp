@@ -134,6 +134,7 @@ std::vector<run::RunId> KeptRunsList::Numbers() const {
 void KeptRunsList::Take(run::JournalList kept) {
   const auto chosen = grid_->Chosen();
   const run::RunId stays = chosen.empty() ? 0 : NumberIn(chosen.front());
+  const std::size_t row = chosen.empty() ? 0 : chosen.front();
   const run::RunId first_of_it = Mailing() == nullptr ? stays : Mailing()->runs.front().id;
   const auto before = Numbers();
   kept_ = std::move(kept);
@@ -151,8 +152,10 @@ void KeptRunsList::Take(run::JournalList kept) {
     grid_->Reset(now.size());
     same = std::ranges::find(now, stays);
     if (same == now.end()) same = std::ranges::find(now, first_of_it);
-    if (!now.empty()) grid_->Choose(same == now.end() ? 0 : static_cast<std::size_t>(same - now.begin()));
-    if (same != now.end()) bar->setValue(scrolled);
+    const bool is_there = same != now.end();
+    if (!now.empty())
+      grid_->Choose(is_there ? static_cast<std::size_t>(same - now.begin()) : std::min(row, now.size() - 1));
+    if (is_there || !chosen.empty()) bar->setValue(scrolled);
   }
   if (same == now.end() || *same != stays) emit ChosenChanged();
 }

@@ -103,13 +103,13 @@ void RunWorker::KeepTo(const Result<run::RunPace>& pace) {
 
 // Said at once: the run itself looks when it would come to somebody.
 void RunWorker::Hold() {
-  held_ = true;
+  hold_.Hold();
   const std::lock_guard lock(mutex_);
   progress_.IsHeld(run::RunProgress::UnderWay::kSomething);
 }
 
 void RunWorker::GoOnAgain() {
-  held_ = false;
+  hold_.LetGo();
   const std::lock_guard lock(mutex_);
   progress_.IsLetGo();
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QObject>
-#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -19,6 +18,7 @@
 #include "platform/power.h"
 #include "profile/program.h"
 #include "run/prepared_run.h"
+#include "run/run_hold.h"
 #include "run/run_progress.h"
 #include "run/run_results.h"
 
@@ -37,7 +37,7 @@ class RunWorker final : public QObject, private run::RunListener {
   Q_OBJECT
  public:
   RunWorker(const profile::Program& program, QObject* parent)
-      : QObject(parent), program_(program), progress_(program.clock) {}
+      : QObject(parent), program_(program), hold_(program.clock), progress_(program.clock) {}
   // Starts nothing new, gives the message under way two seconds, and waits for the run's last step. A run that nobody
   // cancelled is then to be offered at the next start.
   ~RunWorker() override;
@@ -57,7 +57,7 @@ class RunWorker final : public QObject, private run::RunListener {
   // Nothing new begins until it goes on; what is under way comes to its end. The computer may sleep meanwhile.
   void Hold();
   void GoOnAgain();
-  bool is_held() const { return held_; }
+  bool is_held() const { return hold_.is_held(); }
   bool is_running() const { return thread_.joinable(); }
 
   RunNews TakeNews();
@@ -85,7 +85,8 @@ class RunWorker final : public QObject, private run::RunListener {
   void Finished(const run::RecipientResult& result) override;
   void Progress(std::int64_t done, std::int64_t total, std::uint64_t sent, std::uint64_t size) override;
   bool GoOn(const smtp::Outcome& refusal, int times, std::int64_t left_out) override;
-  bool IsHeld() override { return held_; }
+  bool IsHeld() override { return hold_.is_held(); }
+  platform::Duration HeldFor() override { return hold_.HeldFor(); }
   void Held(std::int64_t under_way) override;
   void LetGo() override;
   void NotTried(std::int64_t position, const std::string& address) override;
@@ -97,7 +98,7 @@ class RunWorker final : public QObject, private run::RunListener {
   platform::CancelToken cancel_;
   std::thread thread_;
   std::unique_ptr<platform::Awake> awake_;  // of that thread
-  std::atomic<bool> held_ = false;          // by the window
+  run::RunHold hold_;                       // by the window
   std::mutex mutex_;                        // guards what follows
   RunNews news_;
   run::RunProgress progress_;

@@ -9,6 +9,7 @@
 #include "desktop/shell/practice_mailbox.h"
 #include "desktop/widgets/qt_text.h"
 #include "platform/text.h"
+#include "run/damaged_runs.h"
 #include "run/kept_runs.h"
 #include "run/left_run.h"
 
@@ -70,15 +71,16 @@ void Notices::LookForCutOff() {
   if (std::filesystem::exists(program_.folders.RunJournal(), IgnoreErrors())) {
     const platform::CancelToken none;
     const auto journal = run::OpenJournal(program_.folders, program_.clock, none);
-    auto mailings = journal ? run::CutOffMailings(**journal, run::LeftRuns(program_.settings))
-                            : Result<std::vector<run::MailingEntry>>(journal.error());
-    if (!mailings) {
-      emit Failed(mailings.error());
-    } else {
-      std::erase_if(*mailings,
+    auto found = journal ? run::CutOffMailings(**journal, run::LeftRuns(program_.settings))
+                         : Result<run::JournalList>(journal.error());
+    const auto whole = found ? run::CheckIsWhole(*found) : found.error();
+    if (found) {
+      std::erase_if(found->mailings,
                     [this](const auto& mailing) { return left_for_later_.contains(mailing.runs.back().id); });
-      if (!mailings->empty()) cut_off_ = std::move(mailings->front());
+      if (!found->mailings.empty()) cut_off_ = std::move(found->mailings.front());
     }
+    // What is damaged was perhaps cut off: it is told once.
+    if (!whole && (!found || !std::exchange(told_of_damage_, true))) emit Failed(whole.error());
   }
   Refresh();
 }

@@ -67,6 +67,7 @@ class Notices final : public QWidget {
   PicturesPanel* pictures_;  // in the bar's place while it asks
   std::optional<run::MailingEntry> cut_off_;
   std::set<run::RunId> left_for_later_;  // the last runs of mailings, as the person said
+  bool told_of_damage_ = false;          // in the journal
   qint64 arrived_ = 0;                   // in the practice mailbox, those of earlier sessions too
   QTimer* arrivals_;                     // tells of them a few times a second
   QTimer* watch_;                        // looks at the account as long as practice is on

@@ -31,7 +31,8 @@ constexpr std::array kFailures = {Failure::kUsage,        Failure::kBadData,    
 
 Error NotReadable() {
   return {Failure::kBadData, "What the run was made of cannot be read: the journal of runs is damaged.",
-          "Begin a new run."};
+          "Make a group of those who are left, in the window of the runs or with runs export --to-group, and send to "
+          "it anew."};
 }
 
 json JsonOf(const MessageDocument& document) {

@@ -67,12 +67,23 @@ Result<std::vector<StoredRun>> ReadRuns(platform::Database& database, MailingId 
   }
 }
 
+// From the year 1 to 9999: what can be written as a date, and subtracted.
+bool IsMoment(std::chrono::sys_seconds moment) {
+  using std::chrono::years;
+  return moment >= std::chrono::sys_seconds() - years(1969) && moment < std::chrono::sys_seconds() + years(8029);
+}
+
+bool IsPossible(const StoredRun& run, std::int64_t recipients) {
+  return run.entry.recipients >= 0 && run.entry.recipients <= recipients && IsMoment(run.entry.began) &&
+         (!run.entry.ended || IsMoment(*run.entry.ended));
+}
+
 // Each began with a run, and is for so many.
 bool IsPossible(const StoredMailing& mailing) {
   const auto fits = [all = mailing.entry.recipients](std::int64_t count) { return count >= 0 && count <= all; };
   if (mailing.runs.empty() || mailing.first < 1 || mailing.entry.recipients < 0) return false;
-  if (!std::ranges::all_of(mailing.runs, [&](const StoredRun& run) { return fits(run.entry.recipients); }))
-    return false;
+  const auto is_possible = [&](const StoredRun& run) { return IsPossible(run, mailing.entry.recipients); };
+  if (!std::ranges::all_of(mailing.runs, is_possible)) return false;
   if (!mailing.counts) return true;
   const StateCounts& counts = mailing.counts->states;
   return std::ranges::all_of(counts, fits) && CountIn(counts, StateSet().set()) == mailing.entry.recipients &&

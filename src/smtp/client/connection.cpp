@@ -168,8 +168,10 @@ bool Connection::ClosedMeanwhile() {
 net::Deadline Connection::Until(platform::Instant now) {
   if (shakes_hands_) return deadline_;
   if (idle() || closed()) return net::Deadline::Never();
-  if (session_.Step() != step_) {
+  // Another connection may have learned meanwhile that the server's silence is to be waited for before this goes on.
+  if (session_.Step() != step_ || session_.Listens() != listens_) {
     step_ = session_.Step();
+    listens_ = session_.Listens();
     deadline_ = around_.StepUntil(std::min<std::chrono::milliseconds>(session_.Patience(), longest_step_), now);
   }
   if (!waits_since_) waits_since_ = now;

@@ -74,7 +74,8 @@ class Connection {
   ClientSession session_;
   platform::Stop gives_up_at_ = platform::Stop::kAbandon;
   std::chrono::seconds longest_step_;
-  std::uint64_t step_;  // the one that `deadline_` belongs to
+  std::uint64_t step_;    // the one that `deadline_` belongs to
+  bool listens_ = false;  // in it
   net::Deadline deadline_ = net::Deadline::Never();
   std::optional<platform::Instant> waits_since_;
   bool blocked_ = false;       // the server does not take all of it now

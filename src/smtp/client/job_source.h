@@ -44,6 +44,8 @@ class JobSource {
   // after all: it goes right behind that. Where they are held, others go before them, new ones too; where all are,
   // nobody does.
   virtual Passage MayGo(Job& /*job*/) { return Passage::kFree; }
+  // For how long somebody has let nobody go till now, in all.
+  virtual platform::Duration HeldFor() { return {}; }
   // What became of it, as soon as that is known: once for each job, at the latest right before Finished.
   virtual void Decided(Job& /*job*/, const Outcome& /*outcome*/) {}
   // Called once for each job, in the order in which they were taken.

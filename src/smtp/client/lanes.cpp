@@ -75,7 +75,7 @@ void Lanes::EndWay(Lane& lane) {
   const auto moment = around_.clock.Monotonic();
   limit_.Failed(way->outcome(), ready + now.leaving, moment);
   if (now.in_all() > now.leaving || (!around_.jobs.has_next() && !around_.jobs.IsInDoubt())) return;
-  if (lost_way_.Outlasts(way->outcome(), moment)) {
+  if (lost_way_.Outlasts(way->outcome(), moment, around_.source->HeldFor())) {
     around_.jobs.WayLost();
     return around_.source->WayLost(way->outcome(), *lost_way_.again());
   }
@@ -103,7 +103,7 @@ void Lanes::TellInDoubt(Lane& lane, platform::Duration took) {
 // One that comes about is no way where whatever went over those before it was lost.
 bool Lanes::Falters(Lane& lane) {
   if (!around_.jobs.IsInDoubt() || !around_.jobs.LosesAll()) return false;
-  if (!lost_way_.Falters(around_.clock.Monotonic())) return false;
+  if (!lost_way_.Falters(around_.clock.Monotonic(), around_.source->HeldFor())) return false;
   const Outcome why = around_.jobs.WhyInDoubt();
   around_.jobs.WayLost();
   around_.source->WayLost(why, *lost_way_.again());
@@ -201,7 +201,7 @@ void Lanes::MakeRoom() {
 void Lanes::FindOut() {
   Lane& lane = *std::find_if(lanes_.begin(), lanes_.end(), [](const Lane& one) { return one.free(); });
   lane.way = std::make_unique<WayIn>(around_, NumberOf(lane));
-  lost_way_.Tries(around_.clock.Monotonic());
+  lost_way_.Tries(around_.clock.Monotonic(), around_.source->HeldFor());
 }
 
 void Lanes::Open() {

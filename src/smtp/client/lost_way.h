@@ -28,19 +28,20 @@ class LostWay {
     if (std::exchange(falters_, false)) Begins();
   }
 
-  // None came about, and there is no other. True where the message that wants one waits on, until again().
-  bool Outlasts(const Outcome& why, platform::Instant now) {
+  // None came about, and there is no other. True where the message that wants one waits on, until again(). `held`: for
+  // how long somebody held the run till now, in all.
+  bool Outlasts(const Outcome& why, platform::Instant now, platform::Duration held) {
     if (patience_.count() == 0 || !was_there_ || !IsOutOfReach(why)) return false;
-    is_over_ = !Waits(now);
+    is_over_ = !Waits(now, held);
     return !is_over_;
   }
   // They come about, and one message after the other is lost: a server that starts anew, or one behind which there is
   // none. True where those wait until again(); once only, and half a minute at most, for it may be their own doing.
   bool MayFalter() const { return !has_faltered_ && patience_.count() > 0; }
-  bool Falters(platform::Instant now) {
+  bool Falters(platform::Instant now, platform::Duration held) {
     if (!MayFalter()) return false;
     const bool took_too_long = falters_ && now >= *since_ + kLongestFalter;
-    falters_ = !took_too_long && Waits(now);
+    falters_ = !took_too_long && Waits(now, held);
     has_faltered_ = !falters_;
     return falters_;
   }
@@ -49,9 +50,11 @@ class LostWay {
   bool is_over() const { return is_over_; }
   // Not before then; nothing where the way is not lost, or is being tried.
   const std::optional<platform::Instant>& again() const { return again_; }
-  // What passed since it might have been tried was no waiting for it: somebody held the run.
-  void Tries(platform::Instant now) {
-    if (since_ && again_ && now > *again_) *since_ += now - *again_;
+  // While the run was held, and since the way might have been tried, nobody waited for it.
+  void Tries(platform::Instant now, platform::Duration held) {
+    const platform::Duration too_late = again_ && now > *again_ ? now - *again_ : platform::Duration();
+    if (since_) *since_ += std::max(too_late, held - held_);
+    held_ = held;
     again_.reset();
   }
 
@@ -65,8 +68,11 @@ class LostWay {
     pause_ = kFirstPause;
   }
 
-  bool Waits(platform::Instant now) {
-    if (!since_) since_ = now;
+  bool Waits(platform::Instant now, platform::Duration held) {
+    if (!since_) {
+      since_ = now;
+      held_ = held;
+    }
     const platform::Instant end = *since_ + patience_;
     if (now >= end) return false;
     again_ = std::min(now + pause_, end);
@@ -90,6 +96,7 @@ class LostWay {
   bool falters_ = false;
   bool has_faltered_ = false;  // for as long as was wanted
   std::optional<platform::Instant> since_;
+  platform::Duration held_{};  // that since_ knows of
   std::optional<platform::Instant> again_;
   std::chrono::seconds pause_ = kFirstPause;
 };

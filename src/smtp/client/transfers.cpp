@@ -21,7 +21,7 @@ constexpr const char* kEndedBefore = "The connection ended before the server ans
 bool IsRound(std::size_t number) {
   if (number < 10) return false;
   while (number % 10 == 0) number /= 10;
-  return number <= 3 || number == 5 || number == 15 || number == 25;
+  return number < 10 || number == 15 || number == 25 || number == 75;
 }
 
 }  // namespace

@@ -198,8 +198,8 @@ TEST_F(FaultsTest, ADamagedFileIsToldAndNothingWorse) {
         << times << " " << Describe(asked.error());
     if (asked.error().failure == Failure::kBadData) {
       EXPECT_NE(Describe(asked.error()).find("runs.db"), std::string::npos) << Describe(asked.error());
-      const std::string told = Describe(asked.error());
-      EXPECT_TRUE(told.find("ove ") != std::string::npos || told.find("Forget it") != std::string::npos) << told;
+      const std::string words = Describe(asked.error());
+      EXPECT_TRUE(words.find("ove ") != std::string::npos || words.find("Forget it") != std::string::npos) << words;
     }
   }
   EXPECT_GT(told, 50);
@@ -207,6 +207,7 @@ TEST_F(FaultsTest, ADamagedFileIsToldAndNothingWorse) {
 
 TEST_F(FaultsTest, NumbersThatCannotBeAreDamage) {
   for (const char* sql : {"UPDATE runs SET recipients = -4604", "UPDATE runs SET recipients = 1000000",
+                          "UPDATE runs SET began = -9223372036854775808", "UPDATE runs SET ended = 9223372036854775807",
                           "UPDATE mailings SET recipients = -1", "UPDATE mailings SET first = 0",
                           "UPDATE mailings SET counts = x'7F00000000000000'", "DELETE FROM runs"}) {
     const fs::path folder = root_ / "impossible";

@@ -205,6 +205,43 @@ TEST(ClientConnections, NoMoreAreAskedForThanTheServerTakes) {
   }
 }
 
+// One connection has the answer to its recipient in the same moment as another one answer too many, by which no message
+// goes any more before a short silence: the first waits for that, and not as long as for an answer.
+TEST(ClientConnections, WhatOneLearnsHoldsUpNoOther) {
+  std::atomic<bool> first_waits = false, second_waits = false, says = false, is_over = false;
+  std::atomic<int> said = 0;
+  const auto wait_for = [&](const auto& what) {
+    while (!what && !is_over) std::this_thread::sleep_for(1ms);
+  };
+  Busy busy([&](int number) -> Instead {
+    return [&, number, lines = 0](Peer& peer, const std::string& line) mutable -> std::optional<bool> {
+      std::this_thread::sleep_for(2ms);
+      const bool is_first = number == 1 && line.starts_with("RCPT");
+      const bool is_second = number == 2 && line == ".";
+      if ((!is_first && !is_second) || ++lines != 8) return {};
+      (is_first ? first_waits : second_waits) = true;
+      wait_for(says);
+      peer.Say(is_first ? "250 ok\r\n" : "250 taken\r\n250 taken\r\n");
+      ++said;
+      return false;
+    };
+  });
+  Letters letters(120);
+  letters.on_next = [&](std::size_t) {
+    if (!first_waits || !second_waits || says) return;
+    says = true;
+    while (said < 2) std::this_thread::sleep_for(1ms);
+  };
+  ClientOptions options = OptionsFor(busy.server->port(), 3);
+  options.timeout = 60s;
+  const auto began = std::chrono::steady_clock::now();
+  SendAll(options, letters);
+  is_over = true;
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 30s);
+  EXPECT_EQ(said, 2);
+  EXPECT_EQ(letters.outcomes.size(), 120U);
+}
+
 // The second connection goes wrong, in each way and at each line; whoever is on another is served meanwhile.
 TEST(ClientConnections, OneThatGoesWrongStopsNoOther) {
   enum class Way { kHangsUp, kHangsUpInItsReply, kHangsUpBehindIt, kIsSilent, kIsLate };

@@ -58,14 +58,18 @@ TEST(LostWay, CountsNoTimeInWhichTheRunWasHeld) {
   const Outcome refused{State::kFailed, ResultCode::kConnectFailed, {}, ""};
   const platform::Instant began{};
   LostWay way(20s, true);
-  ASSERT_TRUE(way.Outlasts(refused, began));
+  ASSERT_TRUE(way.Outlasts(refused, began, 0s));
   const auto goes_on = *way.again() + 1h;
-  way.Tries(goes_on);
-  EXPECT_TRUE(way.Outlasts(refused, goes_on));
-  way.Tries(goes_on + 15s);
-  EXPECT_TRUE(way.Outlasts(refused, goes_on + 15s)) << "held once more";
-  way.Tries(*way.again());
-  EXPECT_FALSE(way.Outlasts(refused, goes_on + 40s));
+  way.Tries(goes_on, 0s);
+  EXPECT_TRUE(way.Outlasts(refused, goes_on, 0s)) << "nobody was due";
+  way.Tries(goes_on + 12s, 12s);
+  EXPECT_TRUE(way.Outlasts(refused, goes_on + 12s, 12s)) << "held, also before it could be tried";
+  way.Tries(goes_on + 30s, 30s);
+  EXPECT_TRUE(way.Outlasts(refused, goes_on + 30s, 30s)) << "held once more";
+  way.Tries(*way.again(), 30s);
+  EXPECT_TRUE(way.Outlasts(refused, goes_on + 44s, 30s)) << "15 seconds without those";
+  way.Tries(*way.again(), 30s);
+  EXPECT_FALSE(way.Outlasts(refused, goes_on + 50s, 30s));
   EXPECT_TRUE(way.is_over());
 }
 
