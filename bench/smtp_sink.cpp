@@ -112,7 +112,8 @@ class Session {
         ended_ = true;
         break;
       default:
-        out_ += "250 2.0.0 Ok\r\n";
+        const bool is_sender = line.starts_with("MAIL");
+        out_ += is_sender ? "250 2.1.0 Ok\r\n" : line.starts_with("RCPT") ? "250 2.1.5 Ok\r\n" : "250 2.0.0 Ok\r\n";
     }
   }
 

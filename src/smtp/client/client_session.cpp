@@ -116,6 +116,11 @@ void ClientSession::OnEarlyReply(const ServerReply& reply) {
 
 void ClientSession::OnGoodbye(const ServerReply& reply) {
   const Awaited command = wire_.awaited();
+  if (IsOfMessage(command) && wire_.ReplyIsDue() && transfers_.AwaitsEnd(command)) {
+    wire_.Answered();
+    transfers_.OnLastRefusal(command, reply);
+    return EndWhereDue();
+  }
   if (IsOfMessage(command)) return Close(transfers_.OnGoodbye(command, reply));
   Close({VerdictOf(MeaningOf(command).refused, reply)});
 }

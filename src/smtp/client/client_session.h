@@ -113,7 +113,9 @@ class ClientSession {
   std::uint64_t Step() const { return wire_.Step(); }
   // How long that step may take at most (RFC 5321 4.5.3.2).
   std::chrono::milliseconds Patience() const {
-    return Listens() ? SendWindow::kSilence : std::chrono::milliseconds(MeaningOf(wire_.Due()).patience);
+    if (Listens()) return SendWindow::kSilence;
+    const std::chrono::milliseconds patience = MeaningOf(wire_.Due()).patience;
+    return transfers_.said_goodbye() ? std::min(patience, Transfers::kEndsSoon) : patience;
   }
 
   // Of the message whose bytes are going out: how many are made, and of how many.

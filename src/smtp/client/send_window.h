@@ -15,7 +15,7 @@ namespace quillcast::smtp {
 class SendWindow {
  public:
   static constexpr std::size_t kFirst = 2;
-  static constexpr std::size_t kMost = 64;
+  static constexpr std::size_t kMost = 128;
   static constexpr std::uint64_t kMostOctets = std::uint64_t{4} * 1024 * 1024;
   // An answer too many comes no later than this behind the one before.
   static constexpr std::chrono::milliseconds kSilence{100};

@@ -12,6 +12,7 @@ void Transfers::OnAccepted(Awaited command, const ServerReply& reply) {
   if (transfers_.empty()) return;  // to AskAgain
   Transfer& transfer = transfers_.front();
   --transfer.awaited;
+  said_goodbye_ = false;
   switch (command) {
     case Awaited::kMail:
       transfer.open = true;
@@ -75,8 +76,24 @@ void Transfers::Deliver(const ServerReply& reply, bool holds) {
   Pop();
 }
 
+bool Transfers::AwaitsEnd(Awaited command) const {
+  if (transfers_.empty() || !held_.empty()) return false;
+  const bool is_before = command == Awaited::kMail || command == Awaited::kReset;
+  return said_goodbye_ || (is_before && took_ && IsOut(transfers_.front()));
+}
+
+void Transfers::OnLastRefusal(Awaited command, const ServerReply& reply) {
+  said_goodbye_ = true;
+  Refuse(command, reply);
+}
+
 void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
   if (transfers_.empty()) return OnAskedAgainRefused(reply);
+  said_goodbye_ = false;
+  Refuse(command, reply);
+}
+
+void Transfers::Refuse(Awaited command, const ServerReply& reply) {
   Transfer& transfer = transfers_.front();
   --transfer.awaited;
   if (BreaksPipelining(command, reply.code)) {
@@ -87,9 +104,9 @@ void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
   }
   const bool deferred = reply.code / 100 == 4;
   crowded_ = crowded_ || IsCrowd(command, reply);
-  const bool limit = (IsLimit(command) && deferred) || crowded_;
+  const bool limit = (IsLimit(command) && deferred) || crowded_ || said_goodbye_;
   if (!limit && (deferred || command == Awaited::kMail)) window_.BeCautious();
-  if (command == Awaited::kReset) {
+  if (command == Awaited::kReset && !said_goodbye_) {
     end_ = {Refusal(command, reply)};
     end_->why.state = State::kFailed;
     end_->why.whereabouts = Whereabouts::kNotOut;
@@ -195,7 +212,7 @@ SessionEnd Transfers::OnGivenUp(Outcome why) {
   const bool late = why.code == ResultCode::kReplyTimeout;
   const bool overtaxed = (lost || late) && AsksMuch() && wire_.awaits();
   if (overtaxed) window_.GiveUpPipelining();
-  if ((lost || late) && !transfers_.empty()) window_.BeCautious();
+  if ((lost || late) && !transfers_.empty() && !said_goodbye_) window_.BeCautious();
   if (late) why.whereabouts = Whereabouts::kSilent;
   if (lost || overtaxed) why.whereabouts = Whereabouts::kNotOut;
   return {std::move(why)};

@@ -17,11 +17,12 @@ constexpr std::uint64_t kLarge = std::uint64_t{1024} * 1024;
 constexpr const char* kMayBeTaken = "The message may have been taken all the same.";
 constexpr const char* kEndedBefore = "The connection ended before the server answered.";
 
-// Whether people would choose it as a limit: 20, 150, 1,000. Each of them costs a round trip.
+// Whether people would choose it first as a limit: 20, 50, 1,000. A server that says nothing where it hangs up makes
+// those unknown that are behind; each wait costs a round trip.
 bool IsRound(std::size_t number) {
   if (number < 10) return false;
   while (number % 10 == 0) number /= 10;
-  return number < 10 || number == 15 || number == 25 || number == 75;
+  return number == 1 || number == 2 || number == 5;
 }
 
 }  // namespace
@@ -78,7 +79,7 @@ void Transfers::Withdraw() {
 // --- sending ---
 
 bool Transfers::SendMore() {
-  if (offered_ == nullptr || end_) return false;
+  if (offered_ == nullptr || end_ || said_goodbye_) return false;
   if (transfers_.empty()) return AskAgain();
   if (sending_ == transfers_.size()) return false;
   return SendNext(transfers_[sending_]);
@@ -287,9 +288,10 @@ Outcome Transfers::OutcomeAtEnd(const Transfer& transfer, const SessionEnd& end,
   Outcome outcome{State::kFailed, late ? end.why.code : ResultCode::kConnectionLost, {}, {}};
   if (oldest || cancelled) outcome = end.why;
   if (!oldest || cancelled || outcome.whereabouts == Whereabouts::kNotOut) outcome.whereabouts = NotOut();
-  if (IsOut(transfer) || outcome.state != State::kFailed) outcome.whereabouts = Whereabouts::kDecided;
+  const bool is_out = IsOut(transfer) && !(said_goodbye_ && outcome.code == ResultCode::kConnectionLost);
+  if (is_out || outcome.state != State::kFailed) outcome.whereabouts = Whereabouts::kDecided;
   outcome.has_sender = oldest && transfer.open;
-  if (IsOut(transfer) && outcome.state == State::kFailed) {
+  if (is_out && outcome.state == State::kFailed) {
     outcome.state = State::kUnknown;
     const bool waited = outcome.reason.empty() || !end.missing.empty();
     AddSentence(outcome.reason, waited ? MeaningOf(Awaited::kEndOfData).missing : kMayBeTaken);

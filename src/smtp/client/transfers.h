@@ -2,6 +2,7 @@
 // server's replies. The order and its rules stand above ClientSession.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -55,6 +56,14 @@ class Transfers {
 
   // Why the session has to end, once it has to; to be looked at after each call that may send or settle something.
   const std::optional<SessionEnd>& end() const { return end_; }
+
+  // A 421 before a message, where that and others are out: the server does nothing more, and closes. Whether it keeps
+  // to that is seen: where it does, none of them was taken, and where it answers on, its answers tell (RFC
+  // 5321 3.8, 4.2.1).
+  bool AwaitsEnd(Awaited command) const;
+  void OnLastRefusal(Awaited command, const ServerReply& reply);
+  bool said_goodbye() const { return said_goodbye_; }
+  static constexpr std::chrono::milliseconds kEndsSoon{5000};
 
   // What ends it from without: a 421, an answer that makes no sense, and a connection that is lost or silent.
   SessionEnd OnGoodbye(Awaited command, const ServerReply& reply);
@@ -114,6 +123,7 @@ class Transfers {
   ReplyHabits::Neighbours NeighboursOf(const Transfer& transfer) const;
   void OnMessageTaken(const ServerReply& reply);
   void Deliver(const ServerReply& reply, bool holds);
+  void Refuse(Awaited command, const ServerReply& reply);
   void OnAskedAgainRefused(const ServerReply& reply);
   void SetNextAfterRefusal(Transfer& transfer, Awaited command);
   bool BreaksPipelining(Awaited command, int code) const;
@@ -128,14 +138,15 @@ class Transfers {
   SessionEvents& events_;
   const Capabilities* offered_ = nullptr;  // nothing before Begin
   bool may_pipeline_ = false;
-  bool pipelined_ = false;  // now
-  bool proven_ = false;     // the server has answered commands that came together
-  bool in_doubt_ = false;   // a transaction may be open: RSET goes before the next message
-  bool took_ = false;       // a message
-  bool used_up_ = false;    // it said that it takes no more over this connection
-  bool crowded_ = false;    // and that there are too many of those
-  bool filling_ = true;     // the window
-  bool quick_ = true;       // the server's last reply was
+  bool pipelined_ = false;     // now
+  bool proven_ = false;        // the server has answered commands that came together
+  bool in_doubt_ = false;      // a transaction may be open: RSET goes before the next message
+  bool took_ = false;          // a message
+  bool used_up_ = false;       // it said that it takes no more over this connection
+  bool crowded_ = false;       // and that there are too many of those
+  bool said_goodbye_ = false;  // and nothing since
+  bool filling_ = true;        // the window
+  bool quick_ = true;          // the server's last reply was
 
   ReusedQueue<Transfer> transfers_;  // those without outcome, oldest first
   std::size_t sending_ = 0;          // those before it are wholly made
