@@ -18,6 +18,7 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::milliseconds kAtOnce{0};
 constexpr auto kSeldom = std::chrono::hours(1);
+constexpr std::size_t kNothingBehind = 12;  // octets of a short file that say so
 
 class KillTest : public JournalTest {
  protected:
@@ -90,7 +91,6 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
   auto run = BeginWith(*journal, 40);
   const fs::path recent = root_ / "runs.db-recent-1";
   std::vector<std::string> told = {std::string(40, '-')};
-  constexpr std::size_t kNothingBehind = 12;  // octets that say so
   const std::string begun = Take(platform::ReadFile(recent, 1 << 20));
   std::vector<std::uintmax_t> ends = {begun.size() - 2 * kNothingBehind};
   std::string states = told[0];
@@ -130,7 +130,9 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
   std::uint32_t round = 0;
   std::memcpy(&round, octets.data() + ends[0] + 2 * sizeof(round), sizeof(round));
   const std::string record = octets.substr(ends[0] + kNothingBehind + 2, kRecordSize);
-  for (const std::string& nonsense : {FrameOf("x", round), FrameOf("r\x28" + record, round), FrameOf("", round - 1)}) {
+  // Nothing that a run tells, one who is not there, cut behind its number, of no known kind, and of an earlier round.
+  for (const std::string& nonsense : {FrameOf("x", round), FrameOf("r\x28" + record, round), FrameOf("r\x05", round),
+                                      FrameOf("x\x05", round), FrameOf("", round - 1)}) {
     EXPECT_EQ(found_with(octets.substr(0, ends.back()) + nonsense + std::string(kNothingBehind, '\0')),
               in_doubt(told.back()));
   }
@@ -139,10 +141,32 @@ TEST_F(KillTest, TakesOfWhatWasToldLastWhatIsWhole) {
   std::string large = octets;
   large.resize(65 << 20);
   EXPECT_EQ(found_with(large), in_doubt(told[0])) << "nobody's";
-  EXPECT_EQ(RowAt(*OpenJournal("monday", root_ / "torn"), 1).reason,
-            "What the program last kept of this message is lost.");
+  const auto torn = OpenJournal("monday", root_ / "torn");
+  constexpr const char* kLost = "What the program last kept of this message is lost.";
+  EXPECT_EQ(RowAt(*torn, 1).reason, kLost);
+  const auto resumed = Take(torn->GoOn(1, RunKind::kResume, SetOf({ResultState::kUnknown}), {"second"}));
+  EXPECT_EQ(RowAt(*torn, 1).reason, kLost) << "as well once it is written";
   EXPECT_EQ(Found(), told.back());
   EXPECT_EQ(RowAt(*OpenJournal("monday", root_ / "copy"), 1).reply.text, Sent(1).reply.text);
+}
+
+// Whose journal does not say which round of the short file follows its last commit: it may be an earlier one.
+TEST_F(KillTest, LeavesInDoubtWhomARunOfAnEarlierLayoutToldLast) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 3);
+  std::string whose = Take(platform::ReadFile(root_ / "runs.db-recent-1", 1 << 20));
+  whose.erase(whose.find('\n') + 1);
+  run->GoesOut(Given(*run, 1).front());
+  Take(run->Record());
+  for (const std::uint32_t round : {1, 2, 3}) {
+    CopyFiles(root_.path(), root_ / "copy");
+    std::ofstream(root_ / "copy/runs.db-recent-1", std::ios::binary)
+        << whose << FrameOf("", round) << std::string(kNothingBehind, '\0');
+    Take(Take(platform::Database::Open(root_ / "copy/runs.db", platform::OpenMode::kReadWrite))
+             .Execute("ALTER TABLE runs DROP COLUMN round; PRAGMA user_version = 2"));
+    EXPECT_EQ(States(*OpenJournal("monday", root_ / "copy")), "uuu") << round;
+  }
 }
 
 // Nobody has looked at it before.
