@@ -205,6 +205,22 @@ TEST_F(FaultsTest, ADamagedFileIsToldAndNothingWorse) {
   EXPECT_GT(told, 50);
 }
 
+TEST_F(FaultsTest, WhatADiskDoesNotReadIsNoDamage) {
+  CutOffIn(root_ / "good");
+  Take(OpenJournal("monday", root_ / "good")->List());  // takes in what was told last
+  int good_reads = 0;
+  for (bool has_failed = true; has_failed; ++good_reads) {
+    const auto journal = OpenJournal("monday", root_ / "good");
+    const test::FullDisk disk(test::FullDisk::Kind::kUnreadable, good_reads);
+    const auto list = journal->List();
+    has_failed = test::FullDisk::has_failed();
+    ASSERT_EQ(bool(list), !has_failed) << good_reads;
+    if (list) continue;
+    EXPECT_EQ(list.error().failure, Failure::kIo) << Describe(list.error());
+  }
+  EXPECT_GT(good_reads, 3);
+}
+
 TEST_F(FaultsTest, NumbersThatCannotBeAreDamage) {
   for (const char* sql : {"UPDATE runs SET recipients = -4604", "UPDATE runs SET recipients = 1000000",
                           "UPDATE runs SET began = -9223372036854775808", "UPDATE runs SET ended = 9223372036854775807",
@@ -214,7 +230,7 @@ TEST_F(FaultsTest, NumbersThatCannotBeAreDamage) {
     fs::remove_all(folder);
     CutOffIn(folder);
     auto journal = Take(SqliteRunJournal::Open(Place("monday", folder)));
-    Take(journal->List());
+    Take(Take(journal->GoOn(1, RunKind::kResume, kLeft, {"again"}))->End());  // it is named by its first run
     Take(Take(platform::Database::Open(folder / "runs.db", platform::OpenMode::kReadWrite)).Execute(sql));
     EXPECT_TRUE(Take(journal->List()).mailings.empty()) << sql;
     ASSERT_EQ(Take(journal->List()).damaged.size(), 1U) << sql;
