@@ -525,6 +525,25 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
   }
 }
 
+TEST(AMailingsGroup, IsKnownByItsNumberWhereThatWasKept) {
+  struct Case {
+    const char* name;
+    std::int64_t kept_id;
+    std::int64_t id;
+    const char* group;
+    bool is_to;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"no number, its name", 0, 8, "readers", true},
+                                                   {"no number, another name", 0, 7, "Members", false},
+                                                   {"renamed", 7, 7, "Members", true},
+                                                   {"a later one of its name", 7, 8, "Readers", false}}) {
+    MailingInputs inputs;
+    inputs.group = "Readers";
+    inputs.group_id = c.kept_id;
+    EXPECT_EQ(inputs.IsTo({c.id, c.group, ""}), c.is_to) << c.name;
+  }
+}
+
 TEST(AListComparedWithItsGroup, IsToldByAddressesAndFieldsWhateverTheOrder) {
   struct Case {
     std::vector<std::string> then, now;  // the second letter stands for the other fields
