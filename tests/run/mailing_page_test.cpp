@@ -89,6 +89,21 @@ TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
       "were tried again from -- :: until it was cut off.");
 }
 
+// By state as parts of all, by reply and by domain as parts of the largest row; of nobody, and of all, no bar.
+TEST_F(PageOfMailing, DrawsBarsToOneMeasure) {
+  const std::string page = PageAfter("Hello", 7);
+  std::string widths;
+  constexpr std::string_view kWidth = "style=\"width:";
+  for (std::size_t at = 0; (at = page.find(kWidth, at)) != std::string::npos;) {
+    at += kWidth.size();
+    widths += page.substr(at, page.find('"', at) - at) + " ";
+  }
+  EXPECT_EQ(widths,
+            "14.29% 14.29% 14.29% 14.29% 42.86% "
+            "100.00% 33.33% 33.33% 33.33% 33.33% "
+            "14.29% 28.57% 14.29% 42.86% ");
+}
+
 // Of whom there is nobody there is no column, and of what nobody needs no heading.
 TEST_F(PageOfMailing, ShowsNoColumnOfNobody) {
   const std::string text = AsRead(PageAfter("Hello", 4));

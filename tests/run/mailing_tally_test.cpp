@@ -96,6 +96,8 @@ TEST(MailingTally, TellsTheReasonThatAllShareOrNone) {
                                                          "The program ended."},
         {{"Cannot read a1.pdf: No such file.", "Cannot read a2.pdf: No such file."},
          "Cannot read \xE2\x80\xA6 No such file."},
+        {{"Cannot read a1.pdf: Gone.", "Cannot read a2.pdf: Locked."}, "Cannot read \xE2\x80\xA6"},
+        {{"The program ended.", "The program ended while the server had the message."}, "The program \xE2\x80\xA6"},
         {{"The run ended before the answer came.", "The computer stopped.", "The computer stopped."}, ""}}) {
     MailingTally tally(kFirst, kFirst);
     for (const auto& reason : reasons) {
