@@ -176,6 +176,10 @@ class KeptRuns(Case):
         self.assertEqual(set(self.states().values()), {"sent"})
         last = self.objects("send", "--group", "All", "--subject", "Hi", "--body", self.body, "--range", "3-4")[-1]
         self.assertEqual((last["sent"], last["skipped"]), (2, 5))
+        with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db")) as journal, journal:
+            journal.execute("UPDATE mailings SET inputs = '{'")
+        self.assertIn("Who was skipped is not known", self.run_program("runs", "show", "1")[2])
+        self.assertEqual([run["skipped"] for run in self.objects("runs", "list") if "skipped" in run], [None, None])
 
     def test_what_is_taken_out(self):
         self.mail(self.choosy())
