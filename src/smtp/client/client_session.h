@@ -47,9 +47,10 @@ namespace quillcast::smtp {
 //      is found out before any message is in doubt.
 //
 // A server may take only so many messages over one connection, and says so at a MAIL: with a 4xx, or with a 421. Where
-// it has taken some before, that is no trouble: the messages refused go over a new connection. So that no message is in
-// doubt then, one at which a limit is likely waits like the first one: behind a round number of them, or as many as
-// were taken when the server said so last. No connection is ended before the server says so again. Where it has taken
+// it has taken some before, that is no trouble: the messages refused go over a new connection, and so do those behind a
+// 421, where the server closes then. For one that closes without a word a message at which a limit is likely waits like
+// the first one: behind 10, 20, 50 and so on, or as many as were taken when a limit was seen last. No connection is
+// ended before the server says so again. Where it has taken
 // none, but there are other connections, it may take fewer of those than there are: so it is where it says so at the
 // first MAIL. The messages then go over the others, as if they had not been here.
 //
