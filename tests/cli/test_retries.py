@@ -213,7 +213,8 @@ class Retries(Case):
                 self.leave_waiting(ending, "--retries", "2", "--retry-after", "1h", "--rate", "1/s", "--connections", "2")
                 listed = self.run_lines("--json", "runs", "list")[0][0]
                 self.assertEqual((listed["mailing_standing"], listed.get("not_tried_again")), ("can be resumed", 2))
-                self.assertEqual(self.run_lines("--json", "runs", "forget", "--finished")[0], [{"forgotten": 0, "forgotten_unknown": 0, "kept": 1}])
+                self.assertEqual(self.run_lines("--json", "runs", "forget", "--finished")[0],
+                                 [{"forgotten": 0, "forgotten_unknown": 0, "kept": 1, "damaged": 0}])
                 code, _, err = self.run_program("--yes", "history", "clear")
                 self.assertIn('The run "Hi" to All was kept, for it can be resumed.', err)
                 self.assertIn("2 recipients were deferred, not reached, or refused because of the account, and are to be tried again.", self.run_program("runs", "show", 1)[2])

@@ -191,6 +191,7 @@ SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
 
 // A server that makes no sense while it is first asked for several things at once may do well with one at a time.
 SessionEnd Transfers::OnNoSense(std::string_view what) {
+  said_goodbye_ = false;
   const bool overtaxed = AsksMuch();
   if (overtaxed) window_.GiveUpPipelining();
   SessionEnd end{NoSense(what)};

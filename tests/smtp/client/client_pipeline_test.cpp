@@ -190,6 +190,7 @@ TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
       {"it is silent", GOODBYE, Then::kIsSilent, "sent 0, deferred 7 again, unknown 27"},
       {"it goes on", GOODBYE NO NO YES YES YES "S: 250 taken\n", Then::kAnswers, "sent 0, deferred 7 again, sent 0"},
       {"it goes on, and ends", GOODBYE NO NO, Then::kEnds, "sent 0, deferred 7 again, unknown 16"},
+      {"it goes on without sense", GOODBYE "S: 354 go\n", Then::kAnswers, "sent 0, deferred 7 again, unknown 16"},
       {"it goes on, and takes what it refused", GOODBYE YES, Then::kAnswers, "sent 0, unknown 18, unknown 16"},
   };
   for (const auto& each : kCases) {
