@@ -84,7 +84,10 @@ bool Transfers::AwaitsEnd(Awaited command) const {
 
 void Transfers::OnLastRefusal(Awaited command, const ServerReply& reply) {
   said_goodbye_ = true;
-  Refuse(command, reply);
+  if (command != Awaited::kReset) return Refuse(command, reply);
+  // That is no verdict on the message behind it: where the server answers on, it may take that.
+  --transfers_.front().awaited;
+  UseUp(VerdictOf(MeaningOf(command).refused, reply));
 }
 
 void Transfers::OnRefused(Awaited command, const ServerReply& reply) {
@@ -106,7 +109,7 @@ void Transfers::Refuse(Awaited command, const ServerReply& reply) {
   crowded_ = crowded_ || IsCrowd(command, reply);
   const bool limit = (IsLimit(command) && deferred) || crowded_ || said_goodbye_;
   if (!limit && (deferred || command == Awaited::kMail)) window_.BeCautious();
-  if (command == Awaited::kReset && !said_goodbye_) {
+  if (command == Awaited::kReset) {
     end_ = {Refusal(command, reply)};
     end_->why.state = State::kFailed;
     end_->why.whereabouts = Whereabouts::kNotOut;

@@ -184,9 +184,11 @@ TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
   } kCases[] = {
       {"it ends", GOODBYE, Then::kEnds, "sent 0, deferred 7 again, failed 16 again"},
       {"it says so to all, and ends", GOODBYE "S: 421 bye\nS: 421 bye\nS: 421 bye\n", Then::kEnds,
-       "sent 0, deferred 7 again, deferred 18 again"},
+       "sent 0, deferred 7 again, failed 16 again"},
       {"behind the one that it took", BEGUN YES WHOLE(2) "S: 421 bye\n", Then::kEnds,
-       "sent 0, deferred 18 again, failed 16 again"},
+       "sent 0, failed 16 again, failed 16 again"},
+      {"behind the one that it took, and goes on", BEGUN YES WHOLE(2) "S: 421 bye\n" YES YES "S: 250 taken\n" TAKEN,
+       Then::kAnswers, "sent 0, sent 0, sent 0"},
       {"it is silent", GOODBYE, Then::kIsSilent, "sent 0, deferred 7 again, unknown 27"},
       {"it goes on", GOODBYE NO NO YES YES YES "S: 250 taken\n", Then::kAnswers, "sent 0, deferred 7 again, sent 0"},
       {"it goes on, and ends", GOODBYE NO NO, Then::kEnds, "sent 0, deferred 7 again, unknown 16"},
