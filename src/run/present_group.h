@@ -48,8 +48,8 @@ struct PresentGroup {
   bool is_another = false;  // that one was deleted, and this has its name; nothing else is told of it
 };
 
-// Nothing where it was deleted. One of an earlier version, which did not keep the group's key, goes by its name. Fails
-// as the journal and the store do.
+// Nothing where it was deleted and no other has its name. One of an earlier version, which did not keep the group's
+// key, goes by its name. Fails as the journal and the store do.
 Result<std::optional<PresentGroup>> LookAtGroup(RunJournal& journal, const MailingEntry& mailing,
                                                 const MailingInputs& inputs, const recipients::RecipientStore& store);
 

@@ -17,7 +17,7 @@ struct PresentInputs {
   const document::MessageDocument* document = nullptr;  // the one at hand, where it is the run's
   const account::AccountSettings& account;
   std::string body_format;
-  std::optional<PresentGroup> group;  // nothing where it was deleted
+  std::optional<PresentGroup> group;  // nothing where there is none any more
 };
 
 // Sentences for the person, the first of which says that the letter stays as it was; none where nothing is other. Reads

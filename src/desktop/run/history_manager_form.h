@@ -23,8 +23,8 @@ class HistoryManagerForm final : public QDialog {
   Q_OBJECT
  public:
   HistoryManagerForm(const profile::Program& program, QWidget* parent);
-  // Opens the window of the runs that are kept, with the one of this base name chosen where it is among them, and returns
-  // when that has closed; calls `sent` each time that something was sent from there.
+  // Opens the window of the runs that are kept, with the one of this base name chosen where it is among them, and
+  // returns when that has closed; calls `sent` each time that something was sent from there.
   std::function<void(const std::string& history, const std::function<void()>& sent)> show_runs;
   // What clearing came to, for the status line of whoever opened this; empty where nothing was cleared.
   QString cleared() const { return cleared_; }

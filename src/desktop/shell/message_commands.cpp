@@ -133,13 +133,15 @@ void ShowRuns(Shell& shell, const std::function<void(KeptRunsForm&)>& choose, co
 }  // namespace
 
 void ShowKeptRuns(Shell& shell, run::RunId run) {
-  ShowRuns(shell, [run](KeptRunsForm& form) { form.Choose(run); }, [] {});
+  ShowRuns(
+      shell, [run](KeptRunsForm& form) { form.Choose(run); }, [] {});
 }
 
 void ShowHistory(Shell& shell) {
   HistoryManagerForm form(shell.program, &shell.window);
   form.show_runs = [&shell](const std::string& history, const std::function<void()>& sent) {
-    ShowRuns(shell, [&history](KeptRunsForm& runs) { runs.ChooseReport(history); }, sent);
+    ShowRuns(
+        shell, [&history](KeptRunsForm& runs) { runs.ChooseReport(history); }, sent);
   };
   form.exec();
   if (!form.cleared().isEmpty()) shell.Say(form.cleared());

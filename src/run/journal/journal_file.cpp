@@ -154,7 +154,9 @@ FileAtPlace FileAtPlace::Of(const JournalPlace& place) {
 
 Error DamagedMailingIn(const std::filesystem::path& file) {
   return {Failure::kBadData, Say("What {} has of this run is damaged.", file.string()),
-          "Forget it, in the window of the runs or with quillcast runs forget: all others stay."};
+          "See what can still be read, with runs show or runs export. Forget it, in the window of the runs or with "
+          "quillcast "
+          "runs forget, when it is of no more use: all others stay."};
 }
 
 Error OfJournal(Error error) {

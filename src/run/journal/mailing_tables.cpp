@@ -67,10 +67,11 @@ Result<std::vector<StoredRun>> ReadRuns(platform::Database& database, MailingId 
   }
 }
 
-// From the year 1 to 9999: what can be written as a date, and subtracted.
+// What the system's clock can tell, and so be written as a date: from 1677 to 2262.
 bool IsMoment(std::chrono::sys_seconds moment) {
-  using std::chrono::years;
-  return moment >= std::chrono::sys_seconds() - years(1969) && moment < std::chrono::sys_seconds() + years(8029);
+  using Clock = std::chrono::system_clock;
+  return moment > std::chrono::ceil<std::chrono::seconds>(Clock::time_point::min()) &&
+         moment < std::chrono::floor<std::chrono::seconds>(Clock::time_point::max());
 }
 
 bool IsPossible(const StoredRun& run, std::int64_t recipients) {

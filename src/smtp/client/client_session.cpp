@@ -174,6 +174,7 @@ std::string_view ClientSession::Missing() const {
 void ClientSession::GiveUp(Outcome why) {
   if (closed_) return;
   const bool waited = why.code == ResultCode::kConnectionLost || why.code == ResultCode::kReplyTimeout;
+  if (wire_.HasMore()) transfers_.AnswersOn();
   SessionEnd end = transfers_.OnGivenUp(std::move(why));
   if (waited) end.missing = Missing();
   if (waited && wire_.HasMore()) events_.Add(Event::Kind::kUnfinished).text = wire_.More();

@@ -59,7 +59,7 @@ namespace quillcast::smtp {
 // silence, once in a run. To one that is not nothing goes ahead any more, and no message before it was silent.
 //
 // When the connection ends, a message whose last byte is not out has not been taken, and may go over another one. One
-// whose last byte is out without a reply is kUnknown, also behind a 421: not every server stops where it says so.
+// whose last byte is out without a reply is kUnknown, but for those behind a 421 that the server closes after.
 // Whichever wait failed, its end says what was waited for (Meaning::missing).
 class ClientSession {
  public:

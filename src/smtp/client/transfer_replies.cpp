@@ -107,7 +107,8 @@ void Transfers::Refuse(Awaited command, const ServerReply& reply) {
   }
   const bool deferred = reply.code / 100 == 4;
   crowded_ = crowded_ || IsCrowd(command, reply);
-  const bool limit = (IsLimit(command) && deferred) || crowded_ || said_goodbye_;
+  const bool takes_no_more = said_goodbye_ || (used_up_ && command == Awaited::kMail);
+  const bool limit = (IsLimit(command) && deferred) || crowded_ || takes_no_more;
   if (!limit && (deferred || command == Awaited::kMail)) window_.BeCautious();
   if (command == Awaited::kReset) {
     end_ = {Refusal(command, reply)};
@@ -216,7 +217,8 @@ SessionEnd Transfers::OnGivenUp(Outcome why) {
   const bool late = why.code == ResultCode::kReplyTimeout;
   const bool overtaxed = (lost || late) && AsksMuch() && wire_.awaits();
   if (overtaxed) window_.GiveUpPipelining();
-  if ((lost || late) && !transfers_.empty() && !said_goodbye_) window_.BeCautious();
+  const bool closed_as_said = lost && said_goodbye_;
+  if ((lost || late) && !transfers_.empty() && !closed_as_said) window_.BeCautious();
   if (late) why.whereabouts = Whereabouts::kSilent;
   if (lost || overtaxed) why.whereabouts = Whereabouts::kNotOut;
   return {std::move(why)};

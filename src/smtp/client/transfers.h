@@ -57,12 +57,14 @@ class Transfers {
   // Why the session has to end, once it has to; to be looked at after each call that may send or settle something.
   const std::optional<SessionEnd>& end() const { return end_; }
 
-  // A 421 before a message, where that and others are out: the server does nothing more, and closes. Whether it keeps
-  // to that is seen: where it does, none of them was taken, and where it answers on, its answers tell (RFC
-  // 5321 3.8, 4.2.1).
+  // A 421 before a message, where that and others are out: the server says that it does nothing more, and closes.
+  // Whether it keeps to that is seen: where it does, none of them was taken, and where it answers on, its answers tell
+  // (RFC 5321 3.8, 4.2.1).
   bool AwaitsEnd(Awaited command) const;
   void OnLastRefusal(Awaited command, const ServerReply& reply);
   bool said_goodbye() const { return said_goodbye_; }
+  // Some of an answer came behind it.
+  void AnswersOn() { said_goodbye_ = false; }
   static constexpr std::chrono::milliseconds kEndsSoon{5000};
 
   // What ends it from without: a 421, an answer that makes no sense, and a connection that is lost or silent.

@@ -173,7 +173,7 @@ TEST(ClientPipeline, AMessageThatWaitsForItsEnvelopeHasNoneBehindIt) {
 // The server took one, and says goodbye to the sender of the next one, with that and another one out: it takes none of
 // them, where it keeps to that. Where it answers on, its answers tell; where it does neither, nobody knows.
 TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
-  enum class Then { kEnds, kIsSilent, kAnswers };
+  enum class Then { kEnds, kEndsWithin, kIsSilent, kAnswers };
 #define GOODBYE BEGUN YES WHOLE(2) YES "S: 421 bye\n"
 #define NO "S: 503 no\n"
   const struct {
@@ -192,6 +192,9 @@ TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
       {"it is silent", GOODBYE, Then::kIsSilent, "sent 0, deferred 7 again, unknown 27"},
       {"it goes on", GOODBYE NO NO YES YES YES "S: 250 taken\n", Then::kAnswers, "sent 0, deferred 7 again, sent 0"},
       {"it goes on, and ends", GOODBYE NO NO, Then::kEnds, "sent 0, deferred 7 again, unknown 16"},
+      {"behind the one that it took, and refuses all", BEGUN YES WHOLE(2) "S: 421 bye\n" NO NO NO, Then::kEnds,
+       "sent 0, refused 7 again, unknown 16"},
+      {"it ends within an answer", GOODBYE, Then::kEndsWithin, "sent 0, deferred 7 again, unknown 16"},
       {"it goes on without sense", GOODBYE "S: 354 go\n", Then::kAnswers, "sent 0, deferred 7 again, unknown 16"},
       {"it goes on, and takes what it refused", GOODBYE YES, Then::kAnswers, "sent 0, unknown 18, unknown 16"},
   };
@@ -202,12 +205,14 @@ TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
     EXPECT_FALSE(p.session->WantsMessage());
     EXPECT_TRUE(each.then != Then::kIsSilent || p.session->Patience() <= std::chrono::seconds(5));
     if (each.then != Then::kAnswers) {
-      const bool ends = each.then == Then::kEnds;
+      const bool ends = each.then != Then::kIsSilent;
+      if (each.then == Then::kEndsWithin) p.session->Receive("503 n");
       p.session->GiveUp({State::kFailed, ends ? ResultCode::kConnectionLost : ResultCode::kReplyTimeout, {}, "why"});
       Listen(*p.session, p.told);
     }
     EXPECT_EQ(p.Outcomes(), each.outcomes);
     EXPECT_TRUE(each.then != Then::kEnds || p.window.IsSuspectedLimit(1));
+    EXPECT_TRUE(each.then != Then::kIsSilent || p.window.cautious());
   }
 }
 
