@@ -28,7 +28,7 @@ Result<int> ForgetDamagedOne(Context& context, run::RunJournal& journal, std::in
   if (!mailing) return mailing.error();
   const run::DamagedMailing damaged{*mailing, run};
   const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(damaged), {damaged});
-  if (!gone) return gone;
+  if (!gone) return gone.error();
   context.output.Line(Say("Run #{} was forgotten.", run).InEnglish());
   context.output.Object({{"forgotten", 1}});
   return 0;
@@ -39,7 +39,7 @@ Result<int> ForgetAllDamaged(Context& context, run::RunJournal& journal) {
   if (!kept) return kept.error();
   if (!kept->damaged.empty()) {
     const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(kept->damaged), kept->damaged);
-    if (!gone) return gone;
+    if (!gone) return gone.error();
   }
   const auto count = static_cast<std::int64_t>(kept->damaged.size());
   context.output.Line(count == 0 ? "No run is damaged." : run::DamagedAreForgotten(count).InEnglish());

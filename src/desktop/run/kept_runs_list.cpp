@@ -64,9 +64,10 @@ Result<void> KeptRunsList::Fill() {
   grid_->SetEmptyText(kept ? tr("What becomes of each recipient is kept here while a message goes out. Send one to see "
                                 "it.")
                            : tr("What is kept of the runs cannot be read; the line below says why."));
+  Result<void> read = kept ? Result<void>() : kept.error();
   Take(kept ? *std::move(kept) : run::JournalList());
   if (isVisible()) pause_->start();
-  return kept ? Result<void>() : kept.error();
+  return read;
 }
 
 const run::MailingEntry* KeptRunsList::Mailing() const {
