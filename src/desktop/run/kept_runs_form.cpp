@@ -252,13 +252,11 @@ void KeptRunsForm::SendToThese() {
   const run::MailingEntry mailing = *runs_->Mailing();
   const std::int64_t count = count_;
   constexpr auto kAskOne =
-      "The message was out and no answer came, so the recipient may get this one twice. Are you sure you want to send "
-      "it "
-      "again?";
+      "The message was out and no answer came, so the recipient may get this one twice. Are you sure you want to "
+      "send it again?";
   constexpr auto kAskSeveral =
       "Their messages were out and no answers came, so some of them may get this one twice. Are you sure you want to "
-      "send "
-      "it to them again?";
+      "send it to them again?";
   if (run::Holds(choice_.states, ResultState::kUnknown) &&
       program_.prompts.Ask(count == 1 ? kAskOne : kAskSeveral) != platform::Answer::kYes) {
     return;

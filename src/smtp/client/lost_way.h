@@ -69,10 +69,8 @@ class LostWay {
   }
 
   bool Waits(platform::Instant now, platform::Duration held) {
-    if (!since_) {
-      since_ = now;
-      held_ = held;
-    }
+    since_ = since_ ? *since_ + (held - held_) : now;  // it may have been held while the way was tried
+    held_ = held;
     const platform::Instant end = *since_ + patience_;
     if (now >= end) return false;
     again_ = std::min(now + pause_, end);

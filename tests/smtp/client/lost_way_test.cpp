@@ -69,7 +69,9 @@ TEST(LostWay, CountsNoTimeInWhichTheRunWasHeld) {
   way.Tries(*way.again(), 30s);
   EXPECT_TRUE(way.Outlasts(refused, goes_on + 44s, 30s)) << "15 seconds without those";
   way.Tries(*way.again(), 30s);
-  EXPECT_FALSE(way.Outlasts(refused, goes_on + 50s, 30s));
+  EXPECT_TRUE(way.Outlasts(refused, goes_on + 50s, 42s)) << "held while it was tried";
+  way.Tries(*way.again(), 42s);
+  EXPECT_FALSE(way.Outlasts(refused, goes_on + 65s, 42s));
   EXPECT_TRUE(way.is_over());
 }
 
