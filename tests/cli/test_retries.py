@@ -223,13 +223,19 @@ class Retries(Case):
 
                 # A resume that comes to nobody leaves them as they are, and says how that is.
                 run = self.popen("--json", "runs", "resume", 1, "--at", "2099-01-01 00:00")
-                time.sleep(0.5)
+                waits = b"Waits until 2099-01-01 00:00:00. It is to begin then."
+                err = b""
+                for line in run.stderr:
+                    err += line
+                    if waits in line:
+                        break
                 run.send_signal(signal.SIGINT)
-                out, err = run.communicate(timeout=60)
+                out, rest = run.communicate(timeout=60)
+                err += rest
                 self.assertEqual([(row["state"], row.get("stays")) for row in map(json.loads, out.splitlines()[:-1])],
                                  [("not tried", "deferred")] * 2, err)
                 self.assertIn(b"#1 late1@a.example: not tried, and stays deferred", err)
-                self.assertEqual(err.count(b"Waits until 2099-01-01 00:00:00. It is to begin then."), 1, err)
+                self.assertEqual(err.count(waits), 1, err)
                 self.assertEqual(self.run_lines("--json", "runs", "list")[0][0]["not_tried_again"], 2)
 
                 # The account changed since: what it was told by option stays, and an option of now comes before it.
