@@ -1,5 +1,6 @@
 #include "run/damaged_runs.h"
 
+#include <iterator>
 #include <string>
 
 #include "platform/text.h"
@@ -16,18 +17,21 @@ Sentence WhatIsDamaged(const std::vector<DamagedMailing>& damaged) {
       numbers += (numbers.empty() ? "#" : ", #") + std::to_string(mailing.run);
     }
   }
-  if (lost == 0) return Say("What the journal has of these runs is damaged: {}.", numbers);
-  const Sentence others = SayOf(lost, "{} whose number is lost", "{} whose numbers are lost");
-  return numbers.empty() ? Say("What the journal has of some runs is damaged: {}.", others)
-                         : Say("What the journal has of these runs is damaged: {}, and {}.", numbers, others);
+  Sentence which = Say("{}", numbers);
+  if (lost > 0) {
+    const Sentence others = SayOf(lost, "{} whose number is lost", "{} whose numbers are lost");
+    which = numbers.empty() ? others : Say("{}, and {}", numbers, others);
+  }
+  return SayOf(std::ssize(damaged), "What the journal has of {} run is damaged: {}.",
+               "What the journal has of {} runs is damaged: {}.", which);
 }
 
 Result<void> CheckIsWhole(const JournalList& kept) {
   if (kept.damaged.empty()) return {};
   return Error{
       Failure::kBadData, WhatIsDamaged(kept.damaged),
-      "Forget them, in the window of the runs or with quillcast runs forget --damaged; their reports in the history "
-      "stay."};
+      "Forget what is damaged, in the window of the runs or with quillcast runs forget --damaged; the reports in the "
+      "history stay."};
 }
 
 Sentence ForgetQuestion(const DamagedMailing& damaged) {
@@ -36,7 +40,7 @@ Sentence ForgetQuestion(const DamagedMailing& damaged) {
 }
 
 Sentence ForgetQuestion(const std::vector<DamagedMailing>& damaged) {
-  return Say("{} Nobody can read what became of their recipients. Are you sure you want to forget them?",
+  return Say("{} Nobody can read what became of the recipients. Are you sure you want to forget what is damaged?",
              WhatIsDamaged(damaged));
 }
 

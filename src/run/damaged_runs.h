@@ -10,7 +10,7 @@
 
 namespace quillcast::run {
 
-// "What the journal has of these runs is damaged: #1, #4, and 1 whose number is lost."
+// "What the journal has of 3 runs is damaged: #1, #4, and 1 whose number is lost."
 Sentence WhatIsDamaged(const std::vector<DamagedMailing>& damaged);
 // That, where there is such a run, and what to do.
 Result<void> CheckIsWhole(const JournalList& kept);

@@ -262,7 +262,7 @@ class KeptRuns(Case):
             journal.execute("DELETE FROM runs WHERE mailing = 2")
         code, out, err = self.run_program("--json", "runs", "list")
         self.assertEqual((code, [json.loads(line)["run"] for line in out.splitlines()]), (65, [3]), err)
-        self.assertIn("What the journal has of these runs is damaged: #1, and 1 whose number is lost.", err)
+        self.assertIn("What the journal has of 2 runs is damaged: #1, and 1 whose number is lost.", err)
         for command in (["show"], ["resume"], ["report", "--to", self.write("r.html", "")], ["retry", "--state", "refused"]):
             code, _, err = self.run_program("--yes", "runs", command[0], 1, *command[1:])
             self.assertEqual(code, 65, err)
@@ -273,7 +273,7 @@ class KeptRuns(Case):
         self.assertEqual(self.ok("--yes", "runs", "forget", 1), "Run #1 was forgotten.\n")
         code, out, err = self.run_program("--yes", "--json", "history", "clear")
         self.assertEqual((code, json.loads(out)["damaged_runs"]), (0, 1), err)
-        self.assertIn("What the journal has of some runs is damaged: 1 whose number is lost. It was kept", err)
+        self.assertIn("What the journal has of 1 run is damaged: 1 whose number is lost. It was kept", err)
         self.assertEqual(self.run_program("runs", "forget", "--damaged")[0], 77)
         self.assertEqual(self.ok("--yes", "runs", "forget", "--damaged"), "1 damaged run was forgotten.\n")
         self.assertEqual(self.ok("--yes", "runs", "forget", "--damaged"), "No run is damaged.\n")

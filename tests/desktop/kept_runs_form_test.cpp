@@ -402,7 +402,7 @@ class KeptRunsFormTest : public QObject {
     QVERIFY2(LineOf(form, 0).contains("| Alpha | can be resumed"), qPrintable(LineOf(form, 0)));
     QCOMPARE(LineOf(form, 1), QString("2 |  |  |  | damaged: it can only be forgotten"));
     QCOMPARE(Status(form),
-             QString("What the journal has of these runs is damaged: #2. They stand at the end of the list."));
+             QString("What the journal has of 1 run is damaged: #2. See the end of the list."));
     grid->Choose(1);
     QVERIFY2(Status(form).startsWith("What is kept of this run is damaged"), qPrintable(Status(form)));
     for (const char* button : {"SendToTheseButton", "SaveListButton", "MakeGroupButton", "PageButton"}) {

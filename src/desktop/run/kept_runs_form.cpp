@@ -132,7 +132,7 @@ void KeptRunsForm::Fill() {
   if (!filled) return status_->Fail(filled.error());
   const auto& damaged = runs_->AllDamaged();
   if (!damaged.empty() && !runs_->Damaged()) {
-    status_->Say(tr("%1 They stand at the end of the list.").arg(InWords(run::WhatIsDamaged(damaged))));
+    status_->Say(tr("%1 See the end of the list.").arg(InWords(run::WhatIsDamaged(damaged))));
   }
 }
 
