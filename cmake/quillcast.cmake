@@ -58,10 +58,19 @@ function(quillcast_test_build target)
   target_compile_options(${target} PRIVATE -O0 -U_FORTIFY_SOURCE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
 endfunction()
 
+# What all test programs include, compiled once: with the program that has no test.
+function(quillcast_test_headers)
+  file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/test_headers.cpp CONTENT "" @ONLY)
+  add_executable(quillcast_test_headers ${CMAKE_CURRENT_BINARY_DIR}/test_headers.cpp)
+  target_link_libraries(quillcast_test_headers PRIVATE quillcast_flags GTest::gtest_main GTest::gmock)
+  quillcast_test_build(quillcast_test_headers)
+  target_precompile_headers(quillcast_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+endfunction()
+
 # A test program: every .cpp below tests/NAME, or below tests/FOLDER, but for those below its folder EXCEPT, run by CTest
-# as one test named NAME.
+# as one test named NAME. MEASURES: it is optimised.
 function(quillcast_test name)
-  cmake_parse_arguments(ARG "" "FOLDER;EXCEPT" "USES" ${ARGN})
+  cmake_parse_arguments(ARG "MEASURES" "FOLDER;EXCEPT" "USES" ${ARGN})
   if(NOT ARG_FOLDER)
     set(ARG_FOLDER ${name})
   endif()
@@ -73,8 +82,12 @@ function(quillcast_test name)
   target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_compile_definitions(test_${name} PRIVATE QUILLCAST_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/${ARG_FOLDER}")
   target_link_libraries(test_${name} PRIVATE ${ARG_USES} GTest::gtest_main GTest::gmock)
-  quillcast_test_build(test_${name})
-  target_precompile_headers(test_${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+  if(ARG_MEASURES)
+    target_compile_options(test_${name} PRIVATE -O1)
+  else()
+    quillcast_test_build(test_${name})
+    target_precompile_headers(test_${name} REUSE_FROM quillcast_test_headers)
+  endif()
   add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT $<IF:$<CONFIG:Debug>,600,300>)  # sanitized ones take twice as long
 endfunction()

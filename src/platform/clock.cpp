@@ -1,9 +1,9 @@
 #include "platform/clock.h"
 
-#include <array>
 #include <charconv>
+#include <string>
 
-#include "platform/file.h"
+#include "platform/boot_id.h"
 
 namespace quillcast::platform {
 
@@ -13,14 +13,11 @@ Uptime SystemClock::SinceBoot() const {
   return Uptime(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
-// The first digits of a random number. The file says that it has no size.
+// The first digits of a random number.
 std::uint32_t SystemClock::Boot() const {
   static const std::uint32_t boot = [] {
-    const std::filesystem::path file = "/proc/sys/kernel/random/boot_id";
-    std::array<char, 8> digits{};
+    const std::string digits = BootId().substr(0, 8);
     std::uint32_t number = 0;
-    const auto fd = OpenForReading(file);
-    if (!fd || !ReadSome(fd->get(), file, digits.data(), digits.size())) return number;
     std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
     return number;
   }();

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
 #include "platform/result.h"
 
@@ -20,8 +19,5 @@ class SystemDisk final : public Disk {
  public:
   Result<void> Sync(int fd, const std::filesystem::path& path) override;
 };
-
-// Another text after each start of the computer; empty where the system does not tell.
-std::string ThisBoot();
 
 }  // namespace quillcast::run

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/boot_id.h"
 #include "platform/clock.h"
 #include "platform/sqlite.h"
 #include "run/journal/disk.h"
@@ -18,8 +19,8 @@ namespace quillcast::run {
 
 // What a journal works with. The ports outlive the journal and its runs.
 struct JournalPlace {
-  std::filesystem::path file;     // runs.db, made where it is missing
-  std::string boot = ThisBoot();  // which of the computer's starts this is
+  std::filesystem::path file;  // runs.db, made where it is missing
+  std::string boot = platform::BootId();
   const platform::Clock* clock = nullptr;
   Disk* disk = nullptr;                                                       // the system's where there is none
   platform::LockPatience patience = {.lock_wait = std::chrono::seconds(30)};  // a cancel ends what is no sending

@@ -50,9 +50,9 @@ namespace quillcast::smtp {
 // it has taken some before, that is no trouble: the messages refused go over a new connection, and so do those behind a
 // 421, where the server closes then. For one that closes without a word a message at which a limit is likely waits like
 // the first one: behind 10, 20, 50 and so on, or as many as were taken when a limit was seen last. No connection is
-// ended before the server says so again. Where it has taken
-// none, but there are other connections, it may take fewer of those than there are: so it is where it says so at the
-// first MAIL. The messages then go over the others, as if they had not been here.
+// ended before the server says so again. Where it has taken none, but there are other connections, it may take fewer of
+// those than there are: so it is where it says so at the first MAIL. The messages then go over the others, as if they
+// had not been here.
 //
 // A message that was taken in words that the server has for another command as well may owe that to an answer too many.
 // It is held, and told as sent once the server is found in step: that costs an honest one a RSET and a moment of

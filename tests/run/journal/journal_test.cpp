@@ -406,7 +406,5 @@ TEST_F(JournalTest, RefusesWhatIsNotThere) {
   EXPECT_EQ(Take(journal->List()).mailings.front().runs.size(), 1U) << "nothing was begun";
 }
 
-TEST(Disk, KnowsWhichStartOfTheComputerThisIs) { EXPECT_GE(ThisBoot().size(), 32U); }
-
 }  // namespace
 }  // namespace quillcast::run
