@@ -52,10 +52,12 @@ function(quillcast_folder name)
   target_link_libraries(quillcast_${name} PUBLIC quillcast_flags ${ARG_USES})
 endfunction()
 
-# What every test program is built with: quickly, for none of them is waited for.
+# What every test program is built with: quickly, for none of them is waited for. What only some libraries define all
+# have, for what is precompiled is the same for all.
 function(quillcast_test_build target)
   # Hardening needs to optimise.
-  target_compile_options(${target} PRIVATE -O0 -U_FORTIFY_SOURCE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+  target_compile_options(${target} PRIVATE -O0 -U_FORTIFY_SOURCE -pthread -D_LARGEFILE64_SOURCE
+    $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
 endfunction()
 
 # What all test programs include, compiled once: with the program that has no test.
@@ -68,9 +70,9 @@ function(quillcast_test_headers)
 endfunction()
 
 # A test program: every .cpp below tests/NAME, or below tests/FOLDER, but for those below its folder EXCEPT, run by CTest
-# as one test named NAME. MEASURES: it is optimised.
+# as one test named NAME. MEASURES: it is optimised. WINDOWS: Qt has it compiled in its own way, as it does the desktop.
 function(quillcast_test name)
-  cmake_parse_arguments(ARG "MEASURES" "FOLDER;EXCEPT" "USES" ${ARGN})
+  cmake_parse_arguments(ARG "MEASURES;WINDOWS" "FOLDER;EXCEPT" "USES" ${ARGN})
   if(NOT ARG_FOLDER)
     set(ARG_FOLDER ${name})
   endif()
@@ -86,7 +88,9 @@ function(quillcast_test name)
     target_compile_options(test_${name} PRIVATE -O1)
   else()
     quillcast_test_build(test_${name})
-    target_precompile_headers(test_${name} REUSE_FROM quillcast_test_headers)
+    if(NOT ARG_WINDOWS)
+      target_precompile_headers(test_${name} REUSE_FROM quillcast_test_headers)
+    endif()
   endif()
   add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT $<IF:$<CONFIG:Debug>,600,300>)  # sanitized ones take twice as long

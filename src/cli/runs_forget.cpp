@@ -35,13 +35,13 @@ Result<int> ForgetDamagedOne(Context& context, run::RunJournal& journal, std::in
 }
 
 Result<int> ForgetAllDamaged(Context& context, run::RunJournal& journal) {
-  const auto kept = journal.List();
-  if (!kept) return kept.error();
-  if (!kept->damaged.empty()) {
-    const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(kept->damaged), kept->damaged);
+  const auto damaged = run::FindDamaged(journal);
+  if (!damaged) return damaged.error();
+  if (!damaged->empty()) {
+    const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(*damaged), *damaged);
     if (!gone) return gone.error();
   }
-  const auto count = static_cast<std::int64_t>(kept->damaged.size());
+  const std::int64_t count = std::ssize(*damaged);
   context.output.Line(count == 0 ? "No run is damaged." : run::DamagedAreForgotten(count).InEnglish());
   context.output.Object({{"forgotten", count}});
   return 0;
@@ -95,7 +95,8 @@ void AddForgetCommand(CLI::App& runs, Context& context) {
       runs.add_subcommand("forget", "Delete what is kept of a run: its message, its recipients, its results");
   auto options = std::make_shared<ForgetOptions>();
   forget->add_option("run", options->run, "The number that runs list shows");
-  forget->add_flag("--finished", options->finished, "All runs but those that go on, can be resumed or are damaged");
+  forget->add_flag("--finished", options->finished,
+                   "All runs but those that go on or can be resumed, and what runs list calls damaged");
   forget->add_flag("--damaged", options->damaged, "All runs whose recipients can no longer be read");
   forget->footer("The report in the history stays.\nExample:\n  quillcast runs forget 12");
   OnRun(*forget, context, [options](Context& c) { return RunForget(c, *options); });

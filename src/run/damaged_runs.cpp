@@ -34,6 +34,18 @@ Result<void> CheckIsWhole(const JournalList& kept) {
       "history stay."};
 }
 
+Result<std::vector<DamagedMailing>> FindDamaged(RunJournal& journal) {
+  auto kept = journal.List();
+  if (!kept) return kept.error();
+  for (const MailingEntry& mailing : kept->mailings) {
+    const auto read =
+        journal.Visit(mailing.id, StateSet().set(), 0, [](const JournalRow&) -> Result<bool> { return true; });
+    if (!read && read.error().failure != Failure::kBadData) return read.error();
+    if (!read) kept->damaged.push_back({mailing.id, mailing.runs.front().id});
+  }
+  return std::move(kept->damaged);
+}
+
 Sentence ForgetQuestion(const DamagedMailing& damaged) {
   const Sentence why = "so that nobody can read what became of its recipients. Are you sure you want to forget it?";
   return damaged.run == 0 ? Say("This run is damaged, {}", why) : Say("Run #{} is damaged, {}", damaged.run, why);

@@ -281,8 +281,7 @@ std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_na
   if (more > 0) sentences.push_back(SayOf(more, "So was {} more.", "So were {} more."));
   if (!forgotten.damaged.empty()) {
     sentences.push_back(
-        Say("{} It was kept: forget it by itself, in the window of the runs or with quillcast runs "
-            "forget --damaged.",
+        Say("{} That was kept: forget it by itself, in the window of the runs or with quillcast runs forget --damaged.",
             WhatIsDamaged(forgotten.damaged)));
   }
   return sentences;

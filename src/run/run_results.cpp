@@ -45,8 +45,11 @@ void RunResults::Add(const RecipientResult& result) {
   ++changes_;
 }
 
-void RunResults::AddNotTried(std::int64_t position, std::string_view address) {
-  Add(position, address, ResultState::kNotTried, "The run ended before this recipient.");
+void RunResults::AddNotTried(std::int64_t position, std::string_view address, ResultState stays) {
+  const bool was_tried = stays != ResultState::kNotTried;
+  Add(position, address, ResultState::kNotTried,
+      was_tried ? fmt::format("The run ended before this recipient, who stays {}.", Name(stays))
+                : "The run ended before this recipient.");
 }
 
 ResultRow RunResults::At(std::size_t row) const {

@@ -26,7 +26,8 @@ class RunResults {
  public:
   // In the order of the list; one that was added before, for somebody who was tried again, takes the place of that.
   void Add(const RecipientResult& result);
-  void AddNotTried(std::int64_t position, std::string_view address);
+  // `stays`: as a run before left it.
+  void AddNotTried(std::int64_t position, std::string_view address, ResultState stays);
 
   std::size_t size() const { return rows_.size(); }
   // How many took another's place.

@@ -106,19 +106,20 @@ void AddChangesOfGroup(const MailingInputs& then, const std::optional<PresentGro
             group));
     return;
   }
+  const std::string name = platform::Printable(now->name, 80);
   if (!platform::EqualsIgnoringAsciiCase(now->name, then.group)) {
-    changes.push_back(Say("The group {} has the name {} by now.", group, platform::Printable(now->name, 80)));
+    changes.push_back(Say("The group {} has the name {} by now.", group, name));
   }
   if (now->changes && *now->changes != ListChanges()) {
     changes.push_back(
         Say("Since then the group {} has changed: {}. The run goes on to those who were in it when it began, with "
             "their addresses and fields of then.",
-            group, InOneSentence(*now->changes)));
+            name, InOneSentence(*now->changes)));
   } else if (now->recipients != then.recipients) {
     changes.push_back(
         Say("Since then the group {} has changed: {} are in it, not {}. The run goes on to those who were "
             "in it when it began.",
-            group, NumberValue(now->recipients), NumberValue(then.recipients)));
+            name, NumberValue(now->recipients), NumberValue(then.recipients)));
   } else if (!now->changes) {
     changes.push_back(
         Say("The group {} has {} recipients as before; so many are not compared one by one. The run goes on to those "

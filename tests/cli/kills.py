@@ -18,8 +18,8 @@ import time
 from collections import Counter
 
 RECIPIENTS = 2000
-MOST_IN_FLIGHT = {"lock-step": 1, "pipelining": 2, "chunking": 64}  # over each connection
-SILENCE = 0.2  # seconds, in which a program reads and records all that it was answered
+MOST_IN_FLIGHT = {"lock-step": 1, "pipelining": 2, "chunking": 128}  # over each connection
+SILENCE = 0.2  # seconds: so long nothing is recorded any more once all is read that was answered
 STAGES = ("connect", "MAIL", "RCPT", "DATA", "in the message", "taken, not answered", "answered")
 
 
@@ -76,6 +76,7 @@ class FaultyServer:
         self.victim = None        # the process to be killed
         self.kill_at = None       # after so many more messages, at which stage
         self.is_silent = False    # before it kills
+        self.has_hung_up = False  # on the program of now, which from then on sends one message at a time
         self.speaking = threading.RLock()
         self.open = set()         # connections
         self.messages = 0
@@ -92,6 +93,7 @@ class FaultyServer:
         self.killed.clear()
         self.messages = 0
         self.victim, self.kill_at = victim, kill_at
+        self.has_hung_up = False
 
     def accept(self):
         while True:
@@ -105,6 +107,7 @@ class FaultyServer:
     def serve(self, peer):
         with peer, peer.makefile("rb") as lines:
             connection = Connection(self, peer, lines)
+            is_careful = self.has_hung_up
             with self.speaking:
                 self.open.add(connection)
             try:
@@ -112,7 +115,9 @@ class FaultyServer:
             except HangUp:
                 rest = connection.rest()
                 connection.begun += rest.count(b"MAIL FROM:")
-                self.doubt(1 + rest.count(b"\r\n.\r\n") + rest.count(b"BDAT "))
+                self.has_hung_up = True
+                # What it is still sending is seen by nobody, and answers that it has not come to go under with the rest.
+                self.doubt(1 + rest.count(b"\r\n.\r\n") + rest.count(b"BDAT ") if is_careful else MOST_IN_FLIGHT[self.way])
             except (OSError, ConnectionError):
                 pass
             with self.speaking:
@@ -136,12 +141,19 @@ class FaultyServer:
             victim.send_signal(signal.SIGKILL)
         with self.speaking:
             if self.is_silent:
-                time.sleep(SILENCE)
+                self.wait_until_all_is_recorded()
                 victim.send_signal(signal.SIGKILL)
             for connection in self.open:
                 if connection.begun_at_kill is None:
                     connection.begun_at_kill = connection.begun
         self.killed.set()
+
+    def wait_until_all_is_recorded(self):
+        before, now, deadline = None, (), time.monotonic() + 20
+        while now != before and time.monotonic() < deadline:
+            before = now
+            time.sleep(SILENCE)
+            now = sorted((file.name, file.stat().st_mtime_ns, file.stat().st_size) for file in self.data.glob("runs.db*"))
 
     def say(self, peer, text):
         roll = self.chance.random()
@@ -230,6 +242,7 @@ class Mailing:
         self.connections = (1, 8)[seed % 2]
         self.server = FaultyServer(random.Random(seed + 1), self.way, 0.001 if answers_twice else 0)
         self.server.is_silent = seed // 6 % 2 == 0
+        self.server.data = folder / "profile" / "data"
         self.profile = ["--profile", str(folder / "profile"), "--json", "--yes", "--no-input"]
         self.kills = 0
 

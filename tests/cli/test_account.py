@@ -221,7 +221,7 @@ class Account(Case):
                 self.assertTrue(started.exists())
                 pid.unlink()
                 process.send_signal(number)
-                process.communicate(timeout=10)
+                process.communicate(timeout=60)
                 for _ in range(250):
                     if not started.exists() or ") Z " in (started / "stat").read_text():
                         break
@@ -235,7 +235,7 @@ class Account(Case):
             self.assertIsNone(process.poll())
         child = Path("/proc") / children.read_text().split()[0]
         process.send_signal(signal.SIGINT)
-        out, err = process.communicate(timeout=10)
+        out, err = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 75, err)
         self.assertIn(b"The password command was cancelled.", err)
         self.assertFalse(child.exists())

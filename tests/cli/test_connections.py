@@ -97,7 +97,7 @@ class Connections(Case):
     def test_a_cancel_ends_all_of_them_at_once(self):
         for times, holds in [(1, None), (2, "r3@list.example")]:
             with self.subTest(times=times):
-                server = self.server("Connections=4", delay=0.02, holds=holds)
+                server = self.server("Connections=4", delay=0.1, holds=holds)
                 process = self.popen(*self.mailing())
                 deadline = time.monotonic() + 60
                 while sum(server.taken.values()) < 8 and time.monotonic() < deadline:

@@ -244,7 +244,7 @@ class Domain(Case):
                 process.send_signal(signal.SIGINT)
                 out, err = process.communicate(timeout=30)
                 self.assertEqual((process.returncode, out), (75, b""))
-                self.assertLess(time.monotonic() - begun, 5)  # of its 15 or 30; a busy machine may take one of them
+                self.assertLess(time.monotonic() - begun, 12)  # of its 15 or 30; a busy machine may take one of them
         code, out, _ = self.run_program("domain", "mx", "a.example", "--timeout", "1", "--dns",
                                         f"127.0.0.1:{silent.getsockname()[1]}")
         self.assertEqual((code, out), (69, "No DNS\n"))

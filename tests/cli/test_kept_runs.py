@@ -8,7 +8,7 @@ import sqlite3
 import threading
 import unittest
 
-from quillcast import Case
+from quillcast import Case, Server
 
 NASTY = '<script>alert(1)</script>, "Q"'
 
@@ -144,7 +144,7 @@ class KeptRuns(Case):
                                (corrected, "Since then the group All has changed: 1 address was taken out or corrected, 1 address "
                                            "is new, 1 recipient has other fields. The run goes on to those who were in it when it "
                                            "began, with their addresses and fields of then."),
-                               (renamed, "The group All has the name Others by now.\nSince then the group All has changed: 1 address "
+                               (renamed, "The group All has the name Others by now.\nSince then the group Others has changed: 1 address "
                                          "was taken out or corrected, 1 address is new, 1 recipient has other fields."),
                                (replaced, "The group All of then was deleted, and the one of this name is another. The run goes on to "
                                           "those who were in the one of then."),
@@ -266,18 +266,64 @@ class KeptRuns(Case):
         for command in (["show"], ["resume"], ["report", "--to", self.write("r.html", "")], ["retry", "--state", "refused"]):
             code, _, err = self.run_program("--yes", "runs", command[0], 1, *command[1:])
             self.assertEqual(code, 65, err)
-            self.assertIn("has of this run is damaged.\nSee what can still be read, with runs show or runs export. Forget it", err)
+            self.assertIn("has of this run is damaged.\nSome of its recipients may still be read, by their state. Forget it", err)
         code, _, err = self.run_program("runs", "forget", 1)
         self.assertEqual(code, 77)
         self.assertIn("Run #1 is damaged, so that nobody can read what became of its recipients.", err)
         self.assertEqual(self.ok("--yes", "runs", "forget", 1), "Run #1 was forgotten.\n")
         code, out, err = self.run_program("--yes", "--json", "history", "clear")
         self.assertEqual((code, json.loads(out)["damaged_runs"]), (0, 1), err)
-        self.assertIn("What the journal has of 1 run is damaged: 1 whose number is lost. It was kept", err)
+        self.assertIn("What the journal has of 1 run is damaged: 1 whose number is lost. That was kept", err)
         self.assertEqual(self.run_program("runs", "forget", "--damaged")[0], 77)
         self.assertEqual(self.ok("--yes", "runs", "forget", "--damaged"), "1 damaged run was forgotten.\n")
         self.assertEqual(self.ok("--yes", "runs", "forget", "--damaged"), "No run is damaged.\n")
         self.assertEqual(self.objects("runs", "list"), [])
+
+    def test_one_whose_rows_are_damaged_is_found_by_whoever_forgets_what_is_damaged(self):
+        box = self.mailbox()
+        for _ in range(4):
+            self.mail(box, code=0)
+        with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db")) as journal, journal:
+            journal.execute("UPDATE states SET records = x'00' WHERE id = (SELECT id FROM states ORDER BY id LIMIT 1)")
+            journal.execute("UPDATE rows SET rows = x'00' WHERE id = (SELECT id FROM rows ORDER BY id LIMIT 1 OFFSET 1)")
+        self.assertEqual(len(self.objects("runs", "list")), 4)
+        for run in (1, 2):
+            self.assertEqual(self.run_program("runs", "show", run)[0], 65)
+        code, _, err = self.run_program("runs", "forget", "--damaged")
+        self.assertEqual(code, 77)
+        self.assertIn("What the journal has of 2 runs is damaged: ", err)
+        self.assertEqual(self.ok("--yes", "runs", "forget", "--damaged"), "2 damaged runs were forgotten.\n")
+        self.assertEqual([entry["run"] for entry in self.objects("runs", "list")], [4, 3])
+
+    def test_what_a_killed_run_told_last_is_seen_where_the_disk_is_full(self):
+        slow = Server(delay=0.01)
+        self.addCleanup(slow.listener.close)
+        self.account(slow.port)
+        self.group("Many", [f"m{n}@many.example" for n in range(600)])
+        run = self.popen("--json", "--yes", "send", "--group", "Many", "--subject", "Hi", "--body", self.body)
+        told = [run.stdout.readline() for _ in range(20)]
+        run.kill()
+        told += run.communicate()[0].splitlines()
+        full = (self.profile / "data" / "runs.db-wal").stat().st_size
+        seen = [self.run_program("--json", "runs", *command, fsize=full)
+                for command in (["list"], ["show", 1], ["export", 1, "--state", "unknown", "--to", "/dev/stdout"])]
+        entry = self.objects("runs", "list")[0]
+        self.assertGreaterEqual(entry["sent"], len(told) - 1)
+        self.assertLessEqual(entry["unknown"], 1)
+        again = [self.run_program("--json", "runs", *command)
+                 for command in (["list"], ["show", 1], ["export", 1, "--state", "unknown", "--to", "/dev/stdout"])]
+        self.assertEqual(seen, again)
+
+    def test_a_journal_behind_a_link_is_written_as_any(self):
+        box = self.mailbox()
+        self.mail(box, code=0)
+        journal = self.profile / "data" / "runs.db"
+        elsewhere = self.folder / "elsewhere"
+        elsewhere.mkdir()
+        journal.rename(elsewhere / "runs.db")
+        journal.symlink_to(elsewhere / "runs.db")
+        self.mail(box, code=0)
+        self.assertEqual([entry["run"] for entry in self.objects("runs", "list")], [2, 1])
 
     def test_one_program_at_a_time_goes_on(self):
         """While a run goes on it is shown as such, is no one else's, and is not forgotten."""

@@ -91,7 +91,7 @@ class Server(Case):
         with listener, self.popen("server", "test", f"127.0.0.1:{listener.getsockname()[1]}") as process:
             with listener.accept()[0]:  # it waits for a greeting now
                 process.send_signal(signal.SIGINT)
-                out, err = process.communicate(timeout=5)
+                out, err = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 75, err.decode())
         self.assertIn("Error 20: The operation cancelled.", out.decode())
 

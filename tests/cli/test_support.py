@@ -152,7 +152,7 @@ class Support(Case):
         while not open(children).read():
             self.assertIsNone(process.poll())
         process.send_signal(signal.SIGINT)
-        _, err = process.communicate(timeout=10)
+        _, err = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 75)
         self.assertIn(b"The request was not sent: it was cancelled.", err)
         self.assertNotIn(b"online support form", err)
@@ -235,7 +235,7 @@ class Support(Case):
         with listener, self.popen("--yes", "support", "--description", "Help") as process:
             with listener.accept()[0]:
                 process.send_signal(signal.SIGINT)
-                out, err = process.communicate(timeout=10)
+                out, err = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 75, err.decode())
         self.assertEqual(err.decode().splitlines()[-1], "The request was not sent: it was cancelled.")
         self.assertNotIn("online support form", err.decode())

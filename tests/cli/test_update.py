@@ -170,7 +170,7 @@ class Update(Case):
                               env=self.environment | {"QUILLCAST_UPDATE_ADDRESS": f"https://127.0.0.1:{server.port}/"}) as asking:
             self.assertTrue(arrived.wait(20))
             asking.send_signal(signal.SIGINT)
-            _, err = asking.communicate(timeout=10)
+            _, err = asking.communicate(timeout=60)
         self.assertEqual(asking.returncode, 75, err)
 
 

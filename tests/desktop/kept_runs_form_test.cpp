@@ -388,6 +388,16 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(Status(history), QString("4 of 4 shown."));
   }
 
+  void aDamagedRunIsToldAtTheStart() {
+    Scene scene;
+    QVERIFY(test::LeaveCutOff(scene.rig.folders, "Alpha"));
+    auto journal = platform::Database::Open(scene.rig.folders.RunJournal(), platform::OpenMode::kReadWrite);
+    QVERIFY(journal->Execute("UPDATE mailings SET recipients = -1"));
+    scene.Open();
+    QTRY_VERIFY2(scene.Status().startsWith("What the journal has of 1 run is damaged: #1."),
+                 qPrintable(scene.Status()));
+  }
+
   // It hides no other, and can be forgotten.
   void forgetsWhatIsDamaged() {
     test::FormRig rig;
@@ -401,8 +411,7 @@ class KeptRunsFormTest : public QObject {
     QCOMPARE(grid->size(), std::size_t{2});
     QVERIFY2(LineOf(form, 0).contains("| Alpha | can be resumed"), qPrintable(LineOf(form, 0)));
     QCOMPARE(LineOf(form, 1), QString("2 |  |  |  | damaged: it can only be forgotten"));
-    QCOMPARE(Status(form),
-             QString("What the journal has of 1 run is damaged: #2. See the end of the list."));
+    QCOMPARE(Status(form), QString("What the journal has of 1 run is damaged: #2. See the end of the list."));
     grid->Choose(1);
     QVERIFY2(Status(form).startsWith("What is kept of this run is damaged"), qPrintable(Status(form)));
     for (const char* button : {"SendToTheseButton", "SaveListButton", "MakeGroupButton", "PageButton"}) {

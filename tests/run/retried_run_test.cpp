@@ -70,8 +70,6 @@ TEST_F(RetriedRun, ComesBehindTheListWhenItIsDueAndCountsByTheLastResult) {
   }
 }
 
-// A run that goes on with one that ended while some waited: this try is their next, and how long they wait for another,
-// and how often, goes by all of them.
 TEST_F(RetriedRun, WaitsNoLongerForASleepOfTheComputer) {
   test::FakeClock clock;
   Retries retries({1, 30min}, clock);
@@ -83,6 +81,8 @@ TEST_F(RetriedRun, WaitsNoLongerForASleepOfTheComputer) {
   EXPECT_LE(retries.NextDue(), clock.monotonic);
 }
 
+// A run that goes on with one that ended while some waited: this try is their next, and how long they wait for another,
+// and how often, goes by all of them.
 TEST_F(RetriedRun, GoesOnWithTheTriesOfTheRunBefore) {
   const struct {
     int before;

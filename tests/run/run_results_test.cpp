@@ -24,7 +24,7 @@ RunResults SomeResults() {
   results.Add(Result(2, "bob@example.net", smtp::State::kRefused, smtp::ResultCode::kRecipientRefused,
                      {550, "5.1.1", "no\tsuch\nuser"}));
   results.Add(Result(3, "eve\n@example.net", smtp::State::kUnknown, smtp::ResultCode::kReplyTimeout));
-  results.AddNotTried(4, "mallory@example.net");
+  results.AddNotTried(4, "mallory@example.net", ResultState::kNotTried);
   return results;
 }
 
@@ -40,14 +40,16 @@ TEST(RunResults, AreFilteredByStateAndText) {
 }
 
 TEST(RunResults, AsTextKeepEachRowOnItsLine) {
-  const RunResults results = SomeResults();
-  EXPECT_EQ(results.AsText({0, 1, 2, 3}),
+  RunResults results = SomeResults();
+  results.AddNotTried(5, "late@example.net", ResultState::kDeferred);
+  EXPECT_EQ(results.AsText({0, 1, 2, 3, 4}),
             "1\tada@example.org\tsent\t\n"
             "2\tbob@example.net\trefused\t550 5.1.1 no?such / user (Error 8: An error was reported in response to a "
             "recipient "
             "address. The SMTP server may refuse to handle mail for unknown recipients.)\n"
             "3\teve?@example.net\tunknown\tError 27: Socket Timeout Error.\n"
-            "4\tmallory@example.net\tnot tried\tThe run ended before this recipient.\n");
+            "4\tmallory@example.net\tnot tried\tThe run ended before this recipient.\n"
+            "5\tlate@example.net\tnot tried\tThe run ended before this recipient, who stays deferred.\n");
 }
 
 TEST(RunResults, HaveTheLastOfEachWhoIsTriedAgain) {

@@ -144,7 +144,7 @@ void RunWorker::TakeResults(run::RunResults& results) {
     not_tried.swap(not_tried_);
   }
   for (const auto& result : taken) results.Add(result);
-  for (const auto& row : not_tried) results.AddNotTried(row.position, row.address);
+  for (const auto& row : not_tried) results.AddNotTried(row.position, row.address, row.stays);
 }
 
 void RunWorker::Answer(bool go_on) {
@@ -196,8 +196,12 @@ bool RunWorker::GoOn(const smtp::Outcome& refusal, int times, std::int64_t left_
 }
 
 void RunWorker::NotTried(std::int64_t position, const std::string& address) {
+  NotTriedAgain(position, address, run::ResultState::kNotTried);
+}
+
+void RunWorker::NotTriedAgain(std::int64_t position, const std::string& address, run::ResultState stays) {
   const std::lock_guard lock(mutex_);
-  not_tried_.push_back({position, address});
+  not_tried_.push_back({position, address, stays});
 }
 
 void RunWorker::Waits(const Sentence& why, run::Moment until) {

@@ -75,6 +75,7 @@ class RunWorker final : public QObject, private run::RunListener {
   struct NotTriedRow {
     std::int64_t position;
     std::string address;
+    run::ResultState stays;
   };
 
   void KeepIfLeft();
@@ -90,6 +91,7 @@ class RunWorker final : public QObject, private run::RunListener {
   void Held(std::int64_t under_way) override;
   void LetGo() override;
   void NotTried(std::int64_t position, const std::string& address) override;
+  void NotTriedAgain(std::int64_t position, const std::string& address, run::ResultState stays) override;
   void Waits(const Sentence& why, run::Moment until) override;
   void WayLost(const Sentence& why, run::Moment until) override;
   void Note(const Sentence& sentence) override;

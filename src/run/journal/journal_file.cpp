@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <system_error>
 
 #include "run/journal/mailing_lock.h"
 
@@ -99,17 +100,23 @@ Result<void> MakeTables(platform::Database& database, const JournalPlace& place)
   return transaction->Commit();
 }
 
+Error MayNotBeWritten(const JournalPlace& place) {
+  return {Failure::kNotPermitted, Say("{} may not be written.", place.file.string()),
+          "Give yourself the permission to write the file and its folder."};
+}
+
 Result<platform::Database> Open(const JournalPlace& place) {
+  // SQLite would make what it needs beside the file with the file's permissions, and they would outlast those.
+  if (std::filesystem::exists(place.file, IgnoreErrors()) && ::access(place.file.c_str(), W_OK) != 0) {
+    return MayNotBeWritten(place);
+  }
   auto database = platform::Database::Open(place.file, platform::OpenMode::kCreate, place.patience);
   if (!database) return database;
   if (auto ours = CheckIsOurs(*database, place); !ours) return ours.error();
   const auto version = VersionOf(*database);
   if (!version) return version.error();
   if (auto known = CheckIsKnown(*version, place); !known) return known.error();
-  if (!database->MayWrite()) {
-    return Error{Failure::kNotPermitted, Say("{} may not be written.", place.file.string()),
-                 "Give yourself the permission to write the file and its folder."};
-  }
+  if (!database->MayWrite()) return MayNotBeWritten(place);
   if (*version < kVersion) {
     if (auto made = MakeTables(*database, place); !made) return made.error();
   }
@@ -129,7 +136,11 @@ std::filesystem::path JournalPlace::Locks() const {
   return locks.replace_extension(".lock");
 }
 
-std::filesystem::path JournalPlace::Log() const { return file.string() + "-wal"; }
+std::filesystem::path JournalPlace::Log() const {
+  std::error_code unknown;
+  const auto real = std::filesystem::canonical(file, unknown);  // it is beside what a link leads to
+  return (unknown ? file : real).string() + "-wal";
+}
 
 Result<void> TakeLogIntoFile(const JournalPlace& place, std::chrono::milliseconds patience, bool cut) {
   JournalPlace hurried = place;
@@ -154,9 +165,8 @@ FileAtPlace FileAtPlace::Of(const JournalPlace& place) {
 
 Error DamagedMailingIn(const std::filesystem::path& file) {
   return {Failure::kBadData, Say("What {} has of this run is damaged.", file.string()),
-          "See what can still be read, with runs show or runs export. Forget it, in the window of the runs or with "
-          "quillcast "
-          "runs forget, when it is of no more use: all others stay."};
+          "Some of its recipients may still be read, by their state. Forget it, in the window of the runs or with "
+          "quillcast runs forget, when it is of no more use: all others stay."};
 }
 
 Error OfJournal(Error error) {

@@ -1,81 +1,14 @@
 // What the journal tells of its mailings and their recipients.
-#include <array>
-#include <map>
 #include <utility>
 
 #include "run/journal/choice_filter.h"
+#include "run/journal/journal_look.h"
 #include "run/journal/kept_contents.h"
-#include "run/journal/mailing_lock.h"
 #include "run/journal/mailing_tables.h"
-#include "run/journal/recent_log.h"
 #include "run/journal/sqlite_run_journal.h"
 
 namespace quillcast::run {
 namespace {
-
-// One look at the file: what is read by it belongs together. Goes back at its end, there is nothing to keep.
-class Look {
- public:
-  static Result<Look> At(platform::Database& database) {
-    if (auto begun = database.Execute("BEGIN"); !begun) return begun.error();
-    return Look(database);
-  }
-  Look(Look&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
-  Look& operator=(Look&&) = delete;
-  ~Look() {
-    if (database_ != nullptr) IgnoreErrors(database_->Execute("ROLLBACK"));
-  }
-
- private:
-  explicit Look(platform::Database& database) : database_(&database) {}
-  platform::Database* database_;
-};
-
-// Mailings whose last run has not ended, as far as they were seen, with that run, and whether somebody has them in
-// hand.
-struct Seen {
-  RunId last = 0;
-  bool in_hand = false;
-};
-
-Result<void> AskWhoIsInHand(std::map<MailingId, Seen>& seen, const JournalPlace& place) {
-  for (auto& [mailing, what] : seen) {
-    const auto in_hand = IsInHand(place.Locks(), mailing);
-    if (!in_hand) return in_hand.error();
-    what.in_hand |= *in_hand;
-  }
-  return {};
-}
-
-// A run has its lock from before it can be seen until after its end can be. So who is asked for first, and read then,
-// is known: the one that was seen before and whose lock was free has ended by the time it is read, or its program is
-// gone; one that was not seen before has only just begun.
-Result<std::map<MailingId, Seen>> SeeWhoGoesOn(platform::Database& database, const JournalPlace& place) {
-  std::map<MailingId, Seen> seen;
-  auto open = database.Prepare(
-      "SELECT mailing, id, ended FROM runs AS r WHERE number = (SELECT max(number) FROM runs WHERE mailing = "
-      "r.mailing) "
-      "AND ended IS NULL");
-  if (!open) return open.error();
-  for (;;) {
-    const auto row = open->Step();
-    if (!row) return row.error();
-    if (!*row) break;
-    seen[open->Int(0)].last = open->Int(1);
-  }
-  if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
-  TakeAllRecentIn(database, place);
-  // Of a mailing that was taken up meanwhile, nothing was taken in.
-  if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
-  return seen;
-}
-
-bool GoesOn(const std::map<MailingId, Seen>& seen, const StoredMailing& mailing) {
-  const RunEntry& last = mailing.runs.back().entry;
-  if (last.ended) return false;
-  const auto known = seen.find(mailing.entry.id);
-  return known == seen.end() || known->second.last != last.id || known->second.in_hand;
-}
 
 Result<MailingCounts> Count(platform::Database& database, const StoredMailing& mailing, Doubt doubt) {
   if (mailing.counts) return *mailing.counts;
@@ -84,8 +17,7 @@ Result<MailingCounts> Count(platform::Database& database, const StoredMailing& m
   return CountStates(*blocks, doubt);
 }
 
-Result<MailingEntry> EntryOf(platform::Database& database, const JournalPlace& place, MailingId id,
-                             const std::map<MailingId, Seen>& seen) {
+Result<MailingEntry> EntryOf(platform::Database& database, const JournalPlace& place, MailingId id, const Seen& seen) {
   auto stored = ReadMailing(database, id);
   if (!stored) return stored.error();
   const bool goes_on = GoesOn(seen, *stored);
@@ -192,7 +124,7 @@ Result<RunId> FirstRunOf(platform::Database& database, MailingId mailing) {
 Result<JournalList> ListMailings(platform::Database& database, const JournalPlace& place) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database);
+  const auto look = Look::At(database, place, seen->told);
   if (!look) return look.error();
   const auto mailings = AllMailings(database);
   if (!mailings) return mailings.error();
@@ -214,7 +146,7 @@ Result<JournalList> ListMailings(platform::Database& database, const JournalPlac
 Result<MailingEntry> FindMailing(platform::Database& database, const JournalPlace& place, RunId run) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database);
+  const auto look = Look::At(database, place, seen->told);
   if (!look) return look.error();
   const auto mailing = MailingOf(database, run);
   if (!mailing) return mailing.error();
@@ -233,7 +165,7 @@ Result<void> WalkChosen(platform::Database& database, const JournalPlace& place,
                         const std::function<Result<bool>(std::int64_t index, const char* record)>& visit) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database);
+  const auto look = Look::At(database, place, seen->told);
   if (!look) return look.error();
   auto stored = ReadMailing(database, mailing);
   if (!stored) return stored.error();

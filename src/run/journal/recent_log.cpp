@@ -12,7 +12,6 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include "run/journal/mailing_lock.h"
 #include "run/journal/state_blocks.h"
@@ -292,11 +291,15 @@ Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& plac
   return taking->LetGoOfReserved();
 }
 
-void TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
+std::vector<MailingId> TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
+  std::vector<MailingId> without_room;
   for (const MailingId mailing : MailingsWithRecent(place)) {
     const auto in_hand = IsInHand(place.Locks(), mailing);
-    if (in_hand && !*in_hand) IgnoreErrors(TakeRecentOf(database, place, mailing));
+    if (!in_hand || *in_hand) continue;
+    const auto taken = TakeRecentOf(database, place, mailing);
+    if (!taken && taken.error().failure == Failure::kIo) without_room.push_back(mailing);
   }
+  return without_room;
 }
 
 }  // namespace quillcast::run

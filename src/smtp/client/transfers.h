@@ -129,7 +129,8 @@ class Transfers {
   void OnAskedAgainRefused(const ServerReply& reply);
   void SetNextAfterRefusal(Transfer& transfer, Awaited command);
   bool BreaksPipelining(Awaited command, int code) const;
-  bool IsLimit(Awaited command) const { return command == Awaited::kMail && took_; }
+  // What goes before a message, while nothing of it has.
+  static bool IsBefore(Awaited command) { return command == Awaited::kMail || command == Awaited::kReset; }
   bool IsCrowd(Awaited command, const ServerReply& reply) const;
   void UseUp(const Outcome& why);
   // Several things were asked at once of a server that has not shown yet that it can take that.

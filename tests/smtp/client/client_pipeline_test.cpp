@@ -145,28 +145,33 @@ TEST(ClientPipeline, AMessageThatWaitsForItsEnvelopeHasNoneBehindIt) {
     }
     return dialogue;
   };
-  const auto text = [](std::size_t n) { return (n < 10 ? "hi" : "h") + std::to_string(n); };
+  const auto text = [](std::size_t n) { return (n < 10 ? "hi" : n < 100 ? "h" : "") + std::to_string(n); };
   const auto chunk = [&](std::size_t n) { return "C: BDAT 5 LAST\nC: " + text(n) + "\n"; };
   const std::string envelope = "C: RSET\nC: MAIL FROM:<a@b.c>\nC: RCPT TO:<r#@b.c>\n";
   for (const bool is_said : {false, true}) {
     SCOPED_TRACE(is_said);
-    const std::size_t limit = is_said ? 5 : 10;
-    const std::size_t all = limit + 4;
+    const std::vector<std::size_t> limits =
+        is_said ? std::vector<std::size_t>{5} : std::vector<std::size_t>{10, 20, 50, 100};
+    const std::size_t all = limits.back() + 4;
     Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", static_cast<int>(all));
-    for (int n = 0; n < 100; ++n) p.window.Taken(true);
-    if (is_said) p.window.SuspectLimit(limit);
+    for (std::size_t n = 0; n < SendWindow::kMost; ++n) p.window.Taken(true);
+    if (is_said) p.window.SuspectLimit(limits.back());
     for (std::size_t n = 0; n < all; ++n) p.sources[n] = TextSource(text(n) + "\r\n");
     std::string dialogue = ENVELOPE(0) YES YES + chunk(0);
-    for (std::size_t n = 1; n < limit; ++n) dialogue += with(envelope, n) + chunk(n);
-    p.Run(dialogue + with(envelope, limit) + YES);
-    EXPECT_EQ(p.submitted, limit + 1);
-    dialogue.clear();
-    for (std::size_t n = 1; n < limit; ++n) dialogue += YES YES YES YES;
-    dialogue += (is_said ? YES YES : YES YES YES) + chunk(limit);  // where MAIL is taken, it is none
-    for (std::size_t n = limit + 1; n < all; ++n) dialogue += with(envelope, n) + chunk(n);
+    std::size_t before = 0;
+    for (const std::size_t limit : limits) {
+      for (std::size_t n = before + 1; n < limit; ++n) dialogue += with(envelope, n) + chunk(n);
+      p.Run(dialogue + with(envelope, limit) + YES);
+      EXPECT_EQ(p.submitted, limit + 1);
+      dialogue.clear();
+      for (std::size_t n = before + 1; n < limit; ++n) dialogue += YES YES YES YES;
+      dialogue += (is_said ? YES YES : YES YES YES) + chunk(limit);  // where MAIL is taken, it is none
+      before = limit;
+    }
+    for (std::size_t n = before + 1; n < all; ++n) dialogue += with(envelope, n) + chunk(n);
     p.Run(dialogue + (is_said ? YES YES : YES));
     EXPECT_EQ(p.submitted, all);
-    EXPECT_EQ(p.told.outcomes.size(), limit + 1);
+    EXPECT_EQ(p.told.outcomes.size(), before + 1);
   }
 }
 
@@ -203,7 +208,7 @@ TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
     Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 3);
     p.Run(each.dialogue);
     EXPECT_FALSE(p.session->WantsMessage());
-    EXPECT_TRUE(each.then != Then::kIsSilent || p.session->Patience() <= std::chrono::seconds(5));
+    EXPECT_TRUE(each.then != Then::kIsSilent || p.session->Patience() == std::chrono::seconds(5));
     if (each.then != Then::kAnswers) {
       const bool ends = each.then != Then::kIsSilent;
       if (each.then == Then::kEndsWithin) p.session->Receive("503 n");
@@ -213,6 +218,19 @@ TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
     EXPECT_EQ(p.Outcomes(), each.outcomes);
     EXPECT_TRUE(each.then != Then::kEnds || p.window.IsSuspectedLimit(1));
     EXPECT_TRUE(each.then != Then::kIsSilent || p.window.cautious());
+  }
+}
+
+// So it is where it says so to what goes before the sender: the next connection goes as far ahead.
+TEST(ClientPipeline, AGoodbyeToWhatWaitsForItsEnvelopeIsALimit) {
+  for (const char* before : {"", YES}) {
+    SCOPED_TRACE(before);
+    Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 3);
+    p.window.SuspectLimit(1);
+    p.Run(std::string(ENVELOPE(0) YES YES CHUNK(0) "C: RSET\n" ENVELOPE(1) YES) + before + "S: 421 bye\n");
+    EXPECT_EQ(p.Outcomes(), "sent 0, failed 16 again");
+    EXPECT_TRUE(p.window.IsSuspectedLimit(1));
+    EXPECT_FALSE(p.window.cautious());
   }
 }
 

@@ -132,7 +132,7 @@ TEST(LostWay, IsWaitedForWhereItWasThere) {
     });
     ClientOptions options;
     options.servers = {{"127.0.0.1", server.port()}};
-    options.timeout = 2s;
+    options.timeout = 3s;
     options.network_wait = c.wait;
     options.way_was_there = c.was_there;
     const platform::SystemClock clock;
