@@ -244,6 +244,10 @@ Result<void> RecentLog::Append() {
   frame_.append(kHead, '\0');
   auto written = WriteAt(fd_.get(), path_, end_, frame_);
   if (written) end_ += size;
+  // Part of it may be there: what stood there before had room, and says that nothing was told behind it.
+  if (!written) {
+    IgnoreErrors(WriteAt(fd_.get(), path_, end_, end_ == begin_ ? Opening(round_) : std::string(kHead, '\0')));
+  }
   frame_.resize(written ? kHead : size);  // the next time, with what is told until then
   return written;
 }

@@ -341,6 +341,25 @@ TEST_F(KillTest, TellsLaterWhatCouldNotBeTold) {
   EXPECT_EQ(Found(), "uu-");
 }
 
+TEST_F(KillTest, WhatTheDiskTookInPartWasNotTold) {
+  between_commits_ = kSeldom;
+  const auto journal = OpenJournal();
+  auto run = BeginWith(*journal, 3);
+  Given(*run);
+  std::string found = "---";
+  for (const std::int64_t position : {1, 2, 3}) {
+    run->GoesOut(position);
+    {
+      const test::RoomOnDisk full(fs::file_size(root_ / "runs.db-recent-1") + 6);
+      EXPECT_FALSE(run->Record());
+    }
+    EXPECT_EQ(Found(), found);
+    Take(run->Record());
+    found[position - 1] = 'u';
+  }
+  EXPECT_EQ(Found(), "uuu");
+}
+
 // Where the system does not tell which start of the computer this is, it may be another one.
 TEST_F(KillTest, CountsAsALossOfPowerWhereNobodyKnows) {
   between_commits_ = kSeldom;
