@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/text.h"
+#include "run/kept_runs.h"
 
 namespace quillcast::run {
 
@@ -38,6 +39,7 @@ Result<std::vector<DamagedMailing>> FindDamaged(RunJournal& journal) {
   auto kept = journal.List();
   if (!kept) return kept.error();
   for (const MailingEntry& mailing : kept->mailings) {
+    if (StandingOf(mailing) == MailingStanding::kGoesOn) continue;
     const auto read =
         journal.Visit(mailing.id, StateSet().set(), 0, [](const JournalRow&) -> Result<bool> { return true; });
     if (!read && read.error().failure != Failure::kBadData) return read.error();
@@ -52,8 +54,10 @@ Sentence ForgetQuestion(const DamagedMailing& damaged) {
 }
 
 Sentence ForgetQuestion(const std::vector<DamagedMailing>& damaged) {
-  return Say("{} Nobody can read what became of the recipients. Are you sure you want to forget what is damaged?",
-             WhatIsDamaged(damaged));
+  return Say(
+      "{} What became of their recipients can be read no more, or only of some. Are you sure you want to forget "
+      "what is damaged?",
+      WhatIsDamaged(damaged));
 }
 
 Sentence DamagedAreForgotten(std::int64_t count) {

@@ -14,8 +14,8 @@ namespace quillcast::run {
 Sentence WhatIsDamaged(const std::vector<DamagedMailing>& damaged);
 // That, where there is such a run, and what to do.
 Result<void> CheckIsWhole(const JournalList& kept);
-// All of them, those among them that the list counts and of whom a row, a state or a word is damaged: each is read
-// to its end.
+// All of them, those among them that the list counts and of whom a row, a state or a word is damaged: each that does
+// not go on is read to its end.
 Result<std::vector<DamagedMailing>> FindDamaged(RunJournal& journal);
 // Whether a person means to forget it, or all of them.
 Sentence ForgetQuestion(const DamagedMailing& damaged);

@@ -4,7 +4,9 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <span>
+#include <system_error>
 #include <utility>
 
 #include "platform/text.h"
@@ -71,11 +73,18 @@ Sentence WhatElseThereIs(const MailingEntry& mailing) {
   return Say("There are: {}.", counts);
 }
 
+// What is beside a journal, its locks too, is beside the file itself, by whichever link one comes to it.
+std::filesystem::path WhereItLeads(const std::filesystem::path& file) {
+  std::error_code unknown;
+  auto real = std::filesystem::canonical(file, unknown);
+  return unknown ? file : real;
+}
+
 }  // namespace
 
 Result<std::unique_ptr<RunJournal>> OpenJournal(const profile::Folders& folders, const platform::Clock& clock,
                                                 const platform::CancelToken& cancel) {
-  JournalPlace place{.file = folders.RunJournal(), .clock = &clock};
+  JournalPlace place{.file = WhereItLeads(folders.RunJournal()), .clock = &clock};
   place.patience.cancel = &cancel;
   place.patience.cancel_ends_statements = false;  // what became of a recipient is kept to the end
   auto journal = SqliteRunJournal::Open(place);

@@ -448,6 +448,15 @@ class KeptRunsFormTest : public QObject {
     });
     scene.Find<QAction>("HistoryButton").trigger();
     QVERIFY2(chosen.startsWith("2 | ") && chosen.endsWith("| 1 recipient, cut off"), qPrintable(chosen));
+
+    // Of one that was forgotten none is chosen, so that nothing is sent for another.
+    KeptRunsForm form(scene.rig.program, nullptr);
+    form.ChooseReport("01-02-2020_10-00-00_Gone");
+    form.show();
+    QCOMPARE(form.findChild<RowList*>("KeptRunsGrid")->Chosen(), std::vector<std::size_t>{});
+    QVERIFY2(Status(form).startsWith("The run of the report that is chosen in the history is no longer kept."),
+             qPrintable(Status(form)));
+    QVERIFY(!IsOn(form, "SendToTheseButton"));
   }
 
   // The run that the notice names is the one that the window opens with, whichever is newer or was put off.

@@ -136,6 +136,11 @@ void KeptRunsForm::Fill() {
   }
 }
 
+void KeptRunsForm::ChooseReport(std::string_view history) {
+  if (history.empty() || runs_->ChooseReport(history)) return;
+  Tell(tr("The run of the report that is chosen in the history is no longer kept. The report itself stays there."));
+}
+
 QString KeptRunsForm::TextOfOne(std::size_t row, int column) {
   const auto one = pages_.At(static_cast<std::int64_t>(row));
   if (!one) return column == 3 ? InWords(one.error()) : QString();

@@ -31,8 +31,8 @@ class KeptRunsForm final : public QDialog {
 
   // The mailing of this run; where there is none any more, the newest stays chosen.
   void Choose(run::RunId run) { runs_->ChooseRun(run); }
-  // That run itself, by the base name of its files in the history.
-  void ChooseReport(std::string_view history) { runs_->ChooseReport(history); }
+  // That run itself, by the base name of its files in the history; with none, the newest stays chosen.
+  void ChooseReport(std::string_view history);
 
   // Opens the sending window for it, and returns when that has closed.
   std::function<void(const GoOnRequest&)> go_on;

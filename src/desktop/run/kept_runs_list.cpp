@@ -90,9 +90,11 @@ void KeptRunsList::ChooseRun(run::RunId run) {
   }
 }
 
-void KeptRunsList::ChooseReport(std::string_view history) {
+bool KeptRunsList::ChooseReport(std::string_view history) {
   const auto line = std::ranges::find_if(lines_, [&](const Line& each) { return RunOf(each).history == history; });
-  if (line != lines_.end()) grid_->Choose(static_cast<std::size_t>(line - lines_.begin()));
+  const bool is_there = line != lines_.end();
+  is_there ? grid_->Choose(static_cast<std::size_t>(line - lines_.begin())) : grid_->ChooseNone();
+  return is_there;
 }
 
 void KeptRunsList::showEvent(QShowEvent* event) {
@@ -154,7 +156,7 @@ void KeptRunsList::Take(run::JournalList kept) {
     same = std::ranges::find(now, stays);
     if (same == now.end()) same = std::ranges::find(now, first_of_it);
     const bool is_there = same != now.end();
-    if (!now.empty())
+    if (!now.empty() && (before.empty() || !chosen.empty()))
       grid_->Choose(is_there ? static_cast<std::size_t>(same - now.begin()) : std::min(row, now.size() - 1));
     if (is_there || !chosen.empty()) bar->setValue(scrolled);
   }

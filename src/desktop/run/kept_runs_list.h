@@ -33,8 +33,9 @@ class KeptRunsList final : public QWidget {
   const std::vector<run::DamagedMailing>& AllDamaged() const { return kept_.damaged; }
   // The mailing of this run; where there is none any more, what is chosen stays.
   void ChooseRun(run::RunId run);
-  // The run with this base name in the history, be it one that went on with another; where there is none, likewise.
-  void ChooseReport(std::string_view history);
+  // The run with this base name in the history, be it one that went on with another; where there is none, nothing is
+  // chosen, and this is false.
+  bool ChooseReport(std::string_view history);
 
  signals:
   void ChosenChanged();

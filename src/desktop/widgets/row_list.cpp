@@ -200,6 +200,8 @@ void RowList::keyboardSearch(const QString& text) {
 
 void RowList::Choose(std::size_t row) { setCurrentIndex(rows_->index(static_cast<int>(row), 0)); }
 
+void RowList::ChooseNone() { selectionModel()->clear(); }
+
 void RowList::MakeCurrent(std::size_t row) {
   selectionModel()->setCurrentIndex(rows_->index(static_cast<int>(row), 0), QItemSelectionModel::NoUpdate);
 }

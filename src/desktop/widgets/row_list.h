@@ -76,6 +76,7 @@ class RowList final : public QTableView {
   // From above to below.
   std::vector<std::size_t> Chosen() const;
   void Choose(std::size_t row);
+  void ChooseNone();
   // Puts the ring round it that the keyboard goes on from, and chooses nobody.
   void MakeCurrent(std::size_t row);
   // What a person types is handed on, instead of looking through every row for it.

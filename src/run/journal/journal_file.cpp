@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <system_error>
 
 #include "run/journal/mailing_lock.h"
 
@@ -136,11 +135,7 @@ std::filesystem::path JournalPlace::Locks() const {
   return locks.replace_extension(".lock");
 }
 
-std::filesystem::path JournalPlace::Log() const {
-  std::error_code unknown;
-  const auto real = std::filesystem::canonical(file, unknown);  // it is beside what a link leads to
-  return (unknown ? file : real).string() + "-wal";
-}
+std::filesystem::path JournalPlace::Log() const { return file.string() + "-wal"; }
 
 Result<void> TakeLogIntoFile(const JournalPlace& place, std::chrono::milliseconds patience, bool cut) {
   JournalPlace hurried = place;
@@ -165,8 +160,8 @@ FileAtPlace FileAtPlace::Of(const JournalPlace& place) {
 
 Error DamagedMailingIn(const std::filesystem::path& file) {
   return {Failure::kBadData, Say("What {} has of this run is damaged.", file.string()),
-          "Some of its recipients may still be read, by their state. Forget it, in the window of the runs or with "
-          "quillcast runs forget, when it is of no more use: all others stay."};
+          "Forget it, in the window of the runs or with quillcast runs forget, when it is of no more use: all others "
+          "stay."};
 }
 
 Error OfJournal(Error error) {

@@ -45,7 +45,9 @@ Result<Seen> SeeWhoGoesOn(platform::Database& database, const JournalPlace& plac
     seen.open[open->Int(0)].id = open->Int(1);
   }
   if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
-  seen.told = TakeAllRecentIn(database, place);
+  auto told = TakeAllRecentIn(database, place);
+  if (!told) return told.error();
+  seen.told = *std::move(told);
   // Of a mailing that was taken up meanwhile, nothing was taken in.
   if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
   return seen;

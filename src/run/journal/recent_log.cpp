@@ -295,12 +295,13 @@ Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& plac
   return taking->LetGoOfReserved();
 }
 
-std::vector<MailingId> TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
+Result<std::vector<MailingId>> TakeAllRecentIn(platform::Database& database, const JournalPlace& place) {
   std::vector<MailingId> without_room;
   for (const MailingId mailing : MailingsWithRecent(place)) {
     const auto in_hand = IsInHand(place.Locks(), mailing);
     if (!in_hand || *in_hand) continue;
     const auto taken = TakeRecentOf(database, place, mailing);
+    if (!taken && taken.error().failure == Failure::kTryAgain) return taken.error();
     if (!taken && taken.error().failure == Failure::kIo) without_room.push_back(mailing);
   }
   return without_room;

@@ -54,9 +54,10 @@ class RecentLog {
 // gone. The caller sees to it that nobody begins another one meanwhile. Where the file is missing, damaged or an
 // earlier state of itself, whoever was reserved stays in doubt.
 Result<void> TakeRecentIn(platform::Database& database, const JournalPlace& place, const StoredMailing& mailing);
-// The same for every mailing that has something, and that nobody has in hand. Gives those where it failed: there the
-// file stays for the next time, and no other mailing suffers.
-std::vector<MailingId> TakeAllRecentIn(platform::Database& database, const JournalPlace& place);
+// The same for every mailing that has something, and that nobody has in hand. Where that fails the file stays for the
+// next time, and no other mailing suffers. Gives those for which the disk has no room. kTryAgain where others write for
+// too long.
+Result<std::vector<MailingId>> TakeAllRecentIn(platform::Database& database, const JournalPlace& place);
 // Of a mailing that is forgotten.
 void RemoveRecentOf(const JournalPlace& place, MailingId mailing);
 

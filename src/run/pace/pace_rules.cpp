@@ -142,7 +142,8 @@ Result<std::optional<MessageLimit>> ReadQuota(std::string_view text, std::chrono
 
 Result<std::optional<HoursOfDay>> ReadHours(std::string_view text) {
   return OrNone(text, HoursOf(text), "\"{}\" are no hours of the day.",
-                "Write when they begin and when they end, from 0 to 24, for example 9-17, 8:30-17:30 or 22-6.");
+                "Write when they begin and when they end, from 0 to 24, for example 9-17, 8:30-17:30 or 22-6. The "
+                "whole day is none.");
 }
 
 Result<std::optional<PauseAfter>> ReadPause(std::string_view text) {

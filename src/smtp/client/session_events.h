@@ -34,13 +34,16 @@ struct Event {
 // Oldest first.
 class SessionEvents {
  public:
-  // A new last one, whose outcome the caller sets where its kind has one.
+  // A new last one. Where its kind has an outcome the caller sets what that is and in which words; it is decided,
+  // unless the caller says otherwise.
   Event& Add(Event::Kind kind) {
     Event& event = events_.Push();
     event.kind = kind;
     event.text.clear();
     event.place = held_;
     event.asks_for.reset();
+    event.outcome.whereabouts = Whereabouts::kDecided;
+    event.outcome.has_sender = event.outcome.no_way = false;
     return event;
   }
   // What the client said (`place` as above), and what the server did.

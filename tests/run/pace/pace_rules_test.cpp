@@ -40,7 +40,7 @@ TEST(PaceRules, AreReadOrComplainedAbout) {
       "day, for example 30/min.";
   const std::string no_hours =
       "\" are no hours of the day. Write when they begin and when they end, from 0 to 24, for "
-      "example 9-17, 8:30-17:30 or 22-6.";
+      "example 9-17, 8:30-17:30 or 22-6. The whole day is none.";
   const std::string no_pause =
       "\" is no pause. Write after how many messages, \":\", and how many seconds up to 86,400, "
       "for example 100:60.";
