@@ -97,7 +97,7 @@ void AddForgetCommand(CLI::App& runs, Context& context) {
   forget->add_option("run", options->run, "The number that runs list shows");
   forget->add_flag("--finished", options->finished,
                    "All finished runs; what runs list calls damaged is not among them");
-  forget->add_flag("--damaged", options->damaged, "All runs whose recipients can no longer be read");
+  forget->add_flag("--damaged", options->damaged, "All runs of which something can no longer be read");
   forget->footer("The report in the history stays.\nExample:\n  quillcast runs forget 12");
   OnRun(*forget, context, [options](Context& c) { return RunForget(c, *options); });
 }

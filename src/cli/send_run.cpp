@@ -67,10 +67,7 @@ class SendListener final : public run::RunListener {
     output_.Note("--keep-going tries every recipient all the same.");
     return false;
   }
-  void NotTried(std::int64_t position, const std::string& address) override {
-    NotTriedAgain(position, address, run::ResultState::kNotTried);
-  }
-  void NotTriedAgain(std::int64_t position, const std::string& address, run::ResultState stays) override {
+  void NotTried(std::int64_t position, const std::string& address, run::ResultState stays) override {
     const bool was_tried = stays != run::ResultState::kNotTried;
     nlohmann::ordered_json object = {{"position", position}, {"address", address}, {"state", "not tried"}};
     if (was_tried) object["stays"] = run::Name(stays);

@@ -82,8 +82,7 @@ void RunTelling::TellThoseLeft() {
 void RunTelling::NotTried(const LeftRecipient& left) {
   if (++summary_.not_tried == 1) summary_.first_left = left.position;
   summary_.last = left.position;
-  if (left.stays == ResultState::kNotTried) return listener_.NotTried(left.position, left.address);
-  listener_.NotTriedAgain(left.position, left.address, left.stays);
+  listener_.NotTried(left.position, left.address, left.stays);
 }
 
 void RunTelling::Flush() {

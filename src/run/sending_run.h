@@ -60,12 +60,9 @@ class RunListener {
   // and a few times a second. Then, once, that it goes on.
   virtual void Held(std::int64_t /*under_way*/) {}
   virtual void LetGo() {}
-  // For each recipient who is left when a run has ended early, for whatever reason.
-  virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/) {}
-  // The same of somebody who was tried in a run before, and stays in that state.
-  virtual void NotTriedAgain(std::int64_t position, const std::string& address, ResultState /*stays*/) {
-    NotTried(position, address);
-  }
+  // For each recipient who is left when a run has ended early, for whatever reason; kNotTried, or as a run before left
+  // who was tried in it.
+  virtual void NotTried(std::int64_t /*position*/, const std::string& /*address*/, ResultState /*stays*/) {}
   // Nothing goes out before then, unless something that is under way changes it; told a few times a second meanwhile.
   virtual void Waits(const Sentence& /*why*/, Moment /*until*/) {}
   // The same of the way to the server, which is lost and tried again then: nothing is under way.

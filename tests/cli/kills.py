@@ -34,6 +34,7 @@ class Connection:
         self.server, self.peer, self.lines = server, peer, lines
         self.begun = 0
         self.begun_at_kill = None  # where it was there at the last kill
+        self.is_careful = server.has_hung_up  # its program goes no further ahead than in lock-step, or little
 
     def sendall(self, text):
         with self.server.speaking:
@@ -44,7 +45,9 @@ class Connection:
 
     def readline(self):
         line = self.lines.readline()
-        self.begun += line.startswith(b"MAIL")
+        if line.startswith(b"MAIL"):
+            self.begun += 1
+            self.server.begun += 1
         return line
 
     def read(self, most):
@@ -76,10 +79,11 @@ class FaultyServer:
         self.victim = None        # the process to be killed
         self.kill_at = None       # after so many more messages, at which stage
         self.is_silent = False    # before it kills
-        self.has_hung_up = False  # on the program of now, which from then on sends one message at a time
+        self.has_hung_up = False  # on the program of now
         self.speaking = threading.RLock()
         self.open = set()         # connections
         self.messages = 0
+        self.begun = 0            # by the program of now, which has at most two more in flight than it began before
         self.killed = threading.Event()
         self.lock = threading.Lock()
         self.listener = socket.create_server(("127.0.0.1", 0), backlog=16)
@@ -91,7 +95,7 @@ class FaultyServer:
 
     def arm(self, victim, kill_at):
         self.killed.clear()
-        self.messages = 0
+        self.messages = self.begun = 0
         self.victim, self.kill_at = victim, kill_at
         self.has_hung_up = False
 
@@ -107,7 +111,6 @@ class FaultyServer:
     def serve(self, peer):
         with peer, peer.makefile("rb") as lines:
             connection = Connection(self, peer, lines)
-            is_careful = self.has_hung_up
             with self.speaking:
                 self.open.add(connection)
             try:
@@ -117,12 +120,15 @@ class FaultyServer:
                 connection.begun += rest.count(b"MAIL FROM:")
                 self.has_hung_up = True
                 # What it is still sending is seen by nobody, and answers that it has not come to go under with the rest.
-                self.doubt(1 + rest.count(b"\r\n.\r\n") + rest.count(b"BDAT ") if is_careful else MOST_IN_FLIGHT[self.way])
+                self.doubt(max(1 + rest.count(b"\r\n.\r\n") + rest.count(b"BDAT "), self.most_in_flight(connection)))
             except (OSError, ConnectionError):
                 pass
             with self.speaking:
                 self.open.discard(connection)
             self.doubt(connection.in_doubt())
+
+    def most_in_flight(self, connection):
+        return min(MOST_IN_FLIGHT[self.way], 2 if connection.is_careful else 2 + self.begun)
 
     def doubt(self, messages):
         with self.lock:
@@ -146,6 +152,8 @@ class FaultyServer:
             for connection in self.open:
                 if connection.begun_at_kill is None:
                     connection.begun_at_kill = connection.begun
+                    if not self.is_silent:  # nobody knows how many answers the program had not come to
+                        self.doubt(min(self.most_in_flight(connection), connection.begun))
         self.killed.set()
 
     def wait_until_all_is_recorded(self):
@@ -161,7 +169,7 @@ class FaultyServer:
             time.sleep(0.05)
         twice = 0.0004 <= roll < 0.0004 + self.twice
         if twice:
-            self.doubt(MOST_IN_FLIGHT[self.way])
+            self.doubt(self.most_in_flight(peer))
         peer.sendall(text + text if twice else text)
 
     def talk(self, peer, lines):
@@ -312,14 +320,9 @@ class Mailing:
             if state in ("not tried", "in flight"):
                 wrong.append(f"{address} was left out")
         unknown = sum(row["state"] == "unknown" for row in rows.values())
-        if unknown > self.most_unknown():
-            wrong.append(f"{unknown} are unknown, and {self.most_unknown()} at most were in doubt")
+        if unknown > self.server.in_doubt:
+            wrong.append(f"{unknown} are unknown, and {self.server.in_doubt} at most were in doubt")
         return wrong
-
-    def most_unknown(self):
-        """Without a silence nobody knows how many answers the program had not come to."""
-        unread = 0 if self.server.is_silent else self.kills * MOST_IN_FLIGHT[self.way] * self.connections
-        return self.server.in_doubt + unread
 
 
 def main():
@@ -334,7 +337,7 @@ def main():
             wrong = mailing.play()
             entry = mailing.mailing()
             print(f"seed {seed}: {mailing.way}, {mailing.connections} at a time, {mailing.kills} kills, "
-                  f"{entry['sent']} sent, {entry['unknown']} unknown of {mailing.most_unknown()} at most"
+                  f"{entry['sent']} sent, {entry['unknown']} unknown of {mailing.server.in_doubt} at most"
                   + "".join(f"\n  WRONG: {what}" for what in wrong), flush=True)
             bad += bool(wrong)
     print(f"{last - first + 1} mailings, {bad} wrong")

@@ -253,13 +253,16 @@ class KeptRuns(Case):
                       self.run_program("--yes", "history", "clear")[2])
         self.assertEqual(self.objects("runs", "list"), [])
 
-    def test_one_that_is_damaged_hides_no_other(self):
+    def damaged(self, runs, damage):
+        """So many runs, and what a fault made of their journal."""
         box = self.mailbox()
-        for _ in range(3):
+        for _ in range(runs):
             self.mail(box, code=0)
         with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db")) as journal, journal:
-            journal.execute("UPDATE mailings SET recipients = 2 WHERE id = 1")
-            journal.execute("DELETE FROM runs WHERE mailing = 2")
+            journal.executescript(damage)
+
+    def test_one_that_is_damaged_hides_no_other(self):
+        self.damaged(3, "UPDATE mailings SET recipients = 2 WHERE id = 1; DELETE FROM runs WHERE mailing = 2")
         code, out, err = self.run_program("--json", "runs", "list")
         self.assertEqual((code, [json.loads(line)["run"] for line in out.splitlines()]), (65, [3]), err)
         self.assertIn("What the journal has of 2 runs is damaged: #1, and 1 whose number is lost.", err)
@@ -280,12 +283,8 @@ class KeptRuns(Case):
         self.assertEqual(self.objects("runs", "list"), [])
 
     def test_one_whose_rows_are_damaged_is_found_by_whoever_forgets_what_is_damaged(self):
-        box = self.mailbox()
-        for _ in range(4):
-            self.mail(box, code=0)
-        with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db")) as journal, journal:
-            journal.execute("UPDATE states SET records = x'00' WHERE id = (SELECT id FROM states ORDER BY id LIMIT 1)")
-            journal.execute("UPDATE rows SET rows = x'00' WHERE id = (SELECT id FROM rows ORDER BY id LIMIT 1 OFFSET 1)")
+        self.damaged(4, "UPDATE states SET records = x'00' WHERE id = (SELECT id FROM states ORDER BY id LIMIT 1);"
+                        "UPDATE rows SET rows = x'00' WHERE id = (SELECT id FROM rows ORDER BY id LIMIT 1 OFFSET 1)")
         self.assertEqual(len(self.objects("runs", "list")), 4)
         for run in (1, 2):
             self.assertEqual(self.run_program("runs", "show", run)[0], 65)
@@ -305,14 +304,12 @@ class KeptRuns(Case):
         run.kill()
         told += run.communicate()[0].splitlines()
         full = (self.profile / "data" / "runs.db-wal").stat().st_size
-        seen = [self.run_program("--json", "runs", *command, fsize=full)
-                for command in (["list"], ["show", 1], ["export", 1, "--state", "unknown", "--to", "/dev/stdout"])]
+        looks = (["list"], ["show", 1], ["export", 1, "--state", "unknown", "--to", "/dev/stdout"])
+        seen = [self.run_program("--json", "runs", *command, fsize=full) for command in looks]
         entry = self.objects("runs", "list")[0]
         self.assertGreaterEqual(entry["sent"], len(told) - 1)
         self.assertLessEqual(entry["unknown"], 1)
-        again = [self.run_program("--json", "runs", *command)
-                 for command in (["list"], ["show", 1], ["export", 1, "--state", "unknown", "--to", "/dev/stdout"])]
-        self.assertEqual(seen, again)
+        self.assertEqual(seen, [self.run_program("--json", "runs", *command) for command in looks])
 
     def test_a_journal_behind_a_link_is_written_as_any(self):
         box = self.mailbox()

@@ -332,7 +332,7 @@ struct Told final : RunListener {
     failed_when_asked = static_cast<std::int64_t>(order.size() - sent.size());
     return goes_on;
   }
-  void NotTried(std::int64_t position, const std::string&) override {
+  void NotTried(std::int64_t position, const std::string&, ResultState) override {
     order.push_back(position);
     ++not_tried;
   }

@@ -195,11 +195,7 @@ bool RunWorker::GoOn(const smtp::Outcome& refusal, int times, std::int64_t left_
   return answer_.value_or(false);
 }
 
-void RunWorker::NotTried(std::int64_t position, const std::string& address) {
-  NotTriedAgain(position, address, run::ResultState::kNotTried);
-}
-
-void RunWorker::NotTriedAgain(std::int64_t position, const std::string& address, run::ResultState stays) {
+void RunWorker::NotTried(std::int64_t position, const std::string& address, run::ResultState stays) {
   const std::lock_guard lock(mutex_);
   not_tried_.push_back({position, address, stays});
 }

@@ -90,8 +90,7 @@ class RunWorker final : public QObject, private run::RunListener {
   platform::Duration HeldFor() override { return hold_.HeldFor(); }
   void Held(std::int64_t under_way) override;
   void LetGo() override;
-  void NotTried(std::int64_t position, const std::string& address) override;
-  void NotTriedAgain(std::int64_t position, const std::string& address, run::ResultState stays) override;
+  void NotTried(std::int64_t position, const std::string& address, run::ResultState stays) override;
   void Waits(const Sentence& why, run::Moment until) override;
   void WayLost(const Sentence& why, run::Moment until) override;
   void Note(const Sentence& sentence) override;

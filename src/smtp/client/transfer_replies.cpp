@@ -78,7 +78,7 @@ void Transfers::Deliver(const ServerReply& reply, bool holds) {
 
 bool Transfers::AwaitsEnd(Awaited command) const {
   if (transfers_.empty() || !held_.empty()) return false;
-  return said_goodbye_ || (IsBefore(command) && took_ && IsOut(transfers_.front()));
+  return said_goodbye_ || (IsBetween(command) && IsOut(transfers_.front()));
 }
 
 void Transfers::OnLastRefusal(Awaited command, const ServerReply& reply) {
@@ -107,8 +107,7 @@ void Transfers::Refuse(Awaited command, const ServerReply& reply) {
   const bool deferred = reply.code / 100 == 4;
   crowded_ = crowded_ || IsCrowd(command, reply);
   const bool takes_no_more = said_goodbye_ || (used_up_ && command == Awaited::kMail);
-  const bool is_limit = command == Awaited::kMail && took_ && deferred;
-  const bool limit = is_limit || crowded_ || takes_no_more;
+  const bool limit = (command == Awaited::kMail && took_ && deferred) || crowded_ || takes_no_more;
   if (!limit && (deferred || command == Awaited::kMail)) window_.BeCautious();
   if (command == Awaited::kReset) {
     end_ = {Refusal(command, reply)};
@@ -177,7 +176,7 @@ SessionEnd Transfers::OnGoodbye(Awaited command, const ServerReply& reply) {
     return {VerdictOf(ResultCode::kConnectionLost, reply)};
   }
   crowded_ = IsCrowd(command, reply);
-  if (IsBefore(command) && took_ && !IsOut(transfers_.front())) {
+  if (IsBetween(command) && !IsOut(transfers_.front())) {
     used_up_ = true;
     window_.SuspectLimit(mails_taken_);
   } else if (crowded_) {

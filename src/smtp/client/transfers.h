@@ -129,8 +129,8 @@ class Transfers {
   void OnAskedAgainRefused(const ServerReply& reply);
   void SetNextAfterRefusal(Transfer& transfer, Awaited command);
   bool BreaksPipelining(Awaited command, int code) const;
-  // What goes before a message, while nothing of it has.
-  static bool IsBefore(Awaited command) { return command == Awaited::kMail || command == Awaited::kReset; }
+  // Whether it goes between a message that was taken and the next.
+  bool IsBetween(Awaited command) const { return took_ && (command == Awaited::kMail || command == Awaited::kReset); }
   bool IsCrowd(Awaited command, const ServerReply& reply) const;
   void UseUp(const Outcome& why);
   // Several things were asked at once of a server that has not shown yet that it can take that.

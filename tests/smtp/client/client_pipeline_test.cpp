@@ -221,20 +221,7 @@ TEST(ClientPipeline, BehindAGoodbyeToTheSenderNothingIsTaken) {
   }
 }
 
-// One that waits for its envelope behind a goodbye after which the server goes on is sent, and once.
-TEST(ClientPipeline, WhatWaitsBehindAGoodbyeGoesWhereTheServerGoesOn) {
-  Pipeline p("S: 250-PIPELINING\nS: 250 CHUNKING\n", 11);
-  for (int n = 0; n < 100; ++n) p.window.Taken(true);
-  p.sources[10] = TextSource("h10\r\n");
-  std::string dialogue = ENVELOPE(0) YES YES CHUNK(0) WHOLE(1) WHOLE(2) WHOLE(3) WHOLE(4) WHOLE(5) WHOLE(6) WHOLE(7)
-      WHOLE(8) WHOLE(9) "C: RSET\n" ENVELOPE(10) YES YES "S: 421 bye\n" NO NO;
-  for (int n = 2; n < 10; ++n) dialogue += TAKEN;
-  p.Run(dialogue + YES YES YES "C: BDAT 5 LAST\nC: h10\nS: 250 taken\n");
-  EXPECT_EQ(p.Outcomes(),
-            "sent 0, deferred 7 again, sent 0, sent 0, sent 0, sent 0, sent 0, sent 0, sent 0, sent 0, sent 0");
-}
-
-// So it is where it says so to what goes before the sender: the next connection goes as far ahead.
+// Said to the MAIL or the RSET of one of which nothing is out: the next connection goes as far ahead.
 TEST(ClientPipeline, AGoodbyeToWhatWaitsForItsEnvelopeIsALimit) {
   for (const char* before : {"", YES}) {
     SCOPED_TRACE(before);
