@@ -131,10 +131,8 @@ class Server:
             elif verb in (b"DATA", b"BDAT"):
                 if verb == b"DATA":
                     say("354 go on")
-                    while lines.readline() not in (b".\r\n", b""):
-                        pass
-                else:
-                    lines.read(int(line.split()[1]))
+                if not self.has_all_of_it(lines, line):
+                    return False  # cut in the middle: nobody has it
                 if recipient == self.holds:
                     self.release.wait(60)
                 with self.lock:
@@ -146,6 +144,16 @@ class Server:
             else:
                 say("250 2.1.0 ok")
         return False
+
+    @staticmethod
+    def has_all_of_it(lines, command):
+        """Reads a message behind its DATA or BDAT, and tells whether it came to its end."""
+        if command[:4].upper() == b"BDAT":
+            octets = int(command.split()[1])
+            return len(lines.read(octets)) == octets
+        while (line := lines.readline()) not in (b".\r\n", b""):
+            pass
+        return line != b""
 
 
 class Case(unittest.TestCase):
