@@ -1,4 +1,6 @@
 // quillcast runs forget
+#include <algorithm>
+
 #include "cli/commands.h"
 #include "cli/runs.h"
 #include "cli/store_command.h"
@@ -13,37 +15,41 @@ struct ForgetOptions {
   bool damaged = false;
 };
 
-// Asks, and forgets them.
-Result<int> ForgetDamaged(Context& context, run::RunJournal& journal, const Sentence& question,
-                          const std::vector<run::DamagedMailing>& damaged) {
-  if (const auto asked = AskFirst(context, question); !asked) return asked.error();
+// One that another program has in hand keeps no other: it stays, and is told at the end.
+Result<int> ForgetAll(Context& context, run::RunJournal& journal, const std::vector<run::DamagedMailing>& damaged) {
+  std::int64_t forgotten = 0;
+  std::optional<Error> in_hand;
   for (const run::DamagedMailing& mailing : damaged) {
-    if (const auto gone = journal.Forget(mailing.id); !gone) return gone.error();
+    const auto gone = journal.Forget(mailing.id);
+    gone ? void(++forgotten) : void(in_hand = gone.error());
   }
-  return 0;
-}
-
-Result<int> ForgetDamagedOne(Context& context, run::RunJournal& journal, std::int64_t run) {
-  const auto mailing = journal.MailingOf(run);
-  if (!mailing) return mailing.error();
-  const run::DamagedMailing damaged{*mailing, run};
-  const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(damaged), {damaged});
-  if (!gone) return gone.error();
-  context.output.Line(Say("Run #{} was forgotten.", run).InEnglish());
-  context.output.Object({{"forgotten", 1}});
-  return 0;
+  if (forgotten > 0 || !in_hand) {
+    context.output.Line(damaged.empty() ? "No run is damaged." : run::DamagedAreForgotten(forgotten).InEnglish());
+  }
+  context.output.Object({{"forgotten", forgotten}});
+  return in_hand ? Result<int>(*in_hand) : 0;
 }
 
 Result<int> ForgetAllDamaged(Context& context, run::RunJournal& journal) {
   const auto damaged = run::FindDamaged(journal);
   if (!damaged) return damaged.error();
   if (!damaged->empty()) {
-    const auto gone = ForgetDamaged(context, journal, run::ForgetQuestion(*damaged), *damaged);
-    if (!gone) return gone.error();
+    if (const auto asked = AskFirst(context, run::ForgetQuestion(*damaged)); !asked) return asked.error();
   }
-  const std::int64_t count = std::ssize(*damaged);
-  context.output.Line(count == 0 ? "No run is damaged." : run::DamagedAreForgotten(count).InEnglish());
-  context.output.Object({{"forgotten", count}});
+  return ForgetAll(context, journal, *damaged);
+}
+
+Result<int> ForgetDamagedOne(Context& context, run::RunJournal& journal, std::int64_t run) {
+  const auto mailing = journal.MailingOf(run);
+  if (!mailing) return mailing.error();
+  const auto kept = journal.List();
+  if (!kept) return kept.error();
+  const auto same = std::ranges::find(kept->damaged, *mailing, &run::DamagedMailing::id);
+  const auto damaged = same == kept->damaged.end() ? run::DamagedMailing{*mailing, run} : *same;
+  if (const auto asked = AskFirst(context, run::ForgetQuestion(damaged)); !asked) return asked.error();
+  if (const auto gone = journal.Forget(*mailing); !gone) return gone.error();
+  context.output.Line(Say("Run #{} was forgotten.", run).InEnglish());
+  context.output.Object({{"forgotten", 1}});
   return 0;
 }
 

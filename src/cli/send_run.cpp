@@ -151,10 +151,7 @@ int TellSummary(Context& context, const profile::Folders& folders, const run::Ru
   context.output.Object(counts);
   context.output.Line(run::CountsOf(summary).InEnglish());
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
-  if (const auto left = run::NotTriedIn(summary)) context.output.Note(left->InEnglish());
-  if (const auto left = run::NotTriedAgainIn(summary)) context.output.Note(left->InEnglish());
-  if (const auto left = run::NotTheirDoingIn(summary)) context.output.Note(left->InEnglish());
-  if (const auto unknown = run::UnknownIn(summary)) context.output.Note(unknown->InEnglish());
+  for (const Sentence& left : run::LeftBy(summary)) context.output.Note(left.InEnglish());
   if (summary.run != 0 && summary.not_tried + summary.retries_left + summary.not_their_doing > 0) {
     context.output.Note(fmt::format("quillcast runs resume {} goes on with those who are left.", summary.run));
   }

@@ -3,7 +3,6 @@
 #include <iterator>
 #include <string>
 
-#include "platform/text.h"
 #include "run/kept_runs.h"
 
 namespace quillcast::run {
@@ -43,14 +42,18 @@ Result<std::vector<DamagedMailing>> FindDamaged(RunJournal& journal) {
     const auto read =
         journal.Visit(mailing.id, StateSet().set(), 0, [](const JournalRow&) -> Result<bool> { return true; });
     if (!read && read.error().failure != Failure::kBadData) return read.error();
-    if (!read) kept->damaged.push_back({mailing.id, mailing.runs.front().id});
+    if (!read) kept->damaged.push_back({mailing.id, mailing.runs.front().id, mailing.subject, mailing.group});
   }
   return std::move(kept->damaged);
 }
 
 Sentence ForgetQuestion(const DamagedMailing& damaged) {
-  const Sentence why = "so that nobody can read what became of its recipients. Are you sure you want to forget it?";
-  return damaged.run == 0 ? Say("This run is damaged, {}", why) : Say("Run #{} is damaged, {}", damaged.run, why);
+  const Sentence which = damaged.run == 0 ? Sentence("This run") : Say("Run #{}", damaged.run);
+  const std::string subject = ShownSubject(damaged.subject);
+  const Sentence named = subject.empty() ? which : Say("{} (\"{}\")", which, subject);
+  return Say(
+      "{} is damaged, so that nobody can read what became of its recipients. Are you sure you want to forget it?",
+      named);
 }
 
 Sentence ForgetQuestion(const std::vector<DamagedMailing>& damaged) {

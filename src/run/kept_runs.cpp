@@ -174,6 +174,8 @@ Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing) {
   return {Failure::kNoInput, Say("No recipient of this run is in this state: {}.", names), WhatElseThereIs(mailing)};
 }
 
+std::string ShownSubject(std::string_view subject) { return platform::Printable(subject, kLongestShownSubject); }
+
 std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
   std::vector<Sentence> sentences;
   const bool goes_on = StandingOf(mailing) == MailingStanding::kGoesOn;
@@ -194,7 +196,7 @@ std::vector<Sentence> WhatIsLeft(const MailingEntry& mailing) {
 }
 
 Sentence ForgetQuestion(const MailingEntry& mailing) {
-  const std::string subject = platform::Printable(mailing.subject, kLongestShownSubject);
+  const std::string subject = ShownSubject(mailing.subject);
   Sentence which = StandingOf(mailing) == MailingStanding::kCanResume
                        ? Say("\"{}\" to {} can be resumed.", subject, mailing.group)
                        : Say("\"{}\" to {} is finished.", subject, mailing.group);
@@ -281,7 +283,7 @@ std::vector<Sentence> WhatStayed(const Forgotten& forgotten, std::size_t most_na
   std::vector<Sentence> sentences;
   const std::size_t named = std::min(most_named, forgotten.kept.size());
   for (const MailingEntry& mailing : std::span(forgotten.kept).first(named)) {
-    const std::string subject = platform::Printable(mailing.subject, kLongestShownSubject);
+    const std::string subject = ShownSubject(mailing.subject);
     sentences.push_back(StandingOf(mailing) == MailingStanding::kCanResume
                             ? Say("The run \"{}\" to {} was kept, for it can be resumed.", subject, mailing.group)
                             : Say("The run \"{}\" to {} was kept, for it goes on.", subject, mailing.group));

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/cancel.h"
@@ -46,6 +47,8 @@ RecipientChoice WhoIsLeft();
 std::optional<std::int64_t> KnownCount(const MailingEntry& mailing, const RecipientChoice& choice);
 // How many are chosen. Fails as the journal does.
 Result<std::int64_t> CountChosen(RunJournal& journal, const MailingEntry& mailing, const RecipientChoice& choice);
+// A subject as sentences name a run by it: on one line, and cut where it is long.
+std::string ShownSubject(std::string_view subject);
 // Whether a person means to forget it: which it is, and who never gets it then.
 Sentence ForgetQuestion(const MailingEntry& mailing);
 // That the mailing was forgotten, and what stays of it in this folder. `run`: as the person named it.

@@ -95,6 +95,12 @@ std::string SenderOf(RunJournal& journal, MailingId mailing) {
   return frozen ? std::string(platform::Trim(account::TextsOf(frozen->inputs.account).from)) : std::string();
 }
 
+// In percent, to one place; all and nobody only where it is all and nobody.
+double ShareOf(std::int64_t part, std::int64_t whole) {
+  const double share = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+  return part == 0 || part == whole ? share : std::clamp(share, 0.1, 99.9);
+}
+
 // One piece of a bar.
 std::string Piece(const char* kind, std::int64_t part, std::int64_t whole) {
   if (part == 0 || whole == 0) return "";
@@ -159,8 +165,7 @@ void Page::States() {
     Put(
         fmt::format("<tr><th scope=\"row\">{}<br><small>{}</small></th><td class=\"number\">{}</td><td "
                     "class=\"number\">{:.1f} %</td><td class=\"bar\"><div>{}</div></td></tr>\n",
-                    run::Name(state), MeaningOf(state), Number(count),
-                    100.0 * static_cast<double>(count) / static_cast<double>(mailing_.recipients),
+                    run::Name(state), MeaningOf(state), Number(count), ShareOf(count, mailing_.recipients),
                     Piece(ShownOf(FateOf(state)).colour, count, mailing_.recipients)));
   }
   Put("</table>\n");

@@ -204,7 +204,8 @@ Result<std::optional<Sentence>> PreparedRun::PaceInWords() {
   if (!words.empty()) said = Say("It goes on with this pace and these retries: {}.", platform::Printable(words, 500));
   if (const auto begin = BeginOfBefore()) {
     const Sentence waits =
-        Say("It begins at {}, as it was told before; --at none sends at once.", TimeText(*begin, place_.clock));
+        Say("It begins at {}, as it was told before; with \"none\" as its beginning it sends at once.",
+            TimeText(*begin, place_.clock));
     said = said ? Say("{} {}", *said, waits) : waits;
   }
   return said;
@@ -276,7 +277,11 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
                        .turns = &*turns,
                        .retries = pace->retries,
                        .slow_down = pace->slow_down};
-  return SendLetters(parts, std::move(*entry), listener);
+  RunSummary summary = SendLetters(parts, std::move(*entry), listener);
+  if (!Holds(going_on_->choice.states, ResultState::kUnknown)) {
+    summary.unknown_before = CountIn(going_on_->mailing.counts, SetOf({ResultState::kUnknown}));
+  }
+  return summary;
 }
 
 }  // namespace quillcast::run

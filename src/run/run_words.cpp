@@ -81,25 +81,31 @@ std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
              NumberValue(summary.not_tried), summary.first_left, summary.last);
 }
 
-std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary) {
-  if (summary.retries_left == 0) return {};
-  return SayOf(summary.retries_left,
-               "{} recipient was to be tried again and was not: what became of it stays as it is.",
-               "{} recipients were to be tried again and were not: what became of them stays as it is.");
-}
-
-std::optional<Sentence> NotTheirDoingIn(const RunSummary& summary) {
-  if (summary.not_their_doing == 0) return {};
-  return SayOf(
-      summary.not_their_doing,
-      "{} recipient got nothing by the fault of the account or of its server, and is sent to when the run is resumed.",
-      "{} recipients got nothing by the fault of the account or of its server, and are sent to when the run is "
-      "resumed.");
-}
-
-std::optional<Sentence> UnknownIn(const RunSummary& summary) {
-  if (summary.unknown == 0) return {};
-  return UnknownOnes(summary.unknown);
+std::vector<Sentence> LeftBy(const RunSummary& summary) {
+  std::vector<Sentence> sentences;
+  if (auto left = NotTriedIn(summary)) sentences.push_back(*std::move(left));
+  if (summary.retries_left > 0) {
+    sentences.push_back(
+        SayOf(summary.retries_left, "{} recipient was to be tried again and was not: what became of it stays as it is.",
+              "{} recipients were to be tried again and were not: what became of them stays as it is."));
+  }
+  if (summary.not_their_doing > 0) {
+    sentences.push_back(SayOf(summary.not_their_doing,
+                              "{} recipient got nothing by the fault of the account or of its server, and is sent to "
+                              "when the run is resumed.",
+                              "{} recipients got nothing by the fault of the account or of its server, and are sent to "
+                              "when the run is resumed."));
+  }
+  if (summary.unknown > 0) sentences.push_back(UnknownOnes(summary.unknown));
+  if (summary.unknown_before > 0) {
+    sentences.push_back(
+        SayOf(summary.unknown_before,
+              "{} recipient was unknown before this run and still is. It is not sent again unless you "
+              "ask for it.",
+              "{} recipients were unknown before this run and still are. They are not sent again unless "
+              "you ask for it."));
+  }
+  return sentences;
 }
 
 Sentence UnknownOnes(std::int64_t recipients) {

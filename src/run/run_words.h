@@ -30,14 +30,11 @@ std::string ReadableSubject(std::string subject);
 std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
-// Who was to be tried again and was not; nothing where nobody was.
-std::optional<Sentence> NotTriedAgainIn(const RunSummary& summary);
-// Who failed and could not help it; nothing where nobody did.
-std::optional<Sentence> NotTheirDoingIn(const RunSummary& summary);
-
-// Who may have got it, and that nobody knows; nothing where there is nobody.
+// Those, who was to be tried again and was not, who failed and could not help it, and who may have got it: a sentence
+// for each of which there is somebody.
+std::vector<Sentence> LeftBy(const RunSummary& summary);
+// That they may have got it, and nobody knows.
 Sentence UnknownOnes(std::int64_t recipients);
-std::optional<Sentence> UnknownIn(const RunSummary& summary);
 
 // Why the machine does not sleep (platform::Power::StayAwake).
 inline constexpr const char* kKeepsAwake = "Messages are being sent.";

@@ -84,8 +84,9 @@ struct RunSummary {
   bool cancelled = false;
   std::optional<Error> stopped = {};  // why the run ended before its last recipient, where it was not cancelled
   Delivery delivery = Delivery::kSent;
-  std::int64_t retries_left = 0;  // of those who failed: they were to be tried again when the run ended
-  std::int64_t unknown = 0;       // of those who failed: they may have got it
+  std::int64_t retries_left = 0;    // of those who failed: they were to be tried again when the run ended
+  std::int64_t unknown = 0;         // of those who failed: they may have got it
+  std::int64_t unknown_before = 0;  // of the mailing, where the run went on with it and was not for them
   // Of those who failed: by the fault of the account, or of the way to its server. Whoever goes on goes on with them.
   std::int64_t not_their_doing = 0;
   std::int64_t skipped = 0;  // outside the part of the list that the run was for

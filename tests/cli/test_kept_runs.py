@@ -272,7 +272,7 @@ class KeptRuns(Case):
             self.assertIn("has of this run is damaged.\nForget it", err)
         code, _, err = self.run_program("runs", "forget", 1)
         self.assertEqual(code, 77)
-        self.assertIn("Run #1 is damaged, so that nobody can read what became of its recipients.", err)
+        self.assertRegex(err, r'Run #1 \("Hi .*"\) is damaged, so that nobody can read what became of its recipients\.')
         self.assertEqual(self.ok("--yes", "runs", "forget", 1), "Run #1 was forgotten.\n")
         code, out, err = self.run_program("--yes", "--json", "history", "clear")
         self.assertEqual((code, json.loads(out)["damaged_runs"]), (0, 1), err)

@@ -100,7 +100,7 @@ class Pace(Case):
             with self.popen("--json", "runs", "resume", 1) as waits:
                 told = waits.stderr.readline().decode() + waits.stderr.readline().decode()
                 waits.kill()
-            self.assertIn("It goes on with this pace and these retries: Rate=1/day, QuotaHour=50, QuotaDay=70, Hours=8-20. It begins at 2099-12-24 18:00:00, as it was told before; --at none sends at once.", told)
+            self.assertIn("It goes on with this pace and these retries: Rate=1/day, QuotaHour=50, QuotaDay=70, Hours=8-20. It begins at 2099-12-24 18:00:00, as it was told before; with \"none\" as its beginning it sends at once.", told)
             self.assertIn("Waits until 2099-12-24 18:00:00.", told)
         with self.popen("--json", "runs", "resume", 1, "--at", "2001-01-01 00:00", "--hours", "none") as waits:
             told = ""

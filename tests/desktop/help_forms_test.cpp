@@ -185,7 +185,7 @@ class HelpFormsTest : public QObject {
     test::FormRig rig;
     HelpKey key(rig.folders);
     qApp->installEventFilter(&key);
-    RunPaceForm pace([] { return run::PaceTexts(); }, {}, {}, nullptr);
+    RunPaceForm pace([] { return run::PaceTexts(); }, {}, {}, rig.clock, nullptr);
     EmailManagerForm account(rig.program, nullptr);
     account.findChild<QTabWidget*>("AccountTabs")->setCurrentIndex(3);
     for (const auto& [form, begins] :

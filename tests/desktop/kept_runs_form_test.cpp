@@ -410,7 +410,7 @@ class KeptRunsFormTest : public QObject {
     auto* grid = form.findChild<RowList*>("KeptRunsGrid");
     QCOMPARE(grid->size(), std::size_t{2});
     QVERIFY2(LineOf(form, 0).contains("| Alpha | can be resumed"), qPrintable(LineOf(form, 0)));
-    QCOMPARE(LineOf(form, 1), QString("2 |  |  |  | damaged: it can only be forgotten"));
+    QCOMPARE(LineOf(form, 1), QString("2 |  | Hello | Beta | damaged: it can only be forgotten"));
     QCOMPARE(Status(form), QString("What the journal has of 1 run is damaged: #2. See the end of the list."));
     grid->Choose(1);
     QVERIFY2(Status(form).startsWith("What is kept of this run is damaged"), qPrintable(Status(form)));
@@ -529,7 +529,7 @@ class KeptRunsFormTest : public QObject {
     QString told;
     rig.prompts.meanwhile = [&] { told = Status(history); };
     Press(history, "ClearHistoryButton");
-    QVERIFY2(Status(history).startsWith("No run has been made yet"), "it is not cleared");
+    QVERIFY2(Status(history).startsWith("No report is kept here now"), "it is not cleared");
     QCOMPARE(rig.Shown(), QString("ask: Are you sure you want to delete your history?"));
     rig.prompts.answers = {platform::Answer::kYes};
     for (int more = 0; more < 4; ++more) QVERIFY(test::LeaveCutOff(rig.folders, "Readers"));

@@ -723,7 +723,8 @@ class ScreensTest : public QObject {
     send.findChild<QTabWidget*>()->setCurrentIndex(0);
     Take(send, "report");
 
-    RunPaceForm pace([] { return run::PaceTexts{.rate = "30/min"}; }, {.retries = "3"}, [](QWidget*) {}, nullptr);
+    RunPaceForm pace([] { return run::PaceTexts{.rate = "30/min"}; }, {.retries = "3"}, [](QWidget*) {}, rig.clock,
+                     nullptr);
     pace.findChild<QLineEdit*>("ConnectionsTextBox")->setText("many");
     pace.accept();
     Take(pace, "run-pace");

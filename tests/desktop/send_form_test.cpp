@@ -579,7 +579,10 @@ class SendFormTest : public QObject {
             Case{"ConnectionsTextBox", "51", "\"51\" is no number of connections. Write a whole number from 1 to 50."},
             Case{"NetworkWaitTextBox", "0",
                  "\"0\" is no time to wait. Write a number and s, min or h, up to a day, for example 90s, 5min or "
-                 "1h."}}) {
+                 "1h."},
+            Case{"BeginTextBox", "25:00",
+                 "There is no time \"25:00\". Write HH:MM for the next time that it is so late, or YYYY-MM-DD "
+                 "HH:MM."}}) {
         const QString before = line(c.field)->text();
         line(c.field)->setText(c.value);
         form.findChild<QPushButton*>("UseButton")->click();
@@ -597,16 +600,20 @@ class SendFormTest : public QObject {
     test::WhileOpen("RunPaceForm", [](QDialog& form) {
       form.findChild<QLineEdit*>("RateTextBox")->clear();
       form.findChild<QLineEdit*>("ConnectionsTextBox")->setText("2");
+      form.findChild<QLineEdit*>("BeginTextBox")->setText(" 2099-12-24 18:00");
       form.findChild<QPushButton*>("UseButton")->click();
     });
     scene.Press("PaceButton");
-    QCOMPARE(scene.Text("PaceLabel"), QString("Pace: 900 an hour, 2 connections (for this run alone)"));
+    QCOMPARE(scene.Text("PaceLabel"),
+             QString("Pace: 900 an hour, 2 connections, not before 2099-12-24 18:00:00 (for this run alone)"));
     // Whoever looks again finds what was chosen, and may take it back.
     test::WhileOpen("RunPaceForm", [](QDialog& form) {
       auto* rate = form.findChild<QLineEdit*>("RateTextBox");
       QCOMPARE(rate->text(), QString());
       QCOMPARE(test::Text(form, "ConnectionsTextBox"), QString("2"));
+      QCOMPARE(test::Text(form, "BeginTextBox"), QString("2099-12-24 18:00"));
       form.findChild<QLineEdit*>("ConnectionsTextBox")->clear();
+      form.findChild<QLineEdit*>("BeginTextBox")->clear();
       form.findChild<QPushButton*>("UseButton")->click();
     });
     scene.Press("PaceButton");

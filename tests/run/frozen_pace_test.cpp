@@ -59,6 +59,10 @@ TEST(FrozenPaceTest, TellsARunWhatDiffers) {
   const test::FakeClock clock;
   const auto text = FrozenPaceText({{.rate = "5/s", .slow_down = "1"}, account});
   EXPECT_EQ(OptionsIn(text, clock), (PaceTexts{.rate = "5/s", .slow_down = "1"}));
+  for (const auto& [ahead, at] :
+       {std::pair(std::chrono::hours(1), "2026-07-03 10:05"), std::pair(std::chrono::hours(-1), "")}) {
+    EXPECT_EQ(OptionsIn(FrozenPaceText({{}, account, clock.Now() + ahead}), clock), PaceTexts{.at = at});
+  }
   EXPECT_EQ(OptionsIn("damaged", clock), PaceTexts());
   EXPECT_EQ(OptionsIn("", clock), PaceTexts());
 }

@@ -89,6 +89,13 @@ TEST_F(PageOfMailing, CountsWhoIsUnknownOrWasNotTriedApart) {
       "were tried again from -- :: until it was cut off.");
 }
 
+TEST_F(PageOfMailing, SaysAllOrNobodyOnlyWhereItIsSo) {
+  const std::string text = AsRead(PageAfter("Hello", 10'000));
+  for (const char* share : {" | 1 | 0.1 % | ", " | 9,996 | 99.9 % | "}) {
+    EXPECT_NE(text.find(share), std::string::npos) << share << "\n" << text.substr(0, 1000);
+  }
+}
+
 // By state as parts of all, by reply and by domain as parts of the largest row; of nobody, and of all, no bar.
 TEST_F(PageOfMailing, DrawsBarsToOneMeasure) {
   const std::string page = PageAfter("Hello", 7);

@@ -126,6 +126,17 @@ TEST(RunSummary, IsSaidInWords) {
   }
 }
 
+// Those of its mailing whom a run was not for are told apart from its own.
+TEST(RunSummary, NamesWhoIsUnknownStill) {
+  std::string left;
+  for (const Sentence& sentence : LeftBy({.sent = 5, .failed = 1, .unknown = 1, .unknown_before = 4})) {
+    left += sentence.InEnglish() + "\n";
+  }
+  EXPECT_EQ(left, UnknownOnes(1).InEnglish() +
+                      "\n4 recipients were unknown before this run and still are. They are not sent again unless you "
+                      "ask for it.\n");
+}
+
 // A reply is a sentence of its own, whether or not its server ends it.
 TEST(Outcome, SaysItsReplyAndItsReasonAsSentences) {
   for (const auto& [text, said] : std::initializer_list<std::pair<const char*, const char*>>{

@@ -118,7 +118,7 @@ void HistoryManagerForm::Arrange() {
 }
 
 void HistoryManagerForm::SayHowMany() {
-  status_->Say(rows_.empty()    ? tr("No run has been made yet; each one is kept here.")
+  status_->Say(rows_.empty()    ? tr("No report is kept here now; each run adds its own.")
                : shown_.empty() ? tr("No run matches the filter.")
                                 : tr("%1 of %2 shown.").arg(shown_.size()).arg(rows_.size()));
 }

@@ -61,7 +61,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
       runs_(new KeptRunsList(program, this)),
       people_(new RowList(
           "PeopleGrid", tr("Recipients"),
-          {{tr("#"), 8, true}, {tr("Recipient"), 28}, {tr("State"), 27}, {tr("What the server said")}},
+          {{tr("#"), 8, true}, {tr("Recipient"), 42}, {tr("State"), 27}, {tr("What the server said")}},
           [this](std::size_t row, int column) { return TextOfOne(row, column); }, this)),
       states_(new QComboBox(this)),
       reply_(new FilterBox("ReplyTextBox", {}, tr("Any; or the beginnings of its codes: 452, 5.2.2"), this)),
@@ -82,7 +82,7 @@ KeptRunsForm::KeptRunsForm(const profile::Program& program, QWidget* parent)
   column->Add(people_, 3);
   column->AddGrid()->Add("GroupTextBox", tr("&Group to make of them:"), group_);
   column->Add(status_);
-  status_->setMinimumHeight(2 * fontMetrics().lineSpacing());  // so that nothing moves where it has two lines
+  status_->KeepRoom(2);
   MakeButtons(column);
   connect(runs_, &KeptRunsList::ChosenChanged, this, &KeptRunsForm::MeetMailing);
   connect(runs_, &KeptRunsList::ChosenChanged, this, &KeptRunsForm::EnableButtons);
@@ -134,6 +134,11 @@ void KeptRunsForm::Fill() {
   if (!damaged.empty() && !runs_->Damaged()) {
     status_->Say(tr("%1 See the end of the list.").arg(InWords(run::WhatIsDamaged(damaged))));
   }
+}
+
+void KeptRunsForm::Choose(run::RunId run) {
+  runs_->ChooseRun(run);
+  if (send_->isEnabled()) send_->setFocus();  // Enter goes on with it
 }
 
 void KeptRunsForm::ChooseReport(std::string_view history) {
@@ -220,6 +225,7 @@ void KeptRunsForm::EnableButtons() {
                                                      : tr("Nobody is in this state with this reply."));
   ListThem();
   const bool has_any = is_free && count_ > 0;
+  send_->setText(choice_.states == run::WhoIsLeft().states ? tr("Go on with The&se…") : tr("&Send to These…"));
   send_->setEnabled(has_any && Kind() && !is_sent_now);
   list_->setEnabled(has_any);
   make_group_->setEnabled(has_any && !group_->text().trimmed().isEmpty());
@@ -237,10 +243,13 @@ void KeptRunsForm::EnableButtons() {
   // Of those who are left it is told below how many there are, and why; that there is nobody stands in the list.
   const bool is_told_below = choice_ == run::WhoIsLeft() && !is_sent_now;
   if (count_ > 0 && !is_told_below) {
-    sentences << (choice_.replies.empty()
-                      ? Counted(count_, tr("1 recipient is in this state."), tr("%1 recipients are in this state."))
-                      : Counted(count_, tr("1 recipient is in this state with this reply."),
-                                tr("%1 recipients are in this state with this reply.")));
+    sentences << (choice_.replies.empty() ? choice_.states.count() == 1
+                                                ? Counted(count_, tr("1 recipient is in this state."),
+                                                          tr("%1 recipients are in this state."))
+                                                : Counted(count_, tr("1 recipient is in one of these states."),
+                                                          tr("%1 recipients are in one of these states."))
+                                          : Counted(count_, tr("1 recipient is in this state with this reply."),
+                                                    tr("%1 recipients are in this state with this reply.")));
   }
   const auto is_sent = run::SetOf({ResultState::kSent});
   const bool has_any_to_send_to = count_ > 0 && run::CountIn(mailing->counts, choice_.states & ~is_sent) > 0;

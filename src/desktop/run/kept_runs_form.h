@@ -30,7 +30,7 @@ class KeptRunsForm final : public QDialog {
   KeptRunsForm(const profile::Program& program, QWidget* parent);
 
   // The mailing of this run; where there is none any more, the newest stays chosen.
-  void Choose(run::RunId run) { runs_->ChooseRun(run); }
+  void Choose(run::RunId run);
   // That run itself, by the base name of its files in the history; with none, the newest stays chosen.
   void ChooseReport(std::string_view history);
 

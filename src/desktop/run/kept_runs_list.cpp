@@ -184,8 +184,18 @@ QString KeptRunsList::TextOf(std::size_t row, int column) const {
 }
 
 QString KeptRunsList::TextOf(const run::DamagedMailing& damaged, int column) {
-  if (column == kNumber) return damaged.run == 0 ? QString("?") : QString::number(damaged.run);
-  return column == kStanding ? tr("damaged: it can only be forgotten") : QString();
+  switch (column) {
+    case kNumber:
+      return damaged.run == 0 ? QString("?") : QString::number(damaged.run);
+    case kWhat:
+      return ToQt(platform::Printable(damaged.subject, kLongestSubject));
+    case kGroup:
+      return ToQt(platform::Printable(damaged.group, kLongestSubject));
+    case kStanding:
+      return tr("damaged: it can only be forgotten");
+    default:
+      return {};
+  }
 }
 
 // Where others went on with it, how its first run stands is not how it does.

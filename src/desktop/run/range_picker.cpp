@@ -41,6 +41,7 @@ RangePicker::RangePicker(std::int64_t recipients, EndsOf ends_of, QWidget* paren
   // A number counts once it is typed to its end: on the way it may lie below the first.
   for (QSpinBox* box : {first_, last_}) box->setKeyboardTracking(false);
   whom_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  whom_->KeepRoom(1);
   whom_->setMinimumWidth(1);  // a long address makes no dialog wider
   pause_->setSingleShot(true);
   pause_->setInterval(kPause);

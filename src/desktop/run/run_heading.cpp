@@ -96,7 +96,11 @@ QString RunHeading::PaceText() const {
   run.Ask(run::Or(pace_, told_));
   const auto pace = run.Pace();
   if (!pace) return {};
-  const QString words = InWords(run::WordsOf(*pace)).join(", ");
+  QStringList rules = InWords(run::WordsOf(*pace));
+  if (pace->rules.begin > program_.clock.Now()) {
+    rules << tr("not before %1").arg(ToQt(run::TimeText(*pace->rules.begin, program_.clock)));
+  }
+  const QString words = rules.join(", ");
   if (pace_ != run::PaceTexts()) {
     return tr("Pace: %1 (for this run alone)").arg(words.isEmpty() ? tr("as fast as it goes") : words);
   }
@@ -112,7 +116,7 @@ void RunHeading::ChoosePace() {
     if (!account) return account.error();
     return run::Or(told_, account::PaceTextsOf(*account));
   };
-  RunPaceForm form(otherwise, pace_, change_account, window());
+  RunPaceForm form(otherwise, pace_, change_account, program_.clock, window());
   if (form.exec() == QDialog::Accepted) pace_ = form.chosen();
   TakeChange();
   ShowPace();

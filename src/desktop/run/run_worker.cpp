@@ -171,6 +171,7 @@ void RunWorker::Progress(std::int64_t, std::int64_t total, std::uint64_t sent, s
   const std::lock_guard lock(mutex_);
   progress_.TotalIs(total);
   progress_.GoesOut();
+  if (size == 0) return;  // the oldest on its way stays the current one until another is
   news_.sent_octets = sent;
   news_.message_octets = size;
 }

@@ -38,10 +38,7 @@ constexpr int kMostNotes = 4;
 
 QString SummaryText(const run::RunSummary& summary) {
   QStringList sentences(InWords(run::CountsOf(summary)));
-  if (const auto left = run::NotTriedIn(summary)) sentences << InWords(*left);
-  if (const auto left = run::NotTriedAgainIn(summary)) sentences << InWords(*left);
-  if (const auto left = run::NotTheirDoingIn(summary)) sentences << InWords(*left);
-  if (const auto unknown = run::UnknownIn(summary)) sentences << InWords(*unknown);
+  for (const Sentence& left : run::LeftBy(summary)) sentences << InWords(left);
   if (summary.stopped) sentences << InWords(*summary.stopped);
   return sentences.join(' ');
 }
@@ -322,13 +319,13 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
   }
   const bool all_got_it = summary->everybody_got_it();
   QString told = SummaryText(*summary);
-  if (summary->run != 0 && summary->not_tried + summary->failed > 0) {
+  if (summary->run != 0 && summary->not_tried + summary->failed + summary->unknown_before > 0) {
     OfferRuns(summary->run);
     const bool is_somebody_left = summary->not_tried + summary->retries_left + summary->not_their_doing > 0;
     told += ' ' + (is_somebody_left ? tr("Runs… goes on with those who are left, here or later from the history.")
                                     : tr("Runs… sends to some of these again, here or later from the history."));
   }
-  Say(told, all_got_it ? NoteKind::kInformation : NoteKind::kWarning);
+  Say(told, all_got_it && summary->unknown_before == 0 ? NoteKind::kInformation : NoteKind::kWarning);
   if (summary->reached_its_end() && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);
   if (!all_got_it) {
     tabs_->setCurrentWidget(results_view_);

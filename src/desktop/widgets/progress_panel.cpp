@@ -26,6 +26,7 @@ ProgressPanel::ProgressPanel(const char* button, const QString& text, QWidget* p
   button_->setObjectName(button);
   button_->setMinimumWidth(kNarrowest);
   bars_->setColumnStretch(1, 1);
+  rate_->KeepRoom(2);
   below_->addWidget(rate_, 1);
   below_->addWidget(button_);
   auto* column = new QVBoxLayout(this);

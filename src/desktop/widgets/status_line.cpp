@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QEvent>
 #include <QLayout>
+#include <algorithm>
 
 #include "desktop/widgets/breakable.h"
 #include "desktop/widgets/qt_text.h"
@@ -24,7 +25,13 @@ void StatusLine::Say(const QString& sentence, NoteKind kind) {
   kind_ = kind;
   setText(Breakable(sentence, kLongestWord));
   TakeColour();
+  if (keeps_room_ && isVisible()) setMinimumHeight(std::max(minimumHeight(), heightForWidth(width())));
   MakeRoom();
+}
+
+void StatusLine::KeepRoom(int lines) {
+  keeps_room_ = true;
+  setMinimumHeight(lines * fontMetrics().lineSpacing());
 }
 
 // A window is laid out again within its height, and its least height knows nothing of lines that wrap.

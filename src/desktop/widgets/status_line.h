@@ -17,6 +17,9 @@ class StatusLine final : public QLabel {
   void Say(const QString& sentence, NoteKind kind = NoteKind::kInformation);
   // What went wrong and the remedy.
   void Fail(const Error& error);
+  // From then on it never gets lower than this many lines, nor than it once was: what is said often, in texts of
+  // different lengths, moves nothing back and forth.
+  void KeepRoom(int lines);
 
  protected:
   void changeEvent(QEvent* event) override;
@@ -26,6 +29,7 @@ class StatusLine final : public QLabel {
   void MakeRoom();
 
   NoteKind kind_ = NoteKind::kInformation;
+  bool keeps_room_ = false;
 };
 
 }  // namespace quillcast::desktop

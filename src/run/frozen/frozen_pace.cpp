@@ -51,8 +51,10 @@ Result<std::optional<FrozenPace>> ReadFrozenPace(std::string_view text, const pl
 }
 
 PaceTexts OptionsIn(std::string_view text, const platform::Clock& clock) {
-  const auto frozen = IgnoreErrors(ReadFrozenPace(text, clock), std::nullopt);
-  return frozen ? frozen->options : PaceTexts();
+  auto frozen = IgnoreErrors(ReadFrozenPace(text, clock), std::nullopt);
+  if (!frozen) return {};
+  if (frozen->begin && *frozen->begin > clock.Now()) frozen->options.at = MomentAsWritten(*frozen->begin, clock);
+  return std::move(frozen->options);
 }
 
 std::vector<std::string> ChangedSince(const PaceTexts& then, const PaceTexts& options, const PaceTexts& account) {

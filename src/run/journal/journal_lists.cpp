@@ -112,12 +112,16 @@ class RowReader {
   JournalRow row_;
 };
 
-Result<RunId> FirstRunOf(platform::Database& database, MailingId mailing) {
-  auto statement = database.Prepare("SELECT min(id) FROM runs WHERE mailing = ?");
+// What can still be told of one that cannot be read.
+Result<DamagedMailing> DamagedOne(platform::Database& database, MailingId mailing) {
+  auto statement = database.Prepare(
+      "SELECT (SELECT min(id) FROM runs WHERE mailing = ?1), subject, people FROM mailings WHERE id = ?1");
   if (!statement) return statement.error();
   if (auto bound = statement->Bind(1, mailing); !bound) return bound.error();
   const auto row = statement->Step();
-  return row ? Result<RunId>(statement->Int(0)) : row.error();
+  if (!row) return row.error();
+  if (!*row) return DamagedMailing{mailing};
+  return DamagedMailing{mailing, statement->Int(0), std::string(statement->Text(1)), std::string(statement->Text(2))};
 }
 
 // One that is damaged stops no other.
@@ -136,9 +140,9 @@ Result<JournalList> ListMailings(platform::Database& database, const JournalPlac
       continue;
     }
     if (entry.error().failure != Failure::kBadData) return entry.error();
-    const auto first = FirstRunOf(database, mailing);
-    if (!first) return first.error();
-    listed.damaged.push_back({mailing, *first});
+    auto damaged = DamagedOne(database, mailing);
+    if (!damaged) return damaged.error();
+    listed.damaged.push_back(*std::move(damaged));
   }
   return listed;
 }

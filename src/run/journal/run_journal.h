@@ -68,7 +68,9 @@ struct MailingEntry {
 // One that cannot be read: it can be forgotten, and that alone.
 struct DamagedMailing {
   MailingId id = 0;
-  RunId run = 0;  // its first; 0 where that is lost
+  RunId run = 0;             // its first; 0 where that is lost
+  std::string subject = {};  // what of it can still be read; empty where nothing can
+  std::string group = {};
 
   bool operator==(const DamagedMailing&) const = default;
 };

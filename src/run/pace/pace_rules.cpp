@@ -1,5 +1,7 @@
 #include "run/pace/pace_rules.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -154,6 +156,12 @@ Result<std::optional<PauseAfter>> ReadPause(std::string_view text) {
 Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock) {
   return OrNone(text, MomentOf(platform::Trim(text), clock), "There is no time \"{}\".",
                 "Write HH:MM for the next time that it is so late, or YYYY-MM-DD HH:MM.");
+}
+
+std::string MomentAsWritten(Moment moment, const platform::Clock& clock) {
+  const std::tm local = clock.Local(std::chrono::floor<std::chrono::seconds>(moment));
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                     local.tm_hour, local.tm_min);
 }
 
 std::chrono::seconds RetryRules::DelayAfter(int tries) const {

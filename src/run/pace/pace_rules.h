@@ -82,6 +82,8 @@ Result<std::optional<std::chrono::seconds>> ReadDuration(std::string_view text);
 Result<std::optional<bool>> ReadSwitch(std::string_view text);                                      // "yes", "0"
 // A time of the day, which is the next such, or "YYYY-MM-DD HH:MM", which may be over. Local time.
 Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::Clock& clock);
+// Such a text of that minute, the day in it.
+std::string MomentAsWritten(Moment moment, const platform::Clock& clock);
 
 // As a person writes them, in settings and options. Each may be "none", too, which is what an empty one is to ReadPace.
 struct PaceTexts {

@@ -238,7 +238,8 @@ TEST_F(FaultsTest, NumbersThatCannotBeAreDamage) {
     ASSERT_FALSE(found) << sql;
     EXPECT_EQ(found.error().failure, Failure::kBadData) << sql;
     const DamagedMailing damaged = Take(journal->List()).damaged.front();
-    EXPECT_EQ(damaged, (DamagedMailing{1, std::string(sql) == "DELETE FROM runs" ? 0 : 1})) << sql;
+    const RunId first = std::string(sql) == "DELETE FROM runs" ? 0 : 1;
+    EXPECT_EQ(damaged, (DamagedMailing{1, first, "Subject", "Group"})) << sql;
     Take(BeginWith(*journal, 2)->End());
     EXPECT_EQ(Take(journal->List()).mailings.size(), 1U) << "the others are listed";
     Take(journal->Forget(1));
