@@ -37,6 +37,6 @@ function(quillcast_gui_test name)
   target_link_libraries(test_gui_${name} PRIVATE ${ARG_USES} Qt6::Test)
   quillcast_test_build(test_gui_${name})
   add_test(NAME gui_${name} COMMAND test_gui_${name} -nocrashhandler)
-  set_tests_properties(gui_${name} PROPERTIES TIMEOUT 180 RESOURCE_LOCK clipboard ENVIRONMENT
+  set_tests_properties(gui_${name} PROPERTIES TIMEOUT ${QUILLCAST_HANGS_AFTER} RESOURCE_LOCK clipboard ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen;QTWEBENGINE_CHROMIUM_FLAGS=--no-sandbox --disable-gpu;LC_ALL=C.UTF-8;QT_LOGGING_RULES=js=false")
 endfunction()

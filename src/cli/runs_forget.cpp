@@ -15,28 +15,17 @@ struct ForgetOptions {
   bool damaged = false;
 };
 
-// One that another program has in hand keeps no other: it stays, and is told at the end.
-Result<int> ForgetAll(Context& context, run::RunJournal& journal, const std::vector<run::DamagedMailing>& damaged) {
-  std::int64_t forgotten = 0;
-  std::optional<Error> in_hand;
-  for (const run::DamagedMailing& mailing : damaged) {
-    const auto gone = journal.Forget(mailing.id);
-    gone ? void(++forgotten) : void(in_hand = gone.error());
-  }
-  if (forgotten > 0 || !in_hand) {
-    context.output.Line(damaged.empty() ? "No run is damaged." : run::DamagedAreForgotten(forgotten).InEnglish());
-  }
-  context.output.Object({{"forgotten", forgotten}});
-  return in_hand ? Result<int>(*in_hand) : 0;
-}
-
 Result<int> ForgetAllDamaged(Context& context, run::RunJournal& journal) {
   const auto damaged = run::FindDamaged(journal);
   if (!damaged) return damaged.error();
   if (!damaged->empty()) {
     if (const auto asked = AskFirst(context, run::ForgetQuestion(*damaged)); !asked) return asked.error();
   }
-  return ForgetAll(context, journal, *damaged);
+  const auto all = run::ForgetDamaged(journal, *damaged);
+  if (all.forgotten > 0) context.output.Line(run::DamagedAreForgotten(all.forgotten).InEnglish());
+  if (damaged->empty()) context.output.Line("No run is damaged.");
+  context.output.Object({{"forgotten", all.forgotten}});
+  return all.stays ? Result<int>(*all.stays) : 0;
 }
 
 Result<int> ForgetDamagedOne(Context& context, run::RunJournal& journal, std::int64_t run) {

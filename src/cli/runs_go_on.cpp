@@ -66,7 +66,7 @@ int RunResume(Context& context, const GoOnOptions& options) {
   if (!retries) return context.output.Fail(retries.error());
   run::RecipientChoice choice = run::WhoIsLeft();
   choice.tried_again = options.pace.texts.retries.empty();
-  if (retries->value_or(0) > 0) choice.states |= run::SetOf({ResultState::kDeferred, ResultState::kFailed});
+  if (retries->value_or(0) > 0) choice.states |= run::WhoMayBeReached();
   if (options.include_unknown) choice.states |= run::SetOf({ResultState::kUnknown});
   return GoOn(context, run::RunKind::kResume, choice, options);
 }
@@ -77,8 +77,7 @@ int RunRetry(Context& context, const GoOnOptions& options) {
   if (whom.states.empty()) whom.states = whom.replies.empty() ? "deferred,failed" : "deferred,refused";
   const auto choice = ChoiceFrom(whom);
   if (!choice) return context.output.Fail(choice.error());
-  const auto may_be = run::SetOf({ResultState::kDeferred, ResultState::kRefused, ResultState::kFailed});
-  if (choice->skipped || (choice->rows.states & ~may_be).any()) {
+  if (choice->skipped || (choice->rows.states & ~run::WhoDidNotGetIt()).any()) {
     return context.output.Fail({Failure::kUsage, "Only deferred, refused and failed recipients can be tried again.",
                                 "quillcast runs resume goes on with those not tried, and has --include-unknown."});
   }

@@ -116,8 +116,8 @@ void AddTakeOutCommands(CLI::App& runs, Context& context) {
   list->add_option("--to-group", options->group, "Into a new group of this name")->type_name("NAME");
   list->footer(
       "The file has a line of headings and commas, and values in quotes where they need it (RFC 4180).\n"
-      "Example:\n  quillcast runs export 12 --state \"refused,not tried\" --to left.csv\n  quillcast import left.csv "
-      "--group Left --header --rfc4180 --opt-in");
+      "Example:\n  quillcast runs export 12 --state \"refused,not tried\" --to left.csv\n  quillcast group new Left\n  "
+      "quillcast import left.csv --group Left --header --rfc4180 --opt-in");
   OnRun(*list, context, [options](Context& c) { return RunExport(c, *options); });
 
   auto* report = runs.add_subcommand("report", "A page with charts, to hand to whoever ordered the mailing");

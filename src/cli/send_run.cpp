@@ -152,8 +152,13 @@ int TellSummary(Context& context, const profile::Folders& folders, const run::Ru
   context.output.Line(run::CountsOf(summary).InEnglish());
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
   for (const Sentence& left : run::LeftBy(summary)) context.output.Note(left.InEnglish());
-  if (summary.run != 0 && summary.not_tried + summary.retries_left + summary.not_their_doing > 0) {
+  if (summary.run != 0 && summary.left() > 0) {
     context.output.Note(fmt::format("quillcast runs resume {} goes on with those who are left.", summary.run));
+  }
+  if (summary.is_retry && summary.not_tried > 0) {
+    context.output.Note(fmt::format(
+        "They stay what the run before left them: quillcast runs retry {}, with the same --state and --reply, goes on.",
+        summary.run));
   }
   if (summary.stopped) return context.output.Fail(*summary.stopped);
   if (!summary.reached_its_end()) return ExitCode(Failure::kTryAgain);

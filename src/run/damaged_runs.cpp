@@ -47,6 +47,20 @@ Result<std::vector<DamagedMailing>> FindDamaged(RunJournal& journal) {
   return std::move(kept->damaged);
 }
 
+ForgottenDamaged ForgetDamaged(RunJournal& journal, const std::vector<DamagedMailing>& damaged) {
+  ForgottenDamaged all;
+  for (const DamagedMailing& mailing : damaged) {
+    const auto gone = journal.Forget(mailing.id);
+    if (gone) {
+      ++all.forgotten;
+      continue;
+    }
+    all.stays = gone.error();
+    if (gone.error().failure != Failure::kTryAgain) break;
+  }
+  return all;
+}
+
 Sentence ForgetQuestion(const DamagedMailing& damaged) {
   const Sentence which = damaged.run == 0 ? Sentence("This run") : Say("Run #{}", damaged.run);
   const std::string subject = ShownSubject(damaged.subject);

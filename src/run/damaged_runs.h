@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/result.h"
@@ -17,6 +18,12 @@ Result<void> CheckIsWhole(const JournalList& kept);
 // All of them, those among them that the list counts and of whom a row, a state or a word is damaged: each that does
 // not go on is read to its end.
 Result<std::vector<DamagedMailing>> FindDamaged(RunJournal& journal);
+struct ForgottenDamaged {
+  std::int64_t forgotten = 0;
+  std::optional<Error> stays;  // why not all of them
+};
+// What another program has in hand keeps no other; any other failure ends it.
+ForgottenDamaged ForgetDamaged(RunJournal& journal, const std::vector<DamagedMailing>& damaged);
 // Whether a person means to forget it, or all of them.
 Sentence ForgetQuestion(const DamagedMailing& damaged);
 Sentence ForgetQuestion(const std::vector<DamagedMailing>& damaged);

@@ -154,7 +154,7 @@ std::optional<std::int64_t> KnownCount(const MailingEntry& mailing, const Recipi
   const std::int64_t count = CountIn(mailing.counts, choice.states);
   if (!choice.tried_again) return count;
   // They are all of these states, so that either all of them are counted or none.
-  const StateSet apart = choice.states & SetOf({ResultState::kDeferred, ResultState::kFailed, ResultState::kRefused});
+  const StateSet apart = choice.states & WhoDidNotGetIt();
   return apart.none() ? std::optional(count + mailing.tried_again) : std::nullopt;
 }
 
@@ -171,7 +171,9 @@ Error NobodyOf(const RecipientChoice& choice, const MailingEntry& mailing) {
                 fmt::format("{}", fmt::join(choice.replies, ", "))),
             "quillcast runs show has the reply to each."};
   }
-  return {Failure::kNoInput, Say("No recipient of this run is in this state: {}.", names), WhatElseThereIs(mailing)};
+  const Sentence nobody = AreSeveral(choice) ? Say("No recipient of this run is in one of these states: {}.", names)
+                                             : Say("No recipient of this run is in this state: {}.", names);
+  return {Failure::kNoInput, nobody, WhatElseThereIs(mailing)};
 }
 
 std::string ShownSubject(std::string_view subject) { return platform::Printable(subject, kLongestShownSubject); }

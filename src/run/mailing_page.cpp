@@ -70,7 +70,7 @@ struct Named {
 };
 const std::array<Named, 3>& AllNamed() {
   static const std::array<Named, 3> named = {
-      {{"Who did not get it", SetOf({ResultState::kRefused, ResultState::kDeferred, ResultState::kFailed})},
+      {{"Who did not get it", WhoDidNotGetIt()},
        {"Who may have got it", SetOf({ResultState::kUnknown, ResultState::kInFlight})},
        {"Who was not tried", SetOf({ResultState::kNotTried})}}};
   return named;
@@ -84,6 +84,7 @@ std::string Number(std::int64_t number) { return platform::WithThousands(number)
 
 std::string SpanOf(const RunEntry& run, const platform::Clock& clock) {
   const std::string began = MomentText(run.began, clock);
+  if (run.ended && *run.ended == run.began) return "at " + began;
   if (run.ended) return fmt::format("from {} to {}", began, MomentText(*run.ended, clock));
   return run.standing == RunStanding::kGoesOn ? fmt::format("since {}, and it goes on", began)
                                               : fmt::format("from {} until it was cut off", began);

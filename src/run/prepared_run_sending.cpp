@@ -86,7 +86,7 @@ Result<std::vector<Sentence>> PreparedRun::WhatChangedSince() {
   const auto group =
       LookAtGroup(*going_on_->journal, going_on_->mailing, going_on_->frozen.inputs, place_.Recipients());
   if (!group) return group.error();
-  auto changes = WhatChanged(going_on_->frozen, {nullptr, *account, *std::move(format), *group});
+  auto changes = WhatChanged(going_on_->frozen, {*account, *std::move(format), *group});
   if (going_on_->began_at) {
     const auto names = ChangedSince(*going_on_->began_at, PaceOptions(), account::PaceTextsOf(*account));
     if (!names.empty()) {
@@ -278,6 +278,7 @@ Result<RunSummary> PreparedRun::RunOn(Carrier& carrier, RunListener& listener) {
                        .retries = pace->retries,
                        .slow_down = pace->slow_down};
   RunSummary summary = SendLetters(parts, std::move(*entry), listener);
+  summary.is_retry = going_on_->kind == RunKind::kRetry;
   if (!Holds(going_on_->choice.states, ResultState::kUnknown)) {
     summary.unknown_before = CountIn(going_on_->mailing.counts, SetOf({ResultState::kUnknown}));
   }

@@ -30,8 +30,8 @@ std::string ReadableSubject(std::string subject);
 std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
-// Those, who was to be tried again and was not, who failed and could not help it, and who may have got it: a sentence
-// for each of which there is somebody.
+// Those, who was to be tried again and was not, who failed and could not help it, and who may have got it, by this run
+// or by one before: a sentence for each of which there is somebody.
 std::vector<Sentence> LeftBy(const RunSummary& summary);
 // That they may have got it, and nobody knows.
 Sentence UnknownOnes(std::int64_t recipients);

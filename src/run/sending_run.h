@@ -90,7 +90,10 @@ struct RunSummary {
   // Of those who failed: by the fault of the account, or of the way to its server. Whoever goes on goes on with them.
   std::int64_t not_their_doing = 0;
   std::int64_t skipped = 0;  // outside the part of the list that the run was for
+  bool is_retry = false;     // whom it did not come to stays what the run before left
 
+  // Whom a resume goes on with.
+  std::int64_t left() const { return (is_retry ? 0 : not_tried) + retries_left + not_their_doing; }
   // Nobody is left, whatever became of each.
   bool reached_its_end() const { return !stopped && !cancelled && not_tried == 0 && retries_left == 0; }
   bool everybody_got_it() const { return reached_its_end() && failed == 0; }

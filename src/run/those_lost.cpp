@@ -31,14 +31,12 @@ bool ThoseLost::MayBeTheirDoing() const {
   return in_a_row() <= kMostOfTheirOwn && std::ranges::none_of(in_a_row_, &Lost::has_no_way);
 }
 
-std::int64_t ThoseLost::Fail(std::int64_t count) {
-  std::int64_t left = 0;
+void ThoseLost::Fail(std::int64_t count) {
   for (; !in_a_row_.empty() && count_ - in_a_row() < count; in_a_row_.pop_front()) {
     const Lost& whom = in_a_row_.front();
-    if (whom.is_not_theirs) ++left;
+    if (whom.is_not_theirs) ++left_;
     if (!whom.is_not_theirs && !whom.in_doubt) run_.IsTriedAgain(whom.position, 0);
   }
-  return left;
 }
 
 void ThoseLost::FailThoseLostTwice() {
@@ -49,10 +47,9 @@ void ThoseLost::FailThoseLostTwice() {
   std::erase_if(in_a_row_, is_lost_twice);
 }
 
-std::int64_t ThoseLost::Leave() {
-  const std::int64_t left = in_a_row() - std::ranges::count_if(in_a_row_, &Lost::in_doubt);
+void ThoseLost::Leave() {
+  left_ += in_a_row() - std::ranges::count_if(in_a_row_, &Lost::in_doubt);
   in_a_row_.clear();
-  return left;
 }
 
 }  // namespace quillcast::run

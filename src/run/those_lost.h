@@ -34,13 +34,14 @@ class ThoseLost {
   // Whether a server may have hung up for something of each, in a row: they are few, and it was there for all of them.
   bool MayBeTheirDoing() const;
 
-  // The first so many of all that were lost have failed, where they are not settled yet. Returns how many of them are
-  // to be tried again all the same.
-  std::int64_t Fail(std::int64_t count);
+  // The first so many of all that were lost have failed, where they are not settled yet.
+  void Fail(std::int64_t count);
   // At whom a server that was there hung up, when they were asked a second time: that is theirs.
   void FailThoseLostTwice();
-  // They stay as they are. Returns how many are to be tried again.
-  std::int64_t Leave();
+  // They stay as they are.
+  void Leave();
+  // How many of those who are settled are to be tried again all the same: it was not their doing.
+  std::int64_t left() const { return left_; }
 
  private:
   struct Lost {
@@ -55,6 +56,7 @@ class ThoseLost {
   JournalledRun& run_;
   std::deque<Lost> in_a_row_;
   std::int64_t count_ = 0;
+  std::int64_t left_ = 0;
 };
 
 }  // namespace quillcast::run

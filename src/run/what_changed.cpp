@@ -13,7 +13,6 @@ namespace {
 
 using account::AccountKey;
 using account::AccountSettings;
-using document::MessageDocument;
 
 constexpr std::size_t kMostListed = 20;
 
@@ -48,6 +47,10 @@ std::vector<Sentence> ChangesOfFiles(const KeptFiles& kept) {
     const std::string name = platform::Printable(file, 300);
     changes.emplace_back((now == Now::kOther ? other : gone).text(), std::vector<Sentence>{name});
   };
+  for (const auto& source : kept.files().sources) {
+    look(source.file, source.content, "Since then the letter's file {} has changed.",
+         "Since then the letter's file {} has gone, or may no longer be read.");
+  }
   for (const auto& attachment : kept.files().attachments) {
     look(attachment.file, attachment.content, "Since then the attachment {} has changed.",
          "Since then the attachment {} has gone, or may no longer be read.");
@@ -62,19 +65,6 @@ std::vector<Sentence> ChangesOfFiles(const KeptFiles& kept) {
   changes.resize(kMostListed);
   changes.push_back(SayOf(more, "And {} more file has changed or gone.", "And {} more files have changed or gone."));
   return changes;
-}
-
-void AddChangesOfDocument(const MessageDocument& then, const MessageDocument& now, std::vector<Sentence>& changes) {
-  if (then.subject != now.subject) changes.emplace_back("Since then the subject of the document has changed.");
-  if (then.html != now.html || then.text != now.text || then.format != now.format) {
-    changes.emplace_back("Since then the text of the document has changed.");
-  }
-  if (then.priority != now.priority || then.read_receipt != now.read_receipt) {
-    changes.emplace_back("Since then the priority of the document or its wish for a receipt has changed.");
-  }
-  if (then.attachments != now.attachments) {
-    changes.emplace_back("Since then the document has other attachments.");
-  }
 }
 
 // "1 address was taken out or corrected, 2 were added"
@@ -154,7 +144,6 @@ void AddChangesOfAccount(const MailingInputs& then, const PresentInputs& present
 
 std::vector<Sentence> WhatChanged(const ThawedInputs& frozen, const PresentInputs& present) {
   std::vector<Sentence> changes{"The letter goes out as it was when the run began."};
-  if (present.document != nullptr) AddChangesOfDocument(frozen.inputs.document, *present.document, changes);
   for (auto& change : ChangesOfFiles(frozen.files)) changes.push_back(std::move(change));
   AddChangesOfGroup(frozen.inputs, present.group, changes);
   AddChangesOfAccount(frozen.inputs, present, changes);

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "account/account_settings.h"
-#include "document/message_document.h"
 #include "platform/sentence.h"
 #include "run/frozen/frozen_inputs.h"
 #include "run/present_group.h"
@@ -14,7 +13,6 @@
 namespace quillcast::run {
 
 struct PresentInputs {
-  const document::MessageDocument* document = nullptr;  // the one at hand, where it is the run's
   const account::AccountSettings& account;
   std::string body_format;
   std::optional<PresentGroup> group;  // nothing where there is none any more

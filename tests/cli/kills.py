@@ -5,6 +5,7 @@ nobody is written to twice, and who is unknown was under way: how many those may
                                       eight connections, and every second six with silence before each kill; one
                                       of four with a server that answers twice, which is waited for from then on
 """
+import contextlib
 import io
 import json
 import os
@@ -74,6 +75,7 @@ class FaultyServer:
 
     def __init__(self, chance, way, twice):
         self.chance, self.way, self.twice = chance, way, twice
+        self.faults = []          # of its own
         self.taken = Counter()    # by recipient: whole messages that it answered for
         self.in_doubt = 0         # messages at most that its faults left without a certain answer
         self.victim = None        # the process to be killed
@@ -121,8 +123,10 @@ class FaultyServer:
                 self.has_hung_up = True
                 # What it is still sending is seen by nobody, and answers that it has not come to go under with the rest.
                 self.doubt(max(1 + rest.count(b"\r\n.\r\n") + rest.count(b"BDAT "), self.most_in_flight(connection)))
-            except (OSError, ConnectionError):
+            except OSError:
                 pass
+            except Exception as fault:  # of this server
+                self.faults.append(repr(fault))
             with self.speaking:
                 self.open.discard(connection)
             self.doubt(connection.in_doubt())
@@ -161,7 +165,14 @@ class FaultyServer:
         while now != before and time.monotonic() < deadline:
             before = now
             time.sleep(SILENCE)
-            now = sorted((file.name, file.stat().st_mtime_ns, file.stat().st_size) for file in self.data.glob("runs.db*"))
+            now = self.files_of_the_journal()
+
+    def files_of_the_journal(self):
+        seen = []
+        for file in sorted(self.data.glob("runs.db*")):
+            with contextlib.suppress(FileNotFoundError):  # a file of the last results goes with its run
+                seen.append((file.name, file.stat().st_mtime_ns, file.stat().st_size))
+        return seen
 
     def say(self, peer, text):
         roll = self.chance.random()
@@ -309,7 +320,7 @@ class Mailing:
         return self.judge()
 
     def judge(self):
-        wrong = []
+        wrong = list(self.server.faults)
         taken, rows = self.server.taken, self.rows()
         if len(rows) != self.recipients:
             wrong.append(f"{len(rows)} rows for {self.recipients} recipients")

@@ -3,6 +3,7 @@ import contextlib
 import email
 import html.parser
 import json
+import os
 import socket
 import sqlite3
 import threading
@@ -92,7 +93,8 @@ class KeptRuns(Case):
         self.write("letter.html", "<p>Another letter</p>")
         self.ok("--yes", "group", "delete", "All")
         self.account(good.port)
-        self.objects("runs", "retry", "1")
+        _, _, err = self.run_program("--yes", "runs", "retry", "1")
+        self.assertIn(f"Since then the letter's file {os.path.realpath(self.body)} has changed.", err.replace("\n", " "))
         self.assertEqual(self.to(good), ["r3@slow.example", "r6@slow.example"])
         text = email.message_from_bytes(good.messages()[0][1]).get_payload(0).get_payload(decode=True)
         self.assertEqual(text.strip(), b"Dear First 3, r3@slow.example")
@@ -258,8 +260,11 @@ class KeptRuns(Case):
         box = self.mailbox()
         for _ in range(runs):
             self.mail(box, code=0)
-        with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db")) as journal, journal:
-            journal.executescript(damage)
+        self.change(damage)
+
+    def change(self, sql):
+        with contextlib.closing(sqlite3.connect(self.profile / "data" / "runs.db", timeout=60)) as journal, journal:
+            journal.executescript(sql)
 
     def test_one_that_is_damaged_hides_no_other(self):
         self.damaged(3, "UPDATE mailings SET recipients = 2 WHERE id = 1; DELETE FROM runs WHERE mailing = 2")
@@ -324,6 +329,7 @@ class KeptRuns(Case):
 
     def test_one_program_at_a_time_goes_on(self):
         """While a run goes on it is shown as such, is no one else's, and is not forgotten."""
+        self.mail(self.choosy())
         slow = self.mailbox()
         self.account(slow.port)
         self.ok("group", "new", "Many")
@@ -333,10 +339,15 @@ class KeptRuns(Case):
         sending.stdout.readline()
         entry = self.objects("runs", "list")[0]
         self.assertEqual((entry["standing"], entry["mailing_standing"]), ("goes on", "goes on"))
-        for arguments in (("resume", "1", "--rate", "1/s"), ("forget", "1")):
+        for arguments in (("resume", "2", "--rate", "1/s"), ("forget", "2")):
             code, out, err = self.run_program("--yes", "runs", *arguments)
             self.assertEqual((code, out), (75, ""), err)
             self.assertNotIn("goes on with", err)
+        # Another one is forgotten all the same.
+        self.change("UPDATE mailings SET recipients = recipients + 1")
+        code, out, err = self.run_program("--yes", "runs", "forget", "--damaged")
+        self.assertEqual((code, out), (75, "1 damaged run was forgotten.\n"), err)
+        self.change("UPDATE mailings SET recipients = recipients - 1")
         self.ok("runs", "forget", "--finished")
         sending.communicate()
         self.assertEqual(self.objects("runs", "list")[0]["sent"], 3000)

@@ -202,6 +202,18 @@ class Retries(Case):
         run.communicate()
         self.assertEqual([b'"again":true' in line.replace(b" ", b"") for line in told], [True, False, True], told)
 
+    def cancelled_before_it_begins(self, *command):
+        """What a run that was to begin later told, and said."""
+        run = self.popen("--json", "runs", *command, "--at", "2099-01-01 00:00")
+        err = b""
+        for line in run.stderr:
+            err += line
+            if b"Waits until 2099-01-01 00:00:00. It is to begin then." in line:
+                break
+        run.send_signal(signal.SIGINT)
+        out, rest = run.communicate(timeout=60)
+        return out, err + rest
+
     def test_a_run_that_ended_while_retries_waited_can_be_resumed_as_it_was_told(self):
         """By a kill or a cancel: it is not taken for finished, and a resume knows the pace, the retries and the tries."""
         late = ["late1@a.example", "2@a.example", "late3@a.example"]
@@ -223,20 +235,11 @@ class Retries(Case):
                 self.assertEqual(again, [True, False, True])
 
                 # A resume that comes to nobody leaves them as they are, and says how that is.
-                run = self.popen("--json", "runs", "resume", 1, "--at", "2099-01-01 00:00")
-                waits = b"Waits until 2099-01-01 00:00:00. It is to begin then."
-                err = b""
-                for line in run.stderr:
-                    err += line
-                    if waits in line:
-                        break
-                run.send_signal(signal.SIGINT)
-                out, rest = run.communicate(timeout=60)
-                err += rest
+                out, err = self.cancelled_before_it_begins("resume", 1)
                 self.assertEqual([(row["state"], row.get("stays")) for row in map(json.loads, out.splitlines()[:-1])],
                                  [("not tried", "deferred")] * 2, err)
                 self.assertIn(b"#1 late1@a.example: not tried, and stays deferred", err)
-                self.assertEqual(err.count(waits), 1, err)
+                self.assertEqual(err.count(b"Waits until"), 1, err)
                 self.assertEqual(self.run_lines("--json", "runs", "list")[0][0]["not_tried_again"], 2)
 
                 # The account changed since: what it was told by option stays, and an option of now comes before it.
@@ -259,7 +262,11 @@ class Retries(Case):
                     self.assertEqual(code, 66)
                     self.assertIn("There are: 1 sent, 2 deferred. quillcast runs retry 1 --state deferred sends to those again.",
                                   err.replace("\n", " "))
-                code, _, err = self.run_program("runs", *more, "--rate", "none")
+                # So does a retry, and who goes on with that does so by another.
+                _, err = self.cancelled_before_it_begins("retry", 1, "--state", "deferred")
+                self.assertNotIn(b"runs resume", err)
+                self.assertRegex(err.replace(b"\n", b" "), rb"quillcast runs retry \d+, with the same --state and --reply, goes on\.")
+                code, _, err = self.run_program("runs", *more, "--rate", "none", "--at", "none")
                 self.assertEqual(code, 0, err)
                 self.assertIn("goes by what it is now: QuotaHour.", err)  # since the mailing began, not since it went on
                 self.assertEqual(server.taken, dict.fromkeys(late, 1))

@@ -72,6 +72,8 @@ class KeptRunsFormTest : public QObject {
                                                      {"Everybody", {}, 5}}) {
       whom->setCurrentText(c.whom);
       QCOMPARE(IsOn(form, "SendToTheseButton"), c.kind.has_value());
+      QCOMPARE(form.findChild<QPushButton*>("SendToTheseButton")->text(),
+               c.recipients == 2 ? QString("Go on with The&se…") : QString("&Send to These…"));
       QCOMPARE(Status(form).contains("choose one state"), !c.kind && QString(c.whom) != "Sent");
       QVERIFY(IsOn(form, "SaveListButton"));
       QVERIFY(!IsOn(form, "MakeGroupButton"));
@@ -471,6 +473,7 @@ class KeptRunsFormTest : public QObject {
       test::WhileOpen("KeptRunsForm", [&](QDialog& form) {
         const auto rows = form.findChild<RowList*>("KeptRunsGrid")->Chosen();
         if (rows.size() == 1) chosen = LineOf(form, static_cast<int>(rows[0]));
+        QCOMPARE(form.focusWidget()->objectName(), QString("SendToTheseButton"));
       });
       Press(*scene.window, "GoOnWithRunButton");
       return chosen;

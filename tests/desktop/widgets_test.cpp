@@ -218,6 +218,29 @@ class WidgetsTest : public QObject {
   }
 
   // In the order in which they are given.
+  void aLineThatIsSaidOftenKeepsItsRoom() {
+    for (const bool keeps : {false, true}) {
+      QDialog dialog;
+      auto* column = new FormColumn(&dialog);
+      auto* line = column->Add(new StatusLine(&dialog));
+      column->addStretch(1);
+      if (keeps) line->KeepRoom(2);
+      dialog.resize(200, 400);
+      dialog.show();
+      const auto height_of = [&](const QString& text) {
+        line->Say(text);
+        dialog.layout()->activate();
+        return line->height();
+      };
+      const QString longest = QString("It waits for a server. ").repeated(6);
+      const int lowest = height_of("Short.");
+      const int highest = height_of(longest);
+      QVERIFY(highest > lowest);
+      QCOMPARE(lowest >= 2 * line->fontMetrics().lineSpacing(), keeps);
+      QCOMPARE(height_of("Short.") == highest, keeps);
+    }
+  }
+
   void listsOpenWithTheGivenColours() {
     const QStringList given = {"#ffffff", "#104224", "#ffffff", "#5f5f8f"};
     RowList list(

@@ -403,7 +403,7 @@ TEST_F(FrozenInputs, RefuseTextThatIsNotTheirs) {
     json text = whole;
     text.erase(key);
     EXPECT_EQ(failure(text.dump()),
-              key == "first" || key == "group_id" ? std::nullopt : std::optional(Failure::kBadData))
+              key == "first" || key == "group_id" || key == "sources" ? std::nullopt : std::optional(Failure::kBadData))
         << key;
   }
   EXPECT_EQ(failure(platform::ReplaceAll(mailing->inputs, "\"version\":1", "\"version\":2")), Failure::kUnavailable);
@@ -431,33 +431,33 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
   inputs_.document.html = "<img src=a.gif><img src='../home/foreign.gif'>";
   Attach(Put("list.csv", "a;b"));
   Attach(Path("gone.pdf").string());
+  // A link to the letter is it, and what can be read once alone is not looked at again.
+  fs::create_symlink(Put("letter.html", "<p>Hi"), Path("link.html"));
+  inputs_.document.sources = {Path("link.html"), Put("letter.txt", "Hi"), "/dev/null"};
   const auto mailing = Freeze(inputs_, journal_);
   ASSERT_TRUE(mailing);
   const auto thawed = Thaw(*mailing, journal_);
   ASSERT_TRUE(thawed);
   struct Case {
     const char* name;
-    std::function<void(MessageDocument&, AccountSettings&)> change;
+    std::function<void(AccountSettings&)> change;
     std::optional<PresentGroup> group;
     std::vector<std::string> told;  // ROOT for the folder
   };
-  const auto nothing = [](MessageDocument&, AccountSettings&) {};
+  const auto nothing = [](AccountSettings&) {};
   const PresentGroup same{3, ListChanges(), "readers"};
   const std::vector<Case> cases = {
       {"nothing", nothing, same, {}},
-      {"document",
-       [](auto& document, auto&) {
-         document.subject = "Other";
-         document.html += " ";
-         document.priority = document::Priority::kLow;
-         document.attachments = {};
+      {"letter",
+       [&](auto&) {
+         Put("letter.html", "<p>Ho");
+         fs::remove(Path("letter.txt"));
        },
        same,
-       {"Since then the subject of the document has changed.", "Since then the text of the document has changed.",
-        "Since then the priority of the document or its wish for a receipt has changed.",
-        "Since then the document has other attachments."}},
+       {"Since then the letter's file ROOT/letter.html has changed.",
+        "Since then the letter's file ROOT/letter.txt has gone, or may no longer be read."}},
       {"files",
-       [&](auto&, auto&) {
+       [&](auto&) {
          Put("list.csv", "a;c");
          Put("gone.pdf", "there now");
          fs::remove(Path("letters/a.gif"));
@@ -467,7 +467,7 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
        {"Since then the attachment ROOT/list.csv has changed.", "Since then the attachment ROOT/gone.pdf has changed.",
         "Since then the picture ROOT/letters/a.gif has gone, or may no longer be read."}},
       {"longer",
-       [&](auto&, auto&) { Put("list.csv", "a;bc"); },
+       [&](auto&) { Put("list.csv", "a;bc"); },
        same,
        {"Since then the attachment ROOT/list.csv has changed."}},
       {"other rows",
@@ -495,7 +495,7 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
        PresentGroup{3, ListChanges(), "Members"},
        {"The group Readers has the name Members by now."}},
       {"account",
-       [](auto&, auto& account) {
+       [](auto& account) {
          account.Set(AccountKey::kEmail, "new@example.org");
          account.Set(AccountKey::kCharSet, "Unicode (UTF-8)");
          account.Set(AccountKey::kWrap, "50");
@@ -512,12 +512,13 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
     SCOPED_TRACE(c.name);
     PutFiles();
     Put("list.csv", "a;b");
+    Put("letter.html", "<p>Hi");
+    Put("letter.txt", "Hi");
     fs::remove(Path("gone.pdf"));
-    MessageDocument document = inputs_.document;
     AccountSettings account = inputs_.account;
-    c.change(document, account);
+    c.change(account);
     std::vector<std::string> told;
-    for (const auto& line : WhatChanged(*thawed, {&document, account, "MIME", c.group}))
+    for (const auto& line : WhatChanged(*thawed, {account, "MIME", c.group}))
       told.push_back(platform::ReplaceAll(line.InEnglish(), files_.path().string(), "ROOT"));
     std::vector<std::string> expected = c.told;
     if (!expected.empty()) expected.insert(expected.begin(), "The letter goes out as it was when the run began.");

@@ -31,14 +31,15 @@ struct Whom {
   const char* text;
   run::RecipientChoice choice;
   std::optional<run::RunKind> kind;
+  const char* button = QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "&Send to These…");
 };
 const std::array<Whom, 7>& Offered() {
   using run::RunKind;
   static const std::array<Whom, 7> offered = {{
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Not tried, or to be tried again"), run::WhoIsLeft(),
-       RunKind::kResume},
-      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Deferred and failed"),
-       run::SetOf({ResultState::kDeferred, ResultState::kFailed}), RunKind::kRetry},
+       RunKind::kResume, QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Go on with The&se…")},
+      {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Deferred and failed"), run::WhoMayBeReached(),
+       RunKind::kRetry},
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Refused"), run::SetOf({ResultState::kRefused}),
        RunKind::kRetry},
       {QT_TRANSLATE_NOOP("quillcast::desktop::KeptRunsForm", "Unknown"), run::SetOf({ResultState::kUnknown}),
@@ -211,6 +212,31 @@ void KeptRunsForm::Tell(const QString& done) {
   told_ = done;
 }
 
+QString KeptRunsForm::HowManyAreChosen() const {
+  if (!choice_.replies.empty()) {
+    return Counted(count_, tr("1 recipient of these has this reply."), tr("%1 recipients of these have this reply."));
+  }
+  return run::AreSeveral(choice_)
+             ? Counted(count_, tr("1 recipient is in one of these states."),
+                       tr("%1 recipients are in one of these states."))
+             : Counted(count_, tr("1 recipient is in this state."), tr("%1 recipients are in this state."));
+}
+
+void KeptRunsForm::TellOfThem(const run::MailingEntry& mailing, bool is_sent_now) {
+  QStringList sentences;
+  if (is_sent_now) sentences << tr("This run goes on now.");
+  // Of those who are left it is told below how many there are, and why; that there is nobody stands in the list.
+  const bool is_told_below = choice_ == run::WhoIsLeft() && !is_sent_now;
+  if (count_ > 0 && !is_told_below) sentences << HowManyAreChosen();
+  const auto is_sent = run::SetOf({ResultState::kSent});
+  const bool has_any_to_send_to = count_ > 0 && run::CountIn(mailing.counts, choice_.states & ~is_sent) > 0;
+  if (has_any_to_send_to && !Kind() && !is_sent_now) {
+    sentences << tr("To send to some of these, choose one state: not tried, deferred and failed, refused or unknown.");
+  }
+  for (const auto& sentence : run::WhatIsLeft(mailing)) sentences << InWords(sentence);
+  status_->Say(sentences.join(' '));
+}
+
 void KeptRunsForm::EnableButtons() {
   told_.clear();
   const run::MailingEntry* mailing = runs_->Mailing();
@@ -225,7 +251,7 @@ void KeptRunsForm::EnableButtons() {
                                                      : tr("Nobody is in this state with this reply."));
   ListThem();
   const bool has_any = is_free && count_ > 0;
-  send_->setText(choice_.states == run::WhoIsLeft().states ? tr("Go on with The&se…") : tr("&Send to These…"));
+  send_->setText(tr(Offered().at(static_cast<std::size_t>(states_->currentIndex())).button));
   send_->setEnabled(has_any && Kind() && !is_sent_now);
   list_->setEnabled(has_any);
   make_group_->setEnabled(has_any && !group_->text().trimmed().isEmpty());
@@ -238,26 +264,7 @@ void KeptRunsForm::EnableButtons() {
   }
   if (mailing == nullptr || task_->is_running()) return;
   if (!count) return status_->Fail(count.error());
-  QStringList sentences;
-  if (is_sent_now) sentences << tr("This run goes on now.");
-  // Of those who are left it is told below how many there are, and why; that there is nobody stands in the list.
-  const bool is_told_below = choice_ == run::WhoIsLeft() && !is_sent_now;
-  if (count_ > 0 && !is_told_below) {
-    sentences << (choice_.replies.empty() ? choice_.states.count() == 1
-                                                ? Counted(count_, tr("1 recipient is in this state."),
-                                                          tr("%1 recipients are in this state."))
-                                                : Counted(count_, tr("1 recipient is in one of these states."),
-                                                          tr("%1 recipients are in one of these states."))
-                                          : Counted(count_, tr("1 recipient is in this state with this reply."),
-                                                    tr("%1 recipients are in this state with this reply.")));
-  }
-  const auto is_sent = run::SetOf({ResultState::kSent});
-  const bool has_any_to_send_to = count_ > 0 && run::CountIn(mailing->counts, choice_.states & ~is_sent) > 0;
-  if (has_any_to_send_to && !Kind() && !is_sent_now) {
-    sentences << tr("To send to some of these, choose one state: not tried, deferred and failed, refused or unknown.");
-  }
-  for (const auto& sentence : run::WhatIsLeft(*mailing)) sentences << InWords(sentence);
-  status_->Say(sentences.join(' '));
+  TellOfThem(*mailing, is_sent_now);
 }
 
 // Other programs may go on with it, or forget it, while the person is asked.
@@ -280,6 +287,7 @@ void KeptRunsForm::SendToThese() {
   met_ = 0;  // another state may be the first with somebody in it
   Fill();
   MeetMailing();
+  if (!send_->isEnabled()) runs_->setFocus();  // Enter presses no other button
 }
 
 }  // namespace quillcast::desktop

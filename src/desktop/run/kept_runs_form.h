@@ -45,6 +45,8 @@ class KeptRunsForm final : public QDialog {
   void Fill();
   void EnableButtons();
   void Tell(const QString& done);
+  QString HowManyAreChosen() const;
+  void TellOfThem(const run::MailingEntry& mailing, bool is_sent_now);
   // Of the chosen ones.
   QString TextOfOne(std::size_t row, int column);
   // Who is listed goes by what the boxes ask for.

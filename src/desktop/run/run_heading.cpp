@@ -96,11 +96,11 @@ QString RunHeading::PaceText() const {
   run.Ask(run::Or(pace_, told_));
   const auto pace = run.Pace();
   if (!pace) return {};
-  QStringList rules = InWords(run::WordsOf(*pace));
+  QStringList told = InWords(run::WordsOf(*pace));
   if (pace->rules.begin > program_.clock.Now()) {
-    rules << tr("not before %1").arg(ToQt(run::TimeText(*pace->rules.begin, program_.clock)));
+    told << tr("not before %1").arg(ToQt(run::TimeText(*pace->rules.begin, program_.clock)));
   }
-  const QString words = rules.join(", ");
+  const QString words = told.join(", ");
   if (pace_ != run::PaceTexts()) {
     return tr("Pace: %1 (for this run alone)").arg(words.isEmpty() ? tr("as fast as it goes") : words);
   }

@@ -29,10 +29,11 @@ RunPaceForm::RunPaceForm(Otherwise otherwise, const run::PaceTexts& chosen,
   setWindowTitle(tr("Pace of This Run"));
   auto* column = new FormColumn(this);
   page_->layout()->setContentsMargins(0, 0, 0, 0);  // the dialog has them
+  column->AddBox(tr("This run"))->Add("BeginTextBox", tr("&Begin at:"), begin_);
   column->Add(page_, 1);
-  column->AddGrid()->Add("BeginTextBox", tr("&Begin at:"), begin_);
   begin_->setPlaceholderText(tr("At once; or 18:30, 2026-12-24 08:00"));
   column->Add(status_);
+  status_->KeepRoom(2);
   QDialogButtonBox* box = column->AddButtons();
   const auto add = [box](const QString& text, QDialogButtonBox::ButtonRole role, const char* name) {
     QPushButton* button = box->addButton(text, role);
@@ -72,13 +73,13 @@ run::PaceTexts RunPaceForm::Texts() const {
 
 // What was typed for the run stays, the rest is what the account says by then.
 void RunPaceForm::ChangeAccount() {
-  const run::PaceTexts typed = Chosen();
+  const run::PaceTexts typed = Typed();
   change_account_(this);
   Show(typed);
 }
 
 // A time of the day is the next such: it keeps its day from here on.
-run::PaceTexts RunPaceForm::Chosen() const {
+run::PaceTexts RunPaceForm::Typed() const {
   const run::PaceTexts texts = Texts();
   run::PaceTexts chosen = account::InsteadOf(was_, texts);
   if (texts.at == was_.at) return chosen;
@@ -94,9 +95,12 @@ std::optional<Error> RunPaceForm::Fault(bool goes_there) const {
     return fault->error;
   }
   const auto begin = run::ReadMoment(texts.at, clock_);
-  if (begin) return {};
+  const bool is_over = begin && *begin && **begin < clock_.Now();
+  if (begin && !is_over) return {};
   if (goes_there) begin_->setFocus();
-  return begin.error();
+  if (!begin) return begin.error();
+  return Error{Failure::kUsage, Say("The time {} is over.", texts.at),
+               "Write one that is ahead, or nothing to begin at once."};
 }
 
 // What is said of a text goes as it is corrected.
@@ -113,7 +117,7 @@ void RunPaceForm::accept() {
     tells_fault_ = true;
     return;
   }
-  chosen_ = Chosen();
+  chosen_ = Typed();
   QDialog::accept();
 }
 

@@ -36,7 +36,8 @@ class RunPaceForm final : public QDialog {
   void Show(const run::PaceTexts& chosen);
   void Put(const run::PaceTexts& texts);
   run::PaceTexts Texts() const;
-  run::PaceTexts Chosen() const;
+  // What the run would be told.
+  run::PaceTexts Typed() const;
   // Why the first field that cannot be read cannot; the focus goes there where it is asked to.
   std::optional<Error> Fault(bool goes_there) const;
   void ChangeAccount();

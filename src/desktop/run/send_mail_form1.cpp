@@ -135,6 +135,7 @@ void SendMailForm1::BuildWindow() {
   pause_panel_->hide();
   hold_->setObjectName("PauseButton");
   progress_->AddBeside(hold_);
+  progress_->KeepRoom(3);
   hold_->hide();
   status_->hide();
   before_->AddQuestion(pictures_);
@@ -321,9 +322,8 @@ void SendMailForm1::RunFinished(const Result<run::RunSummary>& summary) {
   QString told = SummaryText(*summary);
   if (summary->run != 0 && summary->not_tried + summary->failed + summary->unknown_before > 0) {
     OfferRuns(summary->run);
-    const bool is_somebody_left = summary->not_tried + summary->retries_left + summary->not_their_doing > 0;
-    told += ' ' + (is_somebody_left ? tr("Runs… goes on with those who are left, here or later from the history.")
-                                    : tr("Runs… sends to some of these again, here or later from the history."));
+    told += ' ' + (summary->left() > 0 ? tr("Runs… goes on with those who are left, here or later from the history.")
+                                       : tr("Runs… sends to some of these again, here or later from the history."));
   }
   Say(told, all_got_it && summary->unknown_before == 0 ? NoteKind::kInformation : NoteKind::kWarning);
   if (summary->reached_its_end() && shut_down_->isChecked()) QTimer::singleShot(0, this, &SendMailForm1::CountDown);

@@ -26,7 +26,6 @@ ProgressPanel::ProgressPanel(const char* button, const QString& text, QWidget* p
   button_->setObjectName(button);
   button_->setMinimumWidth(kNarrowest);
   bars_->setColumnStretch(1, 1);
-  rate_->KeepRoom(2);
   below_->addWidget(rate_, 1);
   below_->addWidget(button_);
   auto* column = new QVBoxLayout(this);
@@ -55,6 +54,8 @@ void ProgressPanel::PutButtonBesideBar() {
   rate_->hide();
   bars_->addWidget(button_, bars_->rowCount() - 1, 2);
 }
+
+void ProgressPanel::KeepRoom(int lines) { rate_->KeepRoom(lines); }
 
 void ProgressPanel::SayRate(const QString& rate) { rate_->Say(Breakable(rate, kLongestWordOfBar)); }
 

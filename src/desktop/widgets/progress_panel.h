@@ -27,6 +27,8 @@ class ProgressPanel final : public QWidget {
   CountBar* AddBar(const char* name, const QString& caption);
   // "12 messages a second, 3 minutes left", or what it waits for, which may be long; in the "RateLabel".
   void SayRate(const QString& rate);
+  // For so many lines of that, so that nothing moves as they come and go.
+  void KeepRoom(int lines);
   // Before that button, on its line: the one that begins the work, where it has one of its own.
   void AddBeside(QPushButton* button);
   // Beside the last bar, where the panel shares its line with something else; then no rate is said.

@@ -63,7 +63,9 @@ class NotingFiles final : public message::FileSource {
   std::vector<FrozenPicture>& noted_;
 };
 
+// A disk that is full, or cannot be read for now, says so itself: nothing is lost.
 Error NotThere(const std::string& file, const Error& error) {
+  if (error.failure == Failure::kIo) return error;
   return {error.failure,
           Say("What the run took of {} when it began cannot be read any more. {}", platform::Printable(file, 300),
               AsSentence(error)),
@@ -93,6 +95,14 @@ Result<FrozenFiles> KeepFiles(const document::MessageDocument& document, const m
     if (!content) return content.error();
     files.attachments.push_back({path, *std::move(content)});
   }
+  number = 0;
+  for (const auto& path : document.sources) {
+    const fs::path file = fs::canonical(path, IgnoreErrors());
+    if (!fs::is_regular_file(file, IgnoreErrors())) continue;  // a pipe is read once
+    auto content = Keep(lying.OpenAttachment(file), file, "letter", ++number, journal);
+    if (!content) return content.error();
+    files.sources.push_back({file.string(), *std::move(content)});
+  }
   return files;
 }
 
@@ -104,7 +114,9 @@ std::vector<KeptFile> ContentsOf(const FrozenFiles& files) {
   for (const auto& picture : files.pictures) {
     if (IsTaken(picture)) add(picture.content);
   }
-  for (const auto& attachment : files.attachments) add(attachment.content);
+  for (const auto* each : {&files.attachments, &files.sources}) {
+    for (const auto& file : *each) add(file.content);
+  }
   return kept;
 }
 

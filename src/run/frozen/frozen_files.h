@@ -18,8 +18,8 @@ namespace quillcast::run {
 // What was read of a file; or why that failed, which it does for all time then.
 using Content = std::variant<KeptFile, message::FileTrouble>;
 
-struct FrozenAttachment {
-  std::string file;  // its path in the document
+struct FrozenFile {
+  std::string file;  // its path, of an attachment as the document has it
   Content content;
 };
 
@@ -31,12 +31,13 @@ struct FrozenPicture {
 inline bool IsTaken(const FrozenPicture& picture) { return std::holds_alternative<message::Picture>(picture.found); }
 
 struct FrozenFiles {
-  std::vector<FrozenAttachment> attachments;
+  std::vector<FrozenFile> attachments;
   std::vector<FrozenPicture> pictures;
+  std::vector<FrozenFile> sources;  // that its texts were read from: no message takes them in
 };
 
-// Keeps what a message of this document takes in. What cannot be read is noted as what it comes to in a message; fails
-// as the journal does.
+// Keeps what a message of this document takes in, and what it was made of. What cannot be read is noted as what it
+// comes to in a message; fails as the journal does.
 Result<FrozenFiles> KeepFiles(const document::MessageDocument& document, const message::MessageOptions& options,
                               RunJournal& journal);
 // Those of them that the journal has.

@@ -113,7 +113,7 @@ Content ContentIn(const json& from, const std::vector<KeptFile>& kept, JsonField
   return {};
 }
 
-json JsonOf(const FrozenAttachment& attachment) {
+json JsonOf(const FrozenFile& attachment) {
   json written{{"file", JsonOfOctets(attachment.file)}};
   Write(attachment.content, written);
   return written;
@@ -194,7 +194,8 @@ std::string FrozenText(const Frozen& frozen) {
                {"group_id", inputs.group_id},
                {"recipients", inputs.recipients},
                {"attachments", JsonOfEach(frozen.files.attachments)},
-               {"pictures", JsonOfEach(frozen.files.pictures)}};
+               {"pictures", JsonOfEach(frozen.files.pictures)},
+               {"sources", JsonOfEach(frozen.files.sources)}};
   if (inputs.range) {
     written["first"] = inputs.range->first;
     written["last"] = inputs.range->last;
@@ -219,12 +220,19 @@ Result<Frozen> ReadFrozenText(std::string_view text, const std::vector<KeptFile>
   if (fields.Has(read, "group_id")) inputs.group_id = fields.Number(fields.At(read, "group_id"), 0, kMost);
   inputs.recipients = fields.Number(fields.At(read, "recipients"), 0, kMost);
   inputs.range = RangeIn(read, fields);
+  const auto file_in = [&](const json& from) {
+    return FrozenFile{fields.Octets(fields.At(from, "file")), ContentIn(from, kept, fields)};
+  };
   fields.ForEach(fields.At(read, "attachments"), [&](const json& from) {
-    frozen.files.attachments.push_back({fields.Octets(fields.At(from, "file")), ContentIn(from, kept, fields)});
+    frozen.files.attachments.push_back(file_in(from));
     if (!inputs.document.attachments.Add(frozen.files.attachments.back().file)) fields.Refuse();
   });
   fields.ForEach(fields.At(read, "pictures"),
                  [&](const json& from) { frozen.files.pictures.push_back(PictureIn(from, kept, fields)); });
+  if (fields.Has(read, "sources")) {
+    fields.ForEach(fields.At(read, "sources"),
+                   [&](const json& from) { frozen.files.sources.push_back(file_in(from)); });
+  }
   if (!fields.fine()) return NotReadable();
   return frozen;
 }

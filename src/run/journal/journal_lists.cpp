@@ -128,7 +128,7 @@ Result<DamagedMailing> DamagedOne(platform::Database& database, MailingId mailin
 Result<JournalList> ListMailings(platform::Database& database, const JournalPlace& place) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database, place, seen->told);
+  const auto look = Look::At(database, place, seen->not_taken_in);
   if (!look) return look.error();
   const auto mailings = AllMailings(database);
   if (!mailings) return mailings.error();
@@ -150,7 +150,7 @@ Result<JournalList> ListMailings(platform::Database& database, const JournalPlac
 Result<MailingEntry> FindMailing(platform::Database& database, const JournalPlace& place, RunId run) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database, place, seen->told);
+  const auto look = Look::At(database, place, seen->not_taken_in);
   if (!look) return look.error();
   const auto mailing = MailingOf(database, run);
   if (!mailing) return mailing.error();
@@ -169,7 +169,7 @@ Result<void> WalkChosen(platform::Database& database, const JournalPlace& place,
                         const std::function<Result<bool>(std::int64_t index, const char* record)>& visit) {
   const auto seen = SeeWhoGoesOn(database, place);
   if (!seen) return seen.error();
-  const auto look = Look::At(database, place, seen->told);
+  const auto look = Look::At(database, place, seen->not_taken_in);
   if (!look) return look.error();
   auto stored = ReadMailing(database, mailing);
   if (!stored) return stored.error();

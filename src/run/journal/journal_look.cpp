@@ -16,9 +16,10 @@ Result<void> AskWhoIsInHand(Seen& seen, const JournalPlace& place) {
 }
 
 // Takes in, in a transaction that is not to be committed, what these mailings' lost runs told last.
-Result<void> BeginWith(platform::Database& database, const JournalPlace& place, const std::vector<MailingId>& told) {
+Result<void> BeginWith(platform::Database& database, const JournalPlace& place,
+                       const std::vector<MailingId>& not_taken_in) {
   if (auto begun = database.Execute("BEGIN IMMEDIATE"); !begun) return begun;
-  for (const MailingId mailing : told) {
+  for (const MailingId mailing : not_taken_in) {
     const auto stored = ReadMailing(database, mailing);
     if (!stored) continue;  // whoever reads it says so
     if (auto taken = TakeRecentIn(database, place, *stored); !taken) return taken;
@@ -45,9 +46,9 @@ Result<Seen> SeeWhoGoesOn(platform::Database& database, const JournalPlace& plac
     seen.open[open->Int(0)].id = open->Int(1);
   }
   if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
-  auto told = TakeAllRecentIn(database, place);
-  if (!told) return told.error();
-  seen.told = *std::move(told);
+  auto not_taken_in = TakeAllRecentIn(database, place);
+  if (!not_taken_in) return not_taken_in.error();
+  seen.not_taken_in = *std::move(not_taken_in);
   // Of a mailing that was taken up meanwhile, nothing was taken in.
   if (auto asked = AskWhoIsInHand(seen, place); !asked) return asked.error();
   return seen;
@@ -60,9 +61,15 @@ bool GoesOn(const Seen& seen, const StoredMailing& mailing) {
   return known == seen.open.end() || known->second.id != last.id || known->second.in_hand;
 }
 
-Result<Look> Look::At(platform::Database& database, const JournalPlace& place, const std::vector<MailingId>& told) {
-  if (!told.empty() && BeginWith(database, place, told)) return Look(database);
-  if (!told.empty()) IgnoreErrors(database.Execute("ROLLBACK"));  // the file may only be read: those are in doubt
+Result<Look> Look::At(platform::Database& database, const JournalPlace& place,
+                      const std::vector<MailingId>& not_taken_in) {
+  if (!not_taken_in.empty()) {
+    const auto begun = BeginWith(database, place, not_taken_in);
+    if (begun) return Look(database);
+    IgnoreErrors(database.Execute("ROLLBACK"));
+    if (begun.error().failure == Failure::kTryAgain) return begun.error();
+    // The file may only be read, or its disk is full to the last octet: those are in doubt.
+  }
   if (auto begun = database.Execute("BEGIN"); !begun) return begun.error();
   return Look(database);
 }

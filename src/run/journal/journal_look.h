@@ -19,7 +19,7 @@ struct LastRun {
 
 struct Seen {
   std::map<MailingId, LastRun> open;
-  std::vector<MailingId> told;  // whose run is lost, and told more than the disk has room for
+  std::vector<MailingId> not_taken_in;  // whose run is lost, and told more than the file takes now
 };
 
 // Takes in what lost runs told last, and sees who goes on; before the look.
@@ -27,11 +27,12 @@ Result<Seen> SeeWhoGoesOn(platform::Database& database, const JournalPlace& plac
 // Of a mailing that is read behind that.
 bool GoesOn(const Seen& seen, const StoredMailing& mailing);
 
-// One look at the file: what is read by it belongs together. Goes back at its end, there is nothing to keep. What was
-// `told`, and the disk has no room for, is seen in it all the same.
+// One look at the file: what is read by it belongs together. Goes back at its end, there is nothing to keep. What could
+// not be taken in is seen in it all the same.
 class Look {
  public:
-  static Result<Look> At(platform::Database& database, const JournalPlace& place, const std::vector<MailingId>& told);
+  static Result<Look> At(platform::Database& database, const JournalPlace& place,
+                         const std::vector<MailingId>& not_taken_in);
   Look(Look&& other) noexcept : database_(std::exchange(other.database_, nullptr)) {}
   Look& operator=(Look&&) = delete;
   ~Look() {

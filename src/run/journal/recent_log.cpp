@@ -211,9 +211,14 @@ Result<std::unique_ptr<RecentLog>> RecentLog::Begin(const JournalPlace& place, c
   const fs::path path = FileOf(place, run.entry.mailing);
   const auto lock = MailingLock::Wait(place.Locks(), place.patience.lock_wait);
   if (!lock) return lock.error();
-  fs::remove(path, IgnoreErrors());  // whoever still reads it is not disturbed
+  std::error_code kept;
+  fs::remove(path, kept);  // whoever still reads it is not disturbed
   platform::UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
-  if (!fd) return platform::SystemError("create", path, errno);
+  if (!fd) {
+    const int why = errno;
+    const bool may_not_go = kept && !fs::is_directory(path, IgnoreErrors());
+    return may_not_go ? platform::SystemError("write", path, kept.value()) : platform::SystemError("create", path, why);
+  }
   const std::string owner = OwnerOf(run);
   std::unique_ptr<RecentLog> log(new RecentLog(std::move(fd), path, owner.size()));
   if (auto written = WriteAt(log->fd_.get(), path, 0, owner + Opening(log->round_)); !written) return written.error();

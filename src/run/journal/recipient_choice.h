@@ -25,6 +25,15 @@ struct RecipientChoice {
   std::vector<std::string> replies;
 };
 
+// Whether those who are chosen may be in more states than one.
+inline bool AreSeveral(const RecipientChoice& choice) {
+  return choice.tried_again ? choice.states.any() : choice.states.count() > 1;
+}
+// Whom no server came to a verdict on for good: the next try may reach them.
+inline StateSet WhoMayBeReached() { return SetOf({ResultState::kDeferred, ResultState::kFailed}); }
+// Who is known not to have got it: nobody gets it twice where it goes to them again.
+inline StateSet WhoDidNotGetIt() { return WhoMayBeReached() | SetOf({ResultState::kRefused}); }
+
 // The replies that a person names, parted by commas; none for an empty text. kUsage for what begins no code of a
 // last reply (RFC 5321 section 4.2.1, RFC 3463 section 2).
 Result<std::vector<std::string>> RepliesFrom(std::string_view text);

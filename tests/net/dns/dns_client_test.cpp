@@ -199,7 +199,7 @@ TEST_F(DnsClientTest, TellsThatNoServerIsThere) {
     EXPECT_EQ(one.outcome, DnsOutcome::kNoSocket);
     EXPECT_EQ(one.error_number, ECONNREFUSED);
   }
-  EXPECT_LT(clock_.Monotonic() - begun, seconds(1));
+  EXPECT_LT(clock_.Monotonic() - begun, seconds(10));
 }
 
 // Longer than the first wait for a datagram.
@@ -255,7 +255,7 @@ TEST_F(DnsClientTest, AsksAllAtOnce) {
   ASSERT_TRUE(client.Run(Within(seconds(20))));
   EXPECT_EQ(told, 20);
   EXPECT_EQ(last, "192.0.2.7 ");
-  EXPECT_LT(clock_.Monotonic() - begun, seconds(2));
+  EXPECT_LT(clock_.Monotonic() - begun, milliseconds(3500));
 }
 
 TEST_F(DnsClientTest, EndsAtACancel) {

@@ -177,7 +177,7 @@ TEST(ClientDue, ASourceMayChangeItsMind) {
     Taker taker;
     Client(taker.Options(), clock, cancel).Run(letters);
     ASSERT_EQ(letters.outcomes.size(), 2U);
-    EXPECT_LE(letters.taken[1] - letters.taken[0], 900ms);
+    EXPECT_LE(letters.taken[1] - letters.taken[0], 10s);
     EXPECT_LE(letters.asked, 300) << "it was asked in a busy loop";
   }
 }
