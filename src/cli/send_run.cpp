@@ -153,12 +153,14 @@ int TellSummary(Context& context, const profile::Folders& folders, const run::Ru
   context.output.Line(fmt::format("Report: {}", run::ReportIn(folders.History(), summary.history).string()));
   for (const Sentence& left : run::LeftBy(summary)) context.output.Note(left.InEnglish());
   if (summary.run != 0 && summary.left() > 0) {
-    context.output.Note(fmt::format("quillcast runs resume {} goes on with those who are left.", summary.run));
+    context.output.Note(fmt::format("quillcast runs resume {} goes on with those who are {}.", summary.run,
+                                    summary.is_retry ? "to be tried again" : "left"));
   }
   if (summary.is_retry && summary.not_tried > 0) {
-    context.output.Note(fmt::format(
-        "They stay what the run before left them: quillcast runs retry {}, with the same --state and --reply, goes on.",
-        summary.run));
+    context.output.Note(
+        fmt::format("Who was not tried stays what the run before left: quillcast runs retry {}, with the "
+                    "same --state and --reply, goes on.",
+                    summary.run));
   }
   if (summary.stopped) return context.output.Fail(*summary.stopped);
   if (!summary.reached_its_end()) return ExitCode(Failure::kTryAgain);

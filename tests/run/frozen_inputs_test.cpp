@@ -431,9 +431,9 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
   inputs_.document.html = "<img src=a.gif><img src='../home/foreign.gif'>";
   Attach(Put("list.csv", "a;b"));
   Attach(Path("gone.pdf").string());
-  // A link to the letter is it, and what can be read once alone is not looked at again.
+  // What can be read once alone is not looked at again, and each file is told of once.
   fs::create_symlink(Put("letter.html", "<p>Hi"), Path("link.html"));
-  inputs_.document.sources = {Path("link.html"), Put("letter.txt", "Hi"), "/dev/null"};
+  inputs_.document.sources = {Path("link.html"), Put("letter.txt", "Hi"), Path("letter.txt"), "/dev/null"};
   const auto mailing = Freeze(inputs_, journal_);
   ASSERT_TRUE(mailing);
   const auto thawed = Thaw(*mailing, journal_);
@@ -454,7 +454,7 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
          fs::remove(Path("letter.txt"));
        },
        same,
-       {"Since then the letter's file ROOT/letter.html has changed.",
+       {"Since then the letter's file ROOT/link.html has changed.",
         "Since then the letter's file ROOT/letter.txt has gone, or may no longer be read."}},
       {"files",
        [&](auto&) {

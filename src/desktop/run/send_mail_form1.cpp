@@ -135,7 +135,7 @@ void SendMailForm1::BuildWindow() {
   pause_panel_->hide();
   hold_->setObjectName("PauseButton");
   progress_->AddBeside(hold_);
-  progress_->KeepRoom(3);
+  progress_->KeepRoom(2);
   hold_->hide();
   status_->hide();
   before_->AddQuestion(pictures_);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -63,6 +64,13 @@ class NotingFiles final : public message::FileSource {
   std::vector<FrozenPicture>& noted_;
 };
 
+// By which it is found later, and by another program: "/dev/stdin" is what that leads to now.
+fs::path Lasting(const fs::path& path) {
+  const fs::path file = fs::absolute(path, IgnoreErrors());
+  const std::string text = file.string();
+  return text.starts_with("/dev/") || text.starts_with("/proc/") ? fs::canonical(file, IgnoreErrors()) : file;
+}
+
 // A disk that is full, or cannot be read for now, says so itself: nothing is lost.
 Error NotThere(const std::string& file, const Error& error) {
   if (error.failure == Failure::kIo) return error;
@@ -97,8 +105,9 @@ Result<FrozenFiles> KeepFiles(const document::MessageDocument& document, const m
   }
   number = 0;
   for (const auto& path : document.sources) {
-    const fs::path file = fs::canonical(path, IgnoreErrors());
+    const fs::path file = Lasting(path);
     if (!fs::is_regular_file(file, IgnoreErrors())) continue;  // a pipe is read once
+    if (std::ranges::find(files.sources, file.string(), &FrozenFile::file) != files.sources.end()) continue;
     auto content = Keep(lying.OpenAttachment(file), file, "letter", ++number, journal);
     if (!content) return content.error();
     files.sources.push_back({file.string(), *std::move(content)});
