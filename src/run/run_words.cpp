@@ -64,12 +64,6 @@ std::string ReadableSubject(std::string subject) {
   return subject;
 }
 
-std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
-  const std::tm local = clock.Local(moment);
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                     local.tm_hour, local.tm_min, local.tm_sec);
-}
-
 std::optional<Sentence> NotTriedIn(const RunSummary& summary) {
   if (summary.not_tried == 0) return {};
   if (summary.not_tried == 1) return Say("1 recipient was not tried (#{}); nothing was sent there.", summary.last);

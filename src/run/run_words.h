@@ -9,6 +9,7 @@
 #include "platform/sentence.h"
 #include "run/carrier.h"
 #include "run/journal/recipient_states.h"
+#include "run/pace/local_time.h"
 #include "run/sending_run.h"
 #include "smtp/outcome.h"
 
@@ -26,8 +27,6 @@ const char* MeaningOf(ResultState state);
 std::string StandingOf(const JournalRow& row);
 // "Dear [FirstName]", "(no subject)": for somebody to whom a tag would mean nothing; its field does.
 std::string ReadableSubject(std::string subject);
-// "2026-11-27 09:05:07", as the clock on the wall has it.
-std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 // Who was left when it ended; nothing where nobody was.
 std::optional<Sentence> NotTriedIn(const RunSummary& summary);
 // Those, who was to be tried again and was not, who failed and could not help it, and who may have got it, by this run

@@ -147,7 +147,8 @@ std::vector<Sentence> WhatChanged(const ThawedInputs& frozen, const PresentInput
   for (auto& change : ChangesOfFiles(frozen.files)) changes.push_back(std::move(change));
   AddChangesOfGroup(frozen.inputs, present.group, changes);
   AddChangesOfAccount(frozen.inputs, present, changes);
-  if (changes.size() == 1) changes.clear();
+  // A letter of no file may have been changed where nobody can look.
+  if (changes.size() == 1 && !frozen.files.files().sources.empty()) changes.clear();
   return changes;
 }
 

@@ -18,8 +18,9 @@ struct PresentInputs {
   std::optional<PresentGroup> group;  // nothing where there is none any more
 };
 
-// Sentences for the person, the first of which says that the letter stays as it was; none where nothing is other. Reads
-// the files that lie there now, so it takes as long as that does.
+// Sentences for the person, the first of which says that the letter stays as it was; it is the only one where nothing
+// is other and the letter was read from no file, and there is none where it was. Reads the files that lie there now, so
+// it takes as long as that does.
 std::vector<Sentence> WhatChanged(const ThawedInputs& frozen, const PresentInputs& present);
 
 }  // namespace quillcast::run

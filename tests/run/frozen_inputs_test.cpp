@@ -526,6 +526,16 @@ TEST_F(FrozenInputs, TellWhatIsOtherNow) {
   }
 }
 
+TEST_F(FrozenInputs, SayThatALetterOfNoFileStays) {
+  const auto mailing = Freeze(inputs_, journal_);
+  ASSERT_TRUE(mailing);
+  const auto thawed = Thaw(*mailing, journal_);
+  ASSERT_TRUE(thawed);
+  const auto told = WhatChanged(*thawed, {inputs_.account, "MIME", PresentGroup{3, ListChanges(), "Readers"}});
+  ASSERT_EQ(told.size(), 1U);
+  EXPECT_EQ(told.front().InEnglish(), "The letter goes out as it was when the run began.");
+}
+
 TEST(AMailingsGroup, IsKnownByItsNumberWhereThatWasKept) {
   struct Case {
     const char* name;

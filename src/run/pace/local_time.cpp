@@ -1,5 +1,7 @@
 #include "run/pace/local_time.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 
@@ -55,6 +57,12 @@ std::optional<std::chrono::local_days> DayOf(std::string_view text) {
 }
 
 }  // namespace
+
+std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock) {
+  const std::tm local = clock.Local(moment);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                     local.tm_hour, local.tm_min, local.tm_sec);
+}
 
 std::optional<std::chrono::minutes> TimeOfDay(std::string_view text) {
   const auto parts = platform::Split(text, ':');

@@ -3,12 +3,16 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/clock.h"
 #include "run/pace/pace_rules.h"
 
 namespace quillcast::run {
+
+// "2026-11-27 09:05:07", as the clock on the wall has it.
+std::string MomentText(std::chrono::sys_seconds moment, const platform::Clock& clock);
 
 // "9", "09:30", up to "23:59".
 std::optional<std::chrono::minutes> TimeOfDay(std::string_view text);

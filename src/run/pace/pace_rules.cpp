@@ -1,7 +1,5 @@
 #include "run/pace/pace_rules.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -20,6 +18,7 @@ constexpr std::int64_t kMostMessages = 1'000'000;
 // The journal counts the tries of a recipient up to 255.
 constexpr std::int64_t kMostRetries = 100;
 constexpr std::chrono::seconds kLongestDelay = 1h;
+constexpr std::string_view kUpToTheMinute = "YYYY-MM-DD HH:MM";
 
 struct Unit {
   std::string_view name;
@@ -159,9 +158,7 @@ Result<std::optional<Moment>> ReadMoment(std::string_view text, const platform::
 }
 
 std::string MomentAsWritten(Moment moment, const platform::Clock& clock) {
-  const std::tm local = clock.Local(std::chrono::floor<std::chrono::seconds>(moment));
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                     local.tm_hour, local.tm_min);
+  return MomentText(std::chrono::floor<std::chrono::seconds>(moment), clock).substr(0, kUpToTheMinute.size());
 }
 
 std::chrono::seconds RetryRules::DelayAfter(int tries) const {
